@@ -1,0 +1,35 @@
+// The two process-wide error records. The last-error record is what the host reads; the
+// staged record is a hand-over slot that the connection layer writes without knowing which
+// exported operation it serves. Each has its own mutex; the two are never held together.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "secmolra.h"
+
+namespace molra {
+
+struct ErrorRecord {
+  std::int64_t code = 0;
+  std::string message;
+};
+
+// Stores code and message, logs "{func}：{msg}" at error level, and copies both into the
+// account's own fields when an account is given.
+void SetLastError(std::int64_t code, const std::string& msg, const char* func,
+                  CusLoginInfo* account);
+ErrorRecord GetLastErrorRecord();
+
+void StageError(std::int32_t code, const std::string& msg);
+ErrorRecord GetStagedError();
+
+// Bounded copy into a fixed-width field: at most `width` bytes, the rest zero-filled, no
+// terminating NUL when the source is as long as the field or longer.
+void CopyField(char* dst, std::size_t width, const char* src);
+template <std::size_t N>
+void CopyField(char (&dst)[N], const char* src) {
+  CopyField(dst, N, src);
+}
+
+}  // namespace molra

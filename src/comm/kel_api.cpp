@@ -1,0 +1,61 @@
+#include "comm/kel_api.h"
+
+#include <fmt/format.h>
+
+#include <cstring>
+#include <string>
+
+#include "api/last_error.h"
+#include "util/dynlib.h"
+
+namespace kel {
+
+Api api;
+
+namespace {
+
+// The first two entries are C++ functions exported under their decorated names.
+const char* LookupName(const char* plain) {
+  if (std::strcmp(plain, "Kel_GetReqBody") == 0) return KEL_NAME_Kel_GetReqBody;
+  if (std::strcmp(plain, "Kel_SetWriteData") == 0) return KEL_NAME_Kel_SetWriteData;
+  return plain;
+}
+
+std::string g_transport_file = "./kelapi50.dll";
+
+}  // namespace
+
+#define KEL_LOOKUP_NAME(name, ret, params) LookupName(#name),
+const char* const kEntryPointNames[kEntryPointCount] = {KEL_ENTRY_POINTS(KEL_LOOKUP_NAME)};
+#undef KEL_LOOKUP_NAME
+
+void SetTransportFileForTest(const char* path) { g_transport_file = path; }
+
+bool BindTransport() {
+  void* module = molra::LoadDynamicLibrary(g_transport_file.c_str());
+  if (module == nullptr) {
+    molra::SetLastError(-200, fmt::format("加载kelapi.dll失败，错误码：{}", molra::LastSystemError()),
+                        nullptr, nullptr);
+    return false;
+  }
+  // Fields of Api are laid out in the same order as kEntryPointNames; bind through a
+  // parallel table of field addresses so one loop serves all 123 entries.
+  void** const slots[kEntryPointCount] = {
+#define KEL_SLOT(name, ret, params) reinterpret_cast<void**>(&api.name),
+      KEL_ENTRY_POINTS(KEL_SLOT)
+#undef KEL_SLOT
+  };
+  for (int i = 0; i < kEntryPointCount; ++i) {
+    void* fn = molra::FindSymbol(module, kEntryPointNames[i]);
+    if (fn == nullptr) {
+      molra::SetLastError(
+          -200, fmt::format("加载接口{}失败，错误码：{}", kEntryPointNames[i], molra::LastSystemError()),
+          nullptr, nullptr);
+      return false;
+    }
+    *slots[i] = fn;
+  }
+  return true;
+}
+
+}  // namespace kel

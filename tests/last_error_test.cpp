@@ -1,0 +1,117 @@
+// The last-error record, the account-level copy and the setters.
+#include <gtest/gtest.h>
+
+#include <cstddef>
+#include <cstring>
+#include <string>
+
+#include "api/kit_state.h"
+#include "api/last_error.h"
+#include "secmolra.h"
+#include "support/test_support.h"
+
+using namespace molra::test;
+
+static_assert(offsetof(CusLoginInfo, NodeID) == 68, "node id at 68");
+static_assert(offsetof(CusLoginInfo, WTFS) == 72, "WTFS at 72");
+static_assert(offsetof(CusLoginInfo, Node) == 77, "node at 77");
+static_assert(offsetof(CusLoginInfo, Token) == 333, "token at 333");
+static_assert(offsetof(CusLoginInfo, ErrorCode) == 341, "account error code at 341");
+static_assert(offsetof(CusLoginInfo, ErrorMsg) == 349, "account error message at 349");
+static_assert(offsetof(BatchOrderRow, Wth) == 45 && offsetof(BatchOrderRow, Msg) == 53, "batch row");
+
+TEST(LastError, IsZeroAndEmptyBeforeAnyError) {
+  char buf[64];
+  std::memset(buf, 'x', sizeof buf);
+  EXPECT_EQ(SECMOLRA_GetLastError(buf), 0);
+  EXPECT_STREQ(buf, "");
+}
+
+TEST(LastError, LongMessageIsKeptWholeButCutTo256UnterminatedBytesInTheAccount) {
+  std::string msg(300, 'm');
+  msg[255] = 'E';
+  msg[256] = 'F';
+  CusLoginInfo acc;
+  std::memset(&acc, 0x5a, sizeof acc);
+  SECMOLRA_SetLastError(-77, msg.c_str(), "Fn", &acc);
+  std::string got;
+  EXPECT_EQ(LastError(&got), -77);
+  EXPECT_EQ(got, msg);
+  EXPECT_EQ(acc.ErrorCode, -77);
+  EXPECT_EQ(std::string(acc.ErrorMsg, 256), msg.substr(0, 256));
+  // The record ends with the message field: nothing was written past it.
+  EXPECT_EQ(acc.Token, 0x5a5a5a5a5a5a5a5aLL);
+}
+
+TEST(LastError, ShortMessageZeroFillsTheAccountField) {
+  CusLoginInfo acc;
+  std::memset(&acc, 0x5a, sizeof acc);
+  SECMOLRA_SetLastError(-1, "abc", nullptr, &acc);
+  EXPECT_STREQ(acc.ErrorMsg, "abc");
+  for (std::size_t i = 3; i < sizeof acc.ErrorMsg; ++i) ASSERT_EQ(acc.ErrorMsg[i], 0) << i;
+}
+
+TEST(LastError, ReadingDoesNotClearAndNullMessageIsEmpty) {
+  SECMOLRA_SetLastError(-5, nullptr, nullptr, nullptr);
+  std::string got = "x";
+  EXPECT_EQ(LastError(&got), -5);
+  EXPECT_EQ(got, "");
+  EXPECT_EQ(LastError(&got), -5);
+}
+
+TEST(BoundedCopy, ExactWidthLeavesNoTerminator) {
+  char field[4];
+  molra::CopyField(field, "abcd");
+  EXPECT_EQ(std::string(field, 4), "abcd");
+  molra::CopyField(field, "abcdef");
+  EXPECT_EQ(std::string(field, 4), "abcd");
+  molra::CopyField(field, "a");
+  EXPECT_EQ(std::string(field, 4), std::string("a\0\0\0", 4));
+  molra::CopyField(field, nullptr);
+  EXPECT_EQ(std::string(field, 4), std::string(4, '\0'));
+}
+
+TEST(Setters, SetNodeRefusesNullAndAcceptsEmpty) {
+  EXPECT_TRUE(SECMOLRA_SetNode("node-a"));
+  EXPECT_FALSE(SECMOLRA_SetNode(nullptr));
+  EXPECT_EQ(molra::Kit().Node(), "node-a");
+  EXPECT_TRUE(SECMOLRA_SetNode(""));
+  EXPECT_EQ(molra::Kit().Node(), "");
+}
+
+TEST(Setters, SetWTFSKeepsThePreviousMethodWhenTheTransportRefuses) {
+  ASSERT_TRUE(SECMOLRA_Init());
+  Sim::Get().Reset();
+  EXPECT_TRUE(SECMOLRA_SetWTFS("32"));
+  EXPECT_EQ(molra::Kit().Wtfs(), "32");
+  EXPECT_NE(Sim::Get().CallLog().find("Kel_SetDefaultInfo(,32,,)"), std::string::npos);
+  Sim::Get().Fn<void (*)(bool)>("KelSim_SetDefaultInfoResult")(false);
+  EXPECT_FALSE(SECMOLRA_SetWTFS("64"));
+  EXPECT_EQ(molra::Kit().Wtfs(), "32");
+  SECMOLRA_Exit();
+}
+
+TEST(Setters, SetWTFSBeforeInitIsRefusedWithoutCallingTheTransport) {
+  EXPECT_FALSE(SECMOLRA_SetWTFS("32"));
+  EXPECT_FALSE(SECMOLRA_SetKelWriteLog(true));
+  EXPECT_EQ(molra::Kit().Wtfs(), "");
+}
+
+TEST(Setters, SetKelWriteLogForwardsToTheTransport) {
+  ASSERT_TRUE(SECMOLRA_Init());
+  Sim::Get().ClearCallLog();
+  EXPECT_TRUE(SECMOLRA_SetKelWriteLog(false));
+  EXPECT_EQ(Sim::Get().CallLog(), "Kel_WriteLog(0)\n");
+  SECMOLRA_Exit();
+}
+
+static void Cb1(const char*, const char*, int32_t) {}
+
+TEST(Setters, CallbackSettersStoreAndSwitchOff) {
+  SECMOLRA_SetMsgCallback(Cb1);
+  SECMOLRA_SetFuncCallback(Cb1);
+  EXPECT_EQ(molra::Kit().msg_callback.load(), &Cb1);
+  EXPECT_EQ(molra::Kit().func_callback.load(), &Cb1);
+  SECMOLRA_SetMsgCallback(nullptr);
+  EXPECT_EQ(molra::Kit().msg_callback.load(), nullptr);
+}

@@ -1,0 +1,98 @@
+#include "support/test_support.h"
+
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <ctime>
+#include <filesystem>
+#include <fstream>
+#include <random>
+#include <sstream>
+#include <stdexcept>
+#include <vector>
+
+#include "secmolra.h"
+#include "util/dynlib.h"
+
+namespace fs = std::filesystem;
+
+namespace molra::test {
+
+std::string BuildDir() {
+  const char* d = std::getenv("MOLRA_BUILD_DIR");
+  return d ? d : fs::current_path().string();
+}
+
+std::string MakeTempDir() {
+  static std::mt19937_64 rng(std::random_device{}() ^
+                             static_cast<unsigned long long>(
+                                 std::chrono::steady_clock::now().time_since_epoch().count()));
+  fs::path p = fs::temp_directory_path() / ("molra-test-" + std::to_string(rng()));
+  fs::create_directories(p);
+  return p.string();
+}
+
+void ChangeDir(const std::string& dir) { fs::current_path(dir); }
+
+std::string ReadFile(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  std::stringstream ss;
+  ss << in.rdbuf();
+  return ss.str();
+}
+
+void WriteFile(const std::string& path, const std::string& text) {
+  std::ofstream out(path, std::ios::binary | std::ios::trunc);
+  out << text;
+}
+
+bool FileExists(const std::string& path) { return fs::exists(path); }
+
+std::string Today() {
+  std::time_t t = std::time(nullptr);
+  std::tm tm{};
+#if defined(_WIN32)
+  localtime_s(&tm, &t);
+#else
+  localtime_r(&t, &tm);
+#endif
+  char buf[16];
+  std::strftime(buf, sizeof buf, "%Y-%m-%d", &tm);
+  return buf;
+}
+
+Sim& Sim::Get() {
+  static Sim sim;
+  if (sim.module_ == nullptr) {
+    sim.module_ = molra::LoadDynamicLibrary((BuildDir() + "/kelapi50.dll").c_str());
+    if (sim.module_ == nullptr) throw std::runtime_error("cannot load the simulated transport");
+  }
+  return sim;
+}
+
+void* Sim::Symbol(const char* name) {
+  void* p = molra::FindSymbol(module_, name);
+  if (p == nullptr) throw std::runtime_error(std::string("simulated transport lacks ") + name);
+  return p;
+}
+
+void Sim::Reset() { Fn<void (*)()>("KelSim_Reset")(); }
+
+std::string Sim::CallLog() {
+  auto fn = Fn<int32_t (*)(char*, int32_t)>("KelSim_CallLog");
+  int32_t n = fn(nullptr, 0);
+  std::vector<char> buf(static_cast<std::size_t>(n) + 1);
+  fn(buf.data(), n + 1);
+  return std::string(buf.data(), static_cast<std::size_t>(n));
+}
+
+void Sim::ClearCallLog() { Fn<void (*)()>("KelSim_ClearCallLog")(); }
+
+std::int64_t LastError(std::string* msg) {
+  std::vector<char> buf(1 << 20);
+  std::int64_t code = SECMOLRA_GetLastError(buf.data());
+  if (msg) *msg = buf.data();
+  return code;
+}
+
+}  // namespace molra::test

@@ -1,0 +1,41 @@
+// Helpers shared by the kit's tests: the simulated transport's control interface, scratch
+// directories and reading files.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace molra::test {
+
+// The build directory (where kelapi50.dll is); tests start there.
+std::string BuildDir();
+
+// A fresh empty directory under the system's temporary directory.
+std::string MakeTempDir();
+void ChangeDir(const std::string& dir);
+std::string ReadFile(const std::string& path);
+void WriteFile(const std::string& path, const std::string& text);
+bool FileExists(const std::string& path);
+std::string Today();  // "YYYY-MM-DD", local time
+
+// The simulated transport loaded from ./kelapi50.dll (the same module the kit binds).
+class Sim {
+ public:
+  static Sim& Get();
+  void* Symbol(const char* name);
+  template <typename F>
+  F Fn(const char* name) {
+    return reinterpret_cast<F>(Symbol(name));
+  }
+  void Reset();
+  std::string CallLog();
+  void ClearCallLog();
+
+ private:
+  void* module_ = nullptr;
+};
+
+// The kit's last error as (code, message).
+std::int64_t LastError(std::string* msg = nullptr);
+
+}  // namespace molra::test
