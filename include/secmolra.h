@@ -106,7 +106,8 @@ typedef struct BatchOrderRow {
 } BatchOrderRow;
 SECMOLRA_STATIC_ASSERT(sizeof(BatchOrderRow) == 181, "BatchOrderRow is 181 bytes");
 
-/* @records@ */
+/* ---- query records (fund, account, PSQY, order, match, position, ETF share) ---- */
+/* @records-queries@ */
 
 #pragma pack(pop)
 
@@ -139,12 +140,38 @@ SECMOLRA_API bool SECMOLRA_SetNode(const char* node);
 /* Default entrust method; kept only when the transport accepts it. */
 SECMOLRA_API bool SECMOLRA_SetWTFS(const char* wtfs);
 
-/* @exports@ */
+/* ---- clock and date ---- */
+/* @exports-clock@ */
+
+/* ---- login, logout, tokens, nodes ---- */
+/* @exports-login@ */
+
+/* ---- account management ---- */
+/* @exports-account@ */
+
+/* ---- queries ---- */
+/* @exports-queries@ */
+
+/* ---- scripting adapters (plain arrays) ---- */
+/* @exports-adapters@ */
+
+/* ---- orders: entrust, batch, ETF, other businesses ---- */
+/* @exports-orders@ */
+
+/* ---- withdrawals ---- */
+/* @exports-withdrawals@ */
+
+/* ---- tradable quantity ---- */
+/* @exports-tradable@ */
 
 #ifdef __cplusplus
 /* Exports that fill a caller-owned std::vector (C++ hosts with the kit's standard library). */
 
-/* @vector-exports@ */
+/* @vector-exports-login@ */
+
+/* @vector-exports-queries@ */
+
+/* @vector-exports-orders@ */
 
 } /* extern "C" */
 #endif
