@@ -38,7 +38,9 @@ start_wine() {
   unset DISPLAY
   if [ ! -f "$WINEPREFIX/system.reg" ]; then
     # wineboot fails on the 32-bit parts that wine64 lacks; the 64-bit prefix is complete.
+    # The registry files appear when the server ends.
     "$WINE_BIN/wine64" wineboot --init >"$OUT/windows/wineboot.log" 2>&1 || true
+    "$WINE_BIN/wineserver" -w
     [ -f "$WINEPREFIX/system.reg" ] || { cat "$OUT/windows/wineboot.log"; return 1; }
   fi
   # A server left from wineboot or an interrupted run would refuse -p: end it first.
