@@ -11,6 +11,7 @@
 #include "api/kit_state.h"
 #include "comm/conn_pool.h"
 #include "conn_fake_kel.h"
+#include "conn_host_events.h"
 #include "log/log.h"
 #include "support/test_support.h"
 
@@ -19,29 +20,8 @@ using KelComm::KelConn;
 
 namespace {
 
-struct Event {
-  std::string khh, name;
-  int event, reserved;
-  bool operator==(const Event& o) const {
-    return std::tie(khh, name, event, reserved) == std::tie(o.khh, o.name, o.event, o.reserved);
-  }
-};
-std::ostream& operator<<(std::ostream& os, const Event& e) {
-  return os << "{" << e.khh << "," << e.name << "," << e.event << "," << e.reserved << "}";
-}
-
-std::mutex g_events_mutex;
-std::vector<Event> g_events;
-
-void Record(const char* khh, const char* name, int32_t event, int32_t reserved) {
-  std::lock_guard<std::mutex> lock(g_events_mutex);
-  g_events.push_back({khh, name, event, reserved});
-}
-
-std::vector<Event> Events() {
-  std::lock_guard<std::mutex> lock(g_events_mutex);
-  return g_events;
-}
+using hostevents::Event;
+std::vector<Event> Events() { return hostevents::Recorded(); }
 
 class ConnEventsTest : public ::testing::Test {
  protected:
@@ -49,7 +29,7 @@ class ConnEventsTest : public ::testing::Test {
     fake::Install();
     logdir_ = MakeTempDir();
     molra::SetUpLogging(logdir_);
-    molra::Kit().conn_event_callback.store(&Record);
+    molra::Kit().conn_event_callback.store(&hostevents::Record);
   }
   void TearDown() override { molra::TearDownConnPool(); }
 

@@ -12,6 +12,7 @@
 #include "api/last_error.h"
 #include "comm/conn_pool.h"
 #include "comm/timer.h"
+#include "conn_host_events.h"
 #include "secmolra.h"
 #include "support/sim_api.h"
 #include "support/test_support.h"
@@ -27,20 +28,9 @@ const std::string kFourAddrs = "[K]\nName=Main\nAuthname=u\nAuthpwd=p\naddr=" + 
                                "\ntradeaddr=" + kT + "\nqueryaddr=" + kQ +
                                "\nsubscribeaddr=" + kS + "\n";
 
-struct HostEvent {
-  std::string khh, name;
-  int event, reserved;
-};
-std::mutex g_mutex;
-std::vector<HostEvent> g_events;
-void OnConnEvent(const char* khh, const char* name, int32_t event, int32_t reserved) {
-  std::lock_guard<std::mutex> lock(g_mutex);
-  g_events.push_back({khh, name, event, reserved});
-}
-std::vector<HostEvent> HostEvents() {
+std::vector<hostevents::Event> HostEvents() {
   SIM_FN(KelSim_WaitIdle)();
-  std::lock_guard<std::mutex> lock(g_mutex);
-  return g_events;
+  return hostevents::Recorded();
 }
 
 std::string N(kel::int64 v) { return std::to_string(v); }
@@ -54,7 +44,7 @@ class ConnSim : public ::testing::Test {
     SECMOLRA_SetProfilePath((dir + "/").c_str());
     SECMOLRA_SetLogPath(MakeTempDir().c_str());
     ASSERT_TRUE(SECMOLRA_Init());
-    SECMOLRA_SetConnEventCallback(&OnConnEvent);
+    SECMOLRA_SetConnEventCallback(&hostevents::Record);
     Sim::Get().ClearCallLog();
   }
   void TearDown() override { SECMOLRA_Exit(); }
