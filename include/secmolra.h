@@ -285,9 +285,43 @@ SECMOLRA_API bool SECMOLRA_SetWTFS(const char* wtfs);
 
 /* ---- clock and date ---- */
 /* @exports-clock@ */
+/* Milliseconds since system start. */
+SECMOLRA_API uint64_t SECMOLRA_GetTickCount(void);
+/* The same as SECMOLRA_GetTickCount. */
+SECMOLRA_API uint64_t SECMOLRA_GetDoubleTickCount(void);
+/* The back end's date YYYYMMDD, measured at login; queried first when not yet known (0 and
+ * last error -202 when nobody is logged in). */
+SECMOLRA_API int64_t SECMOLRA_GetSystemDate(void);
+/* Local time of day corrected by the offset to the back end's clock, "HH:MM:SS.mmm"; give
+ * 13 bytes or more (negative or over-a-day values give longer texts). */
+SECMOLRA_API void SECMOLRA_GetReviseTime(char* buf);
+/* The revised time as the number HHMMSS. */
+SECMOLRA_API int64_t SECMOLRA_GetReviseTimeAsLong(void);
+/* Quotes are not offered: always false. */
+SECMOLRA_API bool SECMOLRA_OpenQuoteLink(void);
+/* Quotes are not offered: sets *count to 0 and returns 0. */
+SECMOLRA_API int64_t SECMOLRA_GetQuote(const char* codes, void* records, int32_t* count);
 
 /* ---- login, logout, tokens, nodes ---- */
 /* @exports-login@ */
+/* Logs the customer in on the connection key lpKeyName (a section of "molra.ini"). Returns
+ * the session token, or a negative code; a failed connection returns the connection
+ * layer's code (0) with its message in the last error. */
+SECMOLRA_API int64_t SECMOLRA_TradeLogin(const char* lpKeyName, const char* lpKhh,
+                                         const char* password);
+/* As SECMOLRA_TradeLogin with the customer's record: a NodeID above 0 names the trade node
+ * (no node-list query); NodeID and Token are written back. */
+SECMOLRA_API int64_t SECMOLRA_TradeLoginEx(const char* lpKeyName, CusLoginInfo* info);
+/* Takes the customer back to not logged in (no request to the back end); 1, or -221. */
+SECMOLRA_API int64_t SECMOLRA_TradeLogout(const char* lpKhh);
+/* Token used by later requests of the customer in place of the login's; always true. */
+SECMOLRA_API bool SECMOLRA_SetCusToken(const char* lpKhh, int64_t token);
+/* Trade node of the customer; a login resets it, so it serves the requests that follow
+ * the login. Always true. */
+SECMOLRA_API bool SECMOLRA_SetCusNodeID(const char* lpKhh, int32_t nodeId);
+/* The back end's trade date YYYYMMDD, asked on the last logged-in customer's connection;
+ * or a negative code. */
+SECMOLRA_API int64_t SECMOLRA_GetTradeDate(void);
 
 /* ---- account management ---- */
 /* @exports-account@ */
@@ -387,6 +421,10 @@ SECMOLRA_API int64_t PYSECMOLRA_QueryETFShare(const char* khh, const char* jjdm,
 /* Exports that fill a caller-owned std::vector (C++ hosts with the kit's standard library). */
 
 /* @vector-exports-login@ */
+/* Appends the customer's trade nodes (system type 4) to list; returns how many, or a
+ * negative code. */
+SECMOLRA_API int64_t SECMOLRA_QueryCusNodeinfo(const char* lpKeyName, const char* lpKhh,
+                                               std::vector<CusNodeInfo>& list);
 
 /* @vector-exports-queries@ */
 

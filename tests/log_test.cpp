@@ -1,0 +1,87 @@
+// The daily log: its file, its line format and the write-log switch.
+#include <gtest/gtest.h>
+
+#include <regex>
+#include <string>
+
+#include "log/log.h"
+#include "secmolra.h"
+#include "support/test_support.h"
+
+using namespace molra::test;
+
+namespace {
+void Flush() {
+  if (auto* l = molra::g_logger.load()) l->flush();
+}
+}  // namespace
+
+TEST(Log, DefaultDirectoryIsLogBesideTheProcess) {
+  ChangeDir(MakeTempDir());
+  molra::SetUpLogging("");
+  MOLRA_LOG_INFO("{} hello", "x");
+  Flush();
+  EXPECT_TRUE(FileExists("log/molra_" + Today() + ".log"));
+  EXPECT_EQ(molra::LogBaseName(""), "log/molra.log");
+  EXPECT_EQ(molra::LogBaseName("/var/x"), "/var/x/molra.log");
+}
+
+TEST(Log, NestedDirectoryIsCreatedAndLinesFollowThePattern) {
+  std::string dir = MakeTempDir() + "/a/b";
+  SECMOLRA_SetLogPath(dir.c_str());
+  ASSERT_TRUE(SECMOLRA_Init());
+  SECMOLRA_SetLastError(-9, "坏了", "Fn", nullptr);
+  Flush();
+  std::string text = ReadFile(dir + "/molra_" + Today() + ".log");
+  // Local time with microseconds, logger name, level, message; every line ends in CR LF.
+  std::regex line(R"(\[\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\.\d{6}\] \[MOLRA\] \[error\] Fn：坏了\r\n)");
+  EXPECT_TRUE(std::regex_search(text, line)) << text;
+  EXPECT_NE(text.find("[info] CommInit success. StructPushMsg:false ConfirmMsgFunc:DM0003 ReportMsgFunc:DM0004\r\n"),
+            std::string::npos)
+      << text;
+  SECMOLRA_Exit();
+}
+
+TEST(Log, SwitchedOffBeforeInitCreatesTheFileButWritesNothing) {
+  std::string dir = MakeTempDir() + "/quiet";
+  SECMOLRA_SetLogPath(dir.c_str());
+  SECMOLRA_SetWriteLog(false);
+  ASSERT_TRUE(SECMOLRA_Init());
+  SECMOLRA_SetLastError(-9, "silent", "Fn", nullptr);
+  Flush();
+  std::string path = dir + "/molra_" + Today() + ".log";
+  EXPECT_TRUE(FileExists(path));
+  EXPECT_EQ(ReadFile(path), "");
+  // The record itself is still kept.
+  std::string msg;
+  EXPECT_EQ(LastError(&msg), -9);
+  EXPECT_EQ(msg, "silent");
+  SECMOLRA_SetWriteLog(true);
+  SECMOLRA_SetNode("n1");
+  Flush();
+  EXPECT_NE(ReadFile(path).find("SECMOLRA_SetNode node:n1"), std::string::npos);
+  SECMOLRA_Exit();
+}
+
+TEST(Log, LinesAfterExitStillReachTheFile) {
+  std::string dir = MakeTempDir();
+  SECMOLRA_SetLogPath(dir.c_str());
+  ASSERT_TRUE(SECMOLRA_Init());
+  SECMOLRA_Exit();
+  SECMOLRA_SetLastError(-1, "after exit", "Fn", nullptr);
+  Flush();
+  EXPECT_NE(ReadFile(dir + "/molra_" + Today() + ".log").find("Fn：after exit"), std::string::npos);
+}
+
+TEST(Log, CallbackSettersEchoThePointer) {
+  std::string dir = MakeTempDir();
+  SECMOLRA_SetLogPath(dir.c_str());
+  ASSERT_TRUE(SECMOLRA_Init());
+  SECMOLRA_SetMsgCallback(nullptr);
+  SECMOLRA_SetConnEventCallback(nullptr);
+  Flush();
+  std::string text = ReadFile(dir + "/molra_" + Today() + ".log");
+  EXPECT_NE(text.find("SECMOLRA_SetMsgCallback effective:0x0"), std::string::npos) << text;
+  EXPECT_NE(text.find("SECMOLRA_SetConnEventCallback effective:0x0"), std::string::npos);
+  SECMOLRA_Exit();
+}
