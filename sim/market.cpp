@@ -75,6 +75,7 @@ PushValues OrderPush(const Customer& cu, const Order& o) {
 void PushConfirmation(Backend& be, const Customer& cu, const Order& o) { be.Push(cu.cfg.khh, 0, OrderPush(cu, o)); }
 
 void Fill(Backend& be, Customer& cu, Order& o, std::int64_t q, double p) {
+  if (o.side == Side::None) return;
   double amount = static_cast<double>(q) * p;
   o.matched += q;
   o.matched_amount += amount;
@@ -91,6 +92,11 @@ void Fill(Backend& be, Customer& cu, Order& o, std::int64_t q, double p) {
     cu.balance += amount;
   }
   if (std::fabs(cu.frozen) < 1e-6) cu.frozen = 0;
+  RecordMatch(be, cu, o, q, p);
+}
+
+void RecordMatch(Backend& be, Customer& cu, const Order& o, std::int64_t q, double p) {
+  double amount = static_cast<double>(q) * p;
   MatchRec m;
   m.khh = cu.cfg.khh;
   m.jys = o.jys;
@@ -136,7 +142,7 @@ PlaceResult PlaceOrder(Backend& be, Customer& cu, const OrderIn& in) {
     return r;
   }
   Security* sec = be.FindSecurity(in.jys, in.zqdm);
-  if (sec == nullptr) {
+  if (sec == nullptr && in.side != Side::None) {
     r.code = err::kNoSecurity;
     r.msg = "security " + in.jys + "." + in.zqdm + " does not exist";
     return r;
@@ -146,7 +152,7 @@ PlaceResult PlaceOrder(Backend& be, Customer& cu, const OrderIn& in) {
     r.msg = "order price must be positive";
     return r;
   }
-  double unit = in.ddlx != 0 ? sec->price : in.wtjg;
+  double unit = in.ddlx != 0 && sec != nullptr ? sec->price : in.wtjg;
   double freeze = in.side == Side::Buy ? unit * static_cast<double>(in.wtsl) : 0.0;
   if (in.side == Side::Buy && freeze > cu.Available() + 1e-6) {
     r.code = err::kNoFunds;
@@ -180,7 +186,7 @@ PlaceResult PlaceOrder(Backend& be, Customer& cu, const OrderIn& in) {
   o.jgsm = "declared";
   if (in.side == Side::Buy) cu.frozen += freeze;
   if (in.side == Side::Sell) pos->sellable -= in.wtsl;
-  if (in.ddlx == 0 && in.side != Side::None &&
+  if (sec != nullptr && in.ddlx == 0 && in.side != Side::None &&
       (in.wtjg > sec->price * 1.1 + 0.005 || in.wtjg < sec->price * 0.9 - 0.005)) {
     // The exchange refuses a price beyond the daily limit: nothing stays frozen.
     o.sbjg = 3;

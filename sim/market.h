@@ -49,6 +49,8 @@ struct WithdrawResult {
   std::string wtsj;
 };
 
+// Orders of other businesses (Side::None) are booked and confirmed but never matched by the
+// market; they rest until withdrawn, and their security need not be known.
 // Buy (1) and sell (2) of ordinary trading.
 Side OrdinarySide(std::int32_t jylb);
 PlaceResult PlaceOrder(Backend& be, Customer& cu, const OrderIn& in);
@@ -59,6 +61,8 @@ WithdrawResult WithdrawOrder(Backend& be, Customer& cu, std::int64_t cxwth, cons
 void MatchResting(Backend& be, const std::string& jys, const std::string& zqdm);
 // Books a match of q at price p for an order (funds, position, match record, push).
 void Fill(Backend& be, Customer& cu, Order& o, std::int64_t q, double p);
+// Records a match of an order (match record and push) without touching funds or positions.
+void RecordMatch(Backend& be, Customer& cu, const Order& o, std::int64_t q, double p);
 // The base of a push about an order.
 PushValues OrderPush(const Customer& cu, const Order& o);
 void PushConfirmation(Backend& be, const Customer& cu, const Order& o);

@@ -117,6 +117,14 @@ enum : std::int32_t {
   WTPCH = 9216,         // batch number
   FESL = 9218,          // ETF shares
   ZXJ = 9219,           // latest price
+
+  // ETF reference data: basic information "D00084" and constituents "D00088" (kit assumption).
+  ETF_CREATION_OK = 9230,  // 1 when the ETF admits creation (subscription), else 0
+  ETF_UNIT = 9231,         // creation unit (shares per basket)
+  ETF_CASH = 9232,         // cash component per creation unit
+  ETF_COMPONENT = 9233,    // security code of a constituent
+  ETF_COMPONENT_QTY = 9234,  // quantity of the constituent per creation unit
+  ETF_SUBSTITUTE = 9235,   // substitution flag: 1 cash substitution allowed, 0 not
 };
 
 }  // namespace fid
