@@ -1,0 +1,183 @@
+"""End-to-end scenarios on the simulated back end, each in a process of its own."""
+import json
+
+import pytest
+
+from conftest import require
+
+LOGIN = ("SECMOLRA_TradeLogin", "SECMOLRA_TradeLogout")
+ORDERS = ("SECMOLRA_OrderEntrust", "SECMOLRA_OrderEntrust_ASync")
+
+
+def _result(proc) -> dict:
+    """The scenario's last stdout line is a JSON object with its findings."""
+    return json.loads(proc.stdout.strip().splitlines()[-1])
+
+
+def test_session_starts_and_stops_the_kit_and_restores_the_directory(scenario):
+    proc = scenario.run("""
+        import json
+        s = SIM.session(BUILD, WORK)
+        here = os.getcwd()
+        started = s.started
+        s.close()
+        print(json.dumps({"started": started, "cwd": here == str(WORK),
+                          "log": sorted(p.name[:6] for p in (WORK / "log").iterdir()),
+                          "closed": not s.started}))
+    """)
+    assert _result(proc) == {"started": True, "cwd": True, "log": ["molra_"], "closed": True}
+
+
+def test_second_session_in_one_process_is_refused(scenario):
+    proc = scenario.run("""
+        with SIM.session(BUILD, WORK):
+            pass
+        try:
+            SIM.session(BUILD, WORK)
+        except RuntimeError as exc:
+            print("refused:", exc)
+    """)
+    assert "refused: the kit starts once per process" in proc.stdout
+
+
+def test_missing_transport_is_explained_before_the_kit_starts(scenario):
+    proc = scenario.run("""
+        from secmolra import Session, TransportNotFound
+        try:
+            Session(BUILD).start()  # the scratch folder holds no kelapi50.dll
+        except TransportNotFound as exc:
+            print("error:", exc)
+    """)
+    assert "error: no kelapi50.dll in" in proc.stdout
+    assert "transport_dir" in proc.stdout
+
+
+def test_kit_error_carries_code_and_gbk_message(scenario):
+    proc = scenario.run("""
+        import json
+        from secmolra import KitError
+        with SIM.session(BUILD, WORK) as s:
+            s.raw.SECMOLRA_SetLastError(-206, "读取配置文件[x]失败".encode("gbk"), b"f", None)
+            err = s.kit.error("f")
+            print(json.dumps({"code": err.code, "message": err.message,
+                              "text": str(err), "isexc": isinstance(err, Exception)},
+                             ensure_ascii=False))
+    """)
+    assert _result(proc) == {"code": -206, "message": "读取配置文件[x]失败",
+                             "text": "f: [-206] 读取配置文件[x]失败", "isexc": True}
+
+
+def test_failed_call_raises_with_the_kits_code_and_message(scenario, kit):
+    require(kit, *LOGIN)
+    proc = scenario.run("""
+        import json
+        from secmolra import KitError
+        out = {}
+        with SIM.session(BUILD, WORK) as s:
+            for name, call in (("empty", lambda: s.login(SIM.KEY, "", "111111")),
+                               ("logout", lambda: s.logout("")),
+                               ("null", lambda: s.call("SECMOLRA_TradeLogin", None, "1", "x"))):
+                try:
+                    call()
+                except KitError as exc:
+                    out[name] = [exc.code, exc.message, exc.function]
+        print(json.dumps(out, ensure_ascii=False))
+    """)
+    assert _result(proc) == {
+        "empty": [-221, "配置名、客户号、交易密码不能为空", "SECMOLRA_TradeLogin"],
+        "logout": [-221, "客户号不能为空", "SECMOLRA_TradeLogout"],
+        "null": [-221, "非法参数", "SECMOLRA_TradeLogin"]}
+
+
+def test_connection_failure_with_code_0_still_raises(scenario, kit):
+    require(kit, *LOGIN)
+    proc = scenario.run("""
+        import json
+        from secmolra import KitError
+        with SIM.session(BUILD, WORK, profile_settings={"addr": "127.0.0.1:1",
+                                                        "tradeaddr": "127.0.0.1:1"}) as s:
+            try:
+                s.login(SIM.KEY, "1001", "111111")
+                print(json.dumps({"raised": False}))
+            except KitError as exc:
+                print(json.dumps({"raised": True, "code": exc.code,
+                                  "message": exc.message}, ensure_ascii=False))
+    """)
+    result = _result(proc)
+    assert result["raised"] and result["code"] == 0
+    assert result["message"].startswith("connect failed.")
+
+
+def test_queries_decode_the_back_ends_records(scenario, kit):
+    require(kit, *LOGIN, "PYSECMOLRA_QueryFundInfo", "PYSECMOLRA_QueryAccInfo")
+    proc = scenario.run("""
+        import json, dataclasses
+        with SIM.session(BUILD, WORK) as s:
+            token = s.login(SIM.KEY, "1001", "111111")
+            funds = [dataclasses.asdict(f) for f in s.funds("1001")]
+            accounts = [dataclasses.asdict(a) for a in s.accounts("1001")]
+            # the same rows through a one-record array: the package grows it and asks again
+            from secmolra.records import AccInfoStruct
+            small = s._query("PYSECMOLRA_QueryAccInfo", AccInfoStruct, "1001", capacity=1)
+            s.logout("1001")
+            print(json.dumps({"token": token, "funds": funds, "accounts": accounts,
+                              "small": [dataclasses.asdict(a) for a in small]},
+                             ensure_ascii=False))
+    """)
+    result = _result(proc)
+    assert result["token"] > 0
+    assert result["funds"] and all(f["KHH"] == "1001" for f in result["funds"])
+    for f in result["funds"]:
+        assert f["Amount1"] == f["Amount2"]
+    assert result["accounts"] and all(a["KHH"] == "1001" for a in result["accounts"])
+    assert result["small"] == result["accounts"]
+
+
+def test_callbacks_arrive_on_transport_threads_without_loss(scenario, kit):
+    require(kit, *LOGIN, *ORDERS)
+    proc = scenario.run("""
+        import json, threading
+        main = threading.get_ident()
+        threads = set()
+        def seen(event):
+            threads.add(threading.get_ident())
+        with SIM.session(BUILD, WORK, on_push=seen, on_reply=seen) as s:
+            s.login(SIM.KEY, "1001", "111111")
+            acc = s.accounts("1001")[0] if "PYSECMOLRA_QueryAccInfo" not in s.kit.missing else None
+            gdh = acc.GDH if acc else "A000000001"
+            jys = acc.JYS if acc else "SH"
+            sent = [s.entrust_async("1001", jys, "600000", 1, 100, 10.0, gdh, kfsbdbh=i + 1)
+                    for i in range(20)]
+            replies = s.events.wait_for(lambda e: e.kind == "reply", timeout=20, count=20)
+            print(json.dumps({
+                "sent": sent,
+                "replied": sorted(e.data["KFSBDBH"] for e in replies),
+                "types": sorted({e.type for e in replies}),
+                "main_thread_used": main in threads,
+                "errors": [repr(e) for e in s.callback_errors]}))
+    """)
+    result = _result(proc)
+    assert result["sent"] == list(range(1, 21))
+    assert result["replied"] == list(range(1, 21))
+    assert result["types"] == [14]
+    assert not result["main_thread_used"]
+    assert result["errors"] == []
+
+
+def test_a_failing_handler_does_not_stop_delivery(scenario, kit):
+    require(kit, *LOGIN, *ORDERS)
+    proc = scenario.run("""
+        import json
+        def boom(event):
+            raise ValueError("handler bug")
+        with SIM.session(BUILD, WORK, on_reply=boom) as s:
+            s.login(SIM.KEY, "1001", "111111")
+            acc = s.accounts("1001")[0]
+            for i in (1, 2):
+                s.entrust_async("1001", acc.JYS, "600000", 1, 100, 10.0, acc.GDH, kfsbdbh=i)
+            got = s.events.wait_for(lambda e: e.kind == "reply", timeout=10, count=2)
+            print(json.dumps({"replies": len(got),
+                              "errors": [str(e) for e in s.callback_errors]}))
+    """)
+    assert _result(proc) == {"replies": 2, "errors": ["handler bug", "handler bug"]}
+    assert "ValueError: handler bug" in proc.stderr
