@@ -7,12 +7,12 @@
 """
 from .exports import BY_NAME, EXPORTS, Export
 from .library import Kit, KitError, LibraryNotFound, find_library
-from .records import (PSQY, AccInfo, BatchOrderRow, CusLoginInfo, CusNodeInfo, ETFShare,
-                      FundInfo, MatchInfo, OrderInfo, PositionInfo)
+from .records import (PSQY, Account, BatchOrder, CusLoginInfo, CusNode, ETFShare, Fund, Login,
+                      Match, Order, Position)
 from .session import (CONN, PUSH, PUSH_TYPES, REPLY, REPLY_TYPE, Event, EventLog, Session,
                       TransportNotFound)
 
-__all__ = ["AccInfo", "BatchOrderRow", "BY_NAME", "CONN", "CusLoginInfo", "CusNodeInfo",
-           "ETFShare", "Event", "EventLog", "EXPORTS", "Export", "FundInfo", "Kit", "KitError",
-           "LibraryNotFound", "MatchInfo", "OrderInfo", "PositionInfo", "PSQY", "PUSH",
+__all__ = ["Account", "BatchOrder", "BY_NAME", "CONN", "CusLoginInfo", "CusNode", "ETFShare",
+           "Event", "EventLog", "EXPORTS", "Export", "Fund", "Kit", "KitError",
+           "LibraryNotFound", "Login", "Match", "Order", "Position", "PSQY", "PUSH",
            "PUSH_TYPES", "REPLY", "REPLY_TYPE", "Session", "TransportNotFound", "find_library"]

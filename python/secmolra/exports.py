@@ -12,9 +12,8 @@ import ctypes
 from ctypes import POINTER, c_bool, c_char, c_char_p, c_double, c_int32, c_int64, c_uint64, c_void_p
 from typing import NamedTuple
 
-from .records import (AccInfoStruct, BatchOrderRowStruct, CusLoginInfo, CusNodeInfoStruct,
-                      ETFShareStruct, FundInfoStruct, MatchInfoStruct, OrderInfoStruct,
-                      PositionInfoStruct, PSQYStruct)
+from .records import (AccountRecord, BatchOrderRow, CusLoginInfo, CusNodeInfo, ETFShareRecord,
+                      FundRecord, MatchRecord, OrderRecord, PositionRecord, PSQYRecord)
 
 MsgCallback = ctypes.CFUNCTYPE(None, c_char_p, c_char_p, c_int32)
 FuncCallback = MsgCallback
@@ -46,11 +45,11 @@ def _args(spec: str, types: dict) -> tuple:
 _TYPES = {"I32": I32, "I64": I64, "U64": U64, "F64": F64, "B": B, "CH": CH, "V": c_void_p,
           "ACC": ACCOUNT, "BUF": ctypes.c_char_p, "PI32": POINTER(c_int32),
           "MSG": MsgCallback, "FUNC": FuncCallback, "CONN": ConnEventCallback,
-          "NODES": POINTER(CusNodeInfoStruct), "FUNDS": POINTER(FundInfoStruct),
-          "ACCS": POINTER(AccInfoStruct), "PSQYS": POINTER(PSQYStruct),
-          "ORDERS": POINTER(OrderInfoStruct), "MATCHS": POINTER(MatchInfoStruct),
-          "POSITIONS": POINTER(PositionInfoStruct), "ETFSHARES": POINTER(ETFShareStruct),
-          "ROWS": POINTER(BatchOrderRowStruct)}
+          "NODES": POINTER(CusNodeInfo), "FUNDS": POINTER(FundRecord),
+          "ACCS": POINTER(AccountRecord), "PSQYS": POINTER(PSQYRecord),
+          "ORDERS": POINTER(OrderRecord), "MATCHS": POINTER(MatchRecord),
+          "POSITIONS": POINTER(PositionRecord), "ETFSHARES": POINTER(ETFShareRecord),
+          "ROWS": POINTER(BatchOrderRow)}
 
 
 def one(name: str, restype, spec: str = "") -> list:
@@ -117,6 +116,11 @@ EXPORTS: list = [
          "system_type:I32 khh zjzh amount:F64 node1:I64 node2:I64 remark"),
     *one("SECMOLRA_ModifyZJHBCL", I64,
          "system_type:I32 khh zjzh node1:I64 node2:I64 ratio1:F64 ratio2:F64 remark"),
+    # reference-data tables: a cursor over the rows of any key/value request
+    *one("SECMOLRA_BeginQuery", I64, "khh func_code request"),
+    *one("SECMOLRA_GetQueryCount", I64, "cursor:I64"),
+    *one("SECMOLRA_GetQuery", I64, "cursor:I64 row:I32 field_id:I32 buf:BUF cap:I32"),
+    *one("SECMOLRA_EndQuery", I64, "cursor:I64"),
     # scripting adapters: plain arrays of records
     *one("PYSECMOLRA_QueryCusNodeinfo", I32, "key khh records:NODES capacity:I32"),
     *one("PYSECMOLRA_QueryFundInfo", I64, "khh records:FUNDS capacity:I32"),

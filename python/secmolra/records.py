@@ -38,7 +38,7 @@ class Record(ctypes.LittleEndianStructure):
 
     _pack_ = 1
     SIZE = 0
-    C_NAME = ""  # the record's name in include/secmolra.h
+    DATA_NAME = ""  # name of the dataclass twin; the class name is the C record's name
     Data = None  # the generated dataclass, set by _record()
 
     def to_data(self):
@@ -86,8 +86,7 @@ def _record(cls):
             fields.append((name, float, dataclasses.field(default=0.0)))
         else:
             fields.append((name, int, dataclasses.field(default=0)))
-    name = cls.__name__[:-6] if cls.__name__.endswith("Struct") else cls.__name__
-    cls.Data = dataclasses.make_dataclass(name, fields, namespace={"Struct": cls})
+    cls.Data = dataclasses.make_dataclass(cls.DATA_NAME, fields, namespace={"Struct": cls})
     cls.Data.__module__ = __name__
     return cls
 
@@ -100,8 +99,7 @@ def text(width: int):
 class CusLoginInfo(Record):
     """Customer login record, taken by the login and every Ex export."""
 
-    SIZE = 605
-    C_NAME = "CusLoginInfo"
+    SIZE, DATA_NAME = 605, "Login"
     _fields_ = [
         ("KHH", text(16)),
         ("GDH", text(12)),
@@ -110,7 +108,7 @@ class CusLoginInfo(Record):
         ("WTFS", text(5)),
         ("Node", text(256)),
         ("Token", c_int64),
-        ("ErrorCode", c_int64),
+        ("ErrorCode", c_int64),  # the account's own copy of its last error
         ("ErrorMsg", text(256)),
     ]
 
@@ -121,9 +119,8 @@ class CusLoginInfo(Record):
 
 
 @_record
-class CusNodeInfoStruct(Record):
-    SIZE = 28
-    C_NAME = "CusNodeInfo"
+class CusNodeInfo(Record):
+    SIZE, DATA_NAME = 28, "CusNode"
     _fields_ = [
         ("KHH", text(16)),
         ("SystemType", c_int32),
@@ -133,11 +130,10 @@ class CusNodeInfoStruct(Record):
 
 
 @_record
-class BatchOrderRowStruct(Record):
+class BatchOrderRow(Record):
     """One batch entrust row: in Jys..Ddlx, out Wth and Msg."""
 
-    SIZE = 181
-    C_NAME = "BatchOrderRow"
+    SIZE, DATA_NAME = 181, "BatchOrder"
     _fields_ = [
         ("Jys", text(3)),
         ("Zqdm", text(7)),
@@ -152,13 +148,16 @@ class BatchOrderRowStruct(Record):
 
 
 @_record
-class FundInfoStruct(Record):
-    SIZE = 236
+class FundRecord(Record):
+    """Fund query row. Amount1 and Amount2 carry the same answer key; Total is
+    Amount7 + Amount1 + Amount9."""
+
+    SIZE, DATA_NAME = 236, "Fund"
     _fields_ = [
         ("KHH", text(16)),
         ("ZJZH", text(16)),
         ("BZ", text(4)),
-        ("ZJZH2", text(16)),
+        ("Text2", text(16)),
         ("Amount1", c_double),
         ("Amount2", c_double),
         ("Amount3", c_double),
@@ -168,15 +167,15 @@ class FundInfoStruct(Record):
         ("Total", c_double),
         ("Amount7", c_double),
         ("Amount8", c_double),
-        ("Reserved1", text(88)),
+        ("Reserved", text(88)),
         ("Amount9", c_double),
         ("Reserved2", text(16)),
     ]
 
 
 @_record
-class AccInfoStruct(Record):
-    SIZE = 100
+class AccountRecord(Record):
+    SIZE, DATA_NAME = 100, "Account"
     _fields_ = [
         ("KHH", text(16)),
         ("JYS", text(4)),
@@ -186,14 +185,14 @@ class AccInfoStruct(Record):
         ("Text4", text(8)),
         ("BZ", text(4)),
         ("Text5", text(16)),
-        ("Flag", c_int32),
+        ("Value", c_int32),
         ("Reserved", c_int32),
     ]
 
 
 @_record
-class PSQYStruct(Record):
-    SIZE = 48
+class PSQYRecord(Record):
+    SIZE, DATA_NAME = 48, "PSQY"
     _fields_ = [
         ("KHH", text(16)),
         ("JYS", text(4)),
@@ -204,35 +203,101 @@ class PSQYStruct(Record):
 
 
 @_record
-class OrderInfoStruct(Record):
-    SIZE = 444
-    _fields_ = [("Raw", text(444))]
+class OrderRecord(Record):
+    SIZE, DATA_NAME = 444, "Order"
+    _fields_ = [
+        ("KHH", text(16)),
+        ("JYS", text(4)),
+        ("GDH", text(12)),
+        ("ZQDM", text(9)),
+        ("ZQMC", text(33)),
+        ("WTH", c_int64),
+        ("JYLB", c_int32),
+        ("WTSL", c_int64),
+        ("WTJG", c_double),
+        ("DDLX", c_int32),
+        ("WTSJ", text(13)),
+        ("CJSL", c_int64),
+        ("CJJG", c_double),
+        ("CJJE", c_double),
+        ("CDSL", c_int64),
+        ("SBJG", c_int32),
+        ("JGSM", text(128)),
+        ("CXBZ", text(2)),
+        ("KFSBDBH", c_int64),
+        ("WTPCH", c_int64),
+        ("DJZJ", c_double),
+        ("ZJZH", text(31)),
+        ("BZ", text(4)),
+        ("Reserved", text(100)),
+    ]
 
 
 @_record
-class MatchInfoStruct(Record):
-    SIZE = 185
-    _fields_ = [("Raw", text(185))]
+class MatchRecord(Record):
+    SIZE, DATA_NAME = 185, "Match"
+    _fields_ = [
+        ("KHH", text(16)),
+        ("JYS", text(4)),
+        ("GDH", text(12)),
+        ("ZQDM", text(9)),
+        ("ZQMC", text(33)),
+        ("WTH", c_int64),
+        ("JYLB", c_int32),
+        ("CJSL", c_int64),
+        ("CJJG", c_double),
+        ("CJJE", c_double),
+        ("CJBH", text(31)),
+        ("CJSJ", text(13)),
+        ("KFSBDBH", c_int64),
+        ("Reserved", text(23)),
+    ]
 
 
 @_record
-class PositionInfoStruct(Record):
-    SIZE = 384
-    _fields_ = [("Raw", text(384))]
+class PositionRecord(Record):
+    SIZE, DATA_NAME = 384, "Position"
+    _fields_ = [
+        ("KHH", text(16)),
+        ("JYS", text(4)),
+        ("GDH", text(12)),
+        ("ZQDM", text(9)),
+        ("ZQMC", text(33)),
+        ("GFYE", c_int64),
+        ("KMSL", c_int64),
+        ("CBJ", c_double),
+        ("ZXJ", c_double),
+        ("ZXSZ", c_double),
+        ("FDYK", c_double),
+        ("BZ", text(4)),
+        ("Reserved", text(258)),
+    ]
 
 
 @_record
-class ETFShareStruct(Record):
-    SIZE = 72
-    _fields_ = [("Raw", text(72))]
+class ETFShareRecord(Record):
+    SIZE, DATA_NAME = 72, "ETFShare"
+    _fields_ = [
+        ("KHH", text(16)),
+        ("JYS", text(4)),
+        ("GDH", text(12)),
+        ("JJDM", text(9)),
+        ("ZQDM", text(9)),
+        ("FESL", c_int64),
+        ("Reserved", text(14)),
+    ]
 
 
-CusNodeInfo = CusNodeInfoStruct.Data
-BatchOrderRow = BatchOrderRowStruct.Data
-FundInfo = FundInfoStruct.Data
-AccInfo = AccInfoStruct.Data
-PSQY = PSQYStruct.Data
-OrderInfo = OrderInfoStruct.Data
-MatchInfo = MatchInfoStruct.Data
-PositionInfo = PositionInfoStruct.Data
-ETFShare = ETFShareStruct.Data
+RECORDS = [CusLoginInfo, CusNodeInfo, BatchOrderRow, FundRecord, AccountRecord, PSQYRecord,
+           OrderRecord, MatchRecord, PositionRecord, ETFShareRecord]
+
+Login = CusLoginInfo.Data
+CusNode = CusNodeInfo.Data
+BatchOrder = BatchOrderRow.Data
+Fund = FundRecord.Data
+Account = AccountRecord.Data
+PSQY = PSQYRecord.Data
+Order = OrderRecord.Data
+Match = MatchRecord.Data
+Position = PositionRecord.Data
+ETFShare = ETFShareRecord.Data

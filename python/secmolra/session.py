@@ -75,7 +75,7 @@ class EventLog:
 
 
 _POSITIVE = re.compile(r"TradeLogin|Entrust|Withdraw|ZQHGCrk|FXYW|DZJY|Lof|FJY|"
-                       r"GetSystemDate|GetTradeDate")
+                       r"GetSystemDate|GetTradeDate|BeginQuery|EndQuery")
 _UNCHECKED = {"SECMOLRA_GetLastError", "SECMOLRA_GetReviseTimeAsLong", "SECMOLRA_GetQuote"}
 
 
@@ -335,34 +335,34 @@ class Session:
             capacity = count  # the array was too small: the result is the full count
 
     def node_info(self, key: str, khh: str) -> list:
-        return self._query("PYSECMOLRA_QueryCusNodeinfo", rec.CusNodeInfoStruct, key, khh)
+        return self._query("PYSECMOLRA_QueryCusNodeinfo", rec.CusNodeInfo, key, khh)
 
     def funds(self, khh: str) -> list:
-        return self._query("PYSECMOLRA_QueryFundInfo", rec.FundInfoStruct, khh)
+        return self._query("PYSECMOLRA_QueryFundInfo", rec.FundRecord, khh)
 
     def accounts(self, khh: str) -> list:
-        return self._query("PYSECMOLRA_QueryAccInfo", rec.AccInfoStruct, khh)
+        return self._query("PYSECMOLRA_QueryAccInfo", rec.AccountRecord, khh)
 
     def psqy(self, khh: str, jys: str = "", gdh: str = "") -> list:
-        return self._query("PYSECMOLRA_QueryPSQY", rec.PSQYStruct, khh, jys, gdh)
+        return self._query("PYSECMOLRA_QueryPSQY", rec.PSQYRecord, khh, jys, gdh)
 
     def orders(self, khh: str, *, type: int = 0, sort: int = 0, rowcount: int = 0,
                browindex: int = 0, jys: str = "", zqdm: str = "", wth: int = 0) -> list:
-        return self._query("PYSECMOLRA_QueryOrders", rec.OrderInfoStruct, khh, type, sort,
+        return self._query("PYSECMOLRA_QueryOrders", rec.OrderRecord, khh, type, sort,
                            rowcount, browindex, jys, zqdm, wth)
 
     def matches(self, khh: str, *, type: int = 0, sort: int = 0, rowcount: int = 0,
                 browindex: int = 0, jys: str = "", zqdm: str = "", wth: int = 0) -> list:
-        return self._query("PYSECMOLRA_QueryMatchs", rec.MatchInfoStruct, khh, type, sort,
+        return self._query("PYSECMOLRA_QueryMatchs", rec.MatchRecord, khh, type, sort,
                            rowcount, browindex, jys, zqdm, wth)
 
     def positions(self, khh: str, *, sort: int = 0, rowcount: int = 0, browindex: int = 0,
                   gdh: str = "", jys: str = "", zqdm: str = "", exeflag: int = 0) -> list:
-        return self._query("PYSECMOLRA_QueryPositions", rec.PositionInfoStruct, khh, sort,
+        return self._query("PYSECMOLRA_QueryPositions", rec.PositionRecord, khh, sort,
                            rowcount, browindex, gdh, jys, zqdm, exeflag)
 
     def etf_shares(self, khh: str, jjdm: str) -> list:
-        return self._query("PYSECMOLRA_QueryETFShare", rec.ETFShareStruct, khh, jjdm)
+        return self._query("PYSECMOLRA_QueryETFShare", rec.ETFShareRecord, khh, jjdm)
 
     # ---- orders -----------------------------------------------------------------------
 
@@ -414,9 +414,9 @@ class Session:
 
     @staticmethod
     def _batch_array(rows: list):
-        array = (rec.BatchOrderRowStruct * max(len(rows), 1))()
+        array = (rec.BatchOrderRow * max(len(rows), 1))()
         for i, row in enumerate(rows):
-            array[i] = rec.BatchOrderRowStruct.from_data(row)
+            array[i] = rec.BatchOrderRow.from_data(row)
         return array
 
     def batch_withdraw(self, customer, lsh: int, *, asynchronous: bool = False) -> int:

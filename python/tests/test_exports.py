@@ -122,24 +122,19 @@ def test_table_forms_follow_the_naming_rules():
         "the vector queries cannot be called from Python"
 
 
-def _record_classes():
-    return [c for c in vars(rec).values() if isinstance(c, type) and
-            issubclass(c, rec.Record) and c is not rec.Record and c.C_NAME]
-
-
 @pytest.mark.skipif(not shutil.which("cc"), reason="needs a C compiler")
 def test_record_layouts_match_the_header(tmp_path):
     declared = set(re.findall(r"typedef struct (\w+)", _header_text()))
-    classes = [c for c in _record_classes() if c.C_NAME in declared]
-    assert {c.C_NAME for c in classes} >= {"CusLoginInfo", "CusNodeInfo", "BatchOrderRow"}
+    classes = [c for c in rec.RECORDS if c.__name__ in declared]
+    assert {c.__name__ for c in classes} >= {"CusLoginInfo", "CusNodeInfo", "BatchOrderRow"}
     lines, expected = [], []
     for cls in classes:
-        lines.append(f'printf("{cls.C_NAME} %zu\\n", sizeof({cls.C_NAME}));')
-        expected.append(f"{cls.C_NAME} {ctypes.sizeof(cls)}")
+        lines.append(f'printf("{cls.__name__} %zu\\n", sizeof({cls.__name__}));')
+        expected.append(f"{cls.__name__} {ctypes.sizeof(cls)}")
         for name, ctype in cls._fields_:
-            lines.append(f'printf("{cls.C_NAME}.{name} %zu %zu\\n", '
-                         f'offsetof({cls.C_NAME}, {name}), sizeof((({cls.C_NAME}*)0)->{name}));')
-            expected.append(f"{cls.C_NAME}.{name} {getattr(cls, name).offset} "
+            lines.append(f'printf("{cls.__name__}.{name} %zu %zu\\n", '
+                         f'offsetof({cls.__name__}, {name}), sizeof((({cls.__name__}*)0)->{name}));')
+            expected.append(f"{cls.__name__}.{name} {getattr(cls, name).offset} "
                             f"{ctypes.sizeof(ctype)}")
     source = tmp_path / "layout.c"
     source.write_text("#include <stddef.h>\n#include <stdio.h>\n#include \"secmolra.h\"\n"

@@ -7,10 +7,10 @@ import pytest
 from secmolra import records as rec
 from secmolra.records import CusLoginInfo
 
-RECORD_SIZES = {CusLoginInfo: 605, rec.CusNodeInfoStruct: 28, rec.FundInfoStruct: 236,
-                rec.AccInfoStruct: 100, rec.PSQYStruct: 48, rec.OrderInfoStruct: 444,
-                rec.MatchInfoStruct: 185, rec.PositionInfoStruct: 384,
-                rec.ETFShareStruct: 72, rec.BatchOrderRowStruct: 181}
+RECORD_SIZES = {CusLoginInfo: 605, rec.CusNodeInfo: 28, rec.FundRecord: 236,
+                rec.AccountRecord: 100, rec.PSQYRecord: 48, rec.OrderRecord: 444,
+                rec.MatchRecord: 185, rec.PositionRecord: 384, rec.ETFShareRecord: 72,
+                rec.BatchOrderRow: 181}
 
 
 @pytest.mark.parametrize("struct_type,size", RECORD_SIZES.items(),
@@ -27,7 +27,7 @@ def test_login_record_offsets_are_the_packed_ones():
 
 
 def test_batch_row_offsets():
-    row = rec.BatchOrderRowStruct
+    row = rec.BatchOrderRow
     assert [getattr(row, f).offset for f in ("Jys", "Zqdm", "Jylb", "Wtjg", "Wtsl", "Ddlx",
                                              "Unused", "Wth", "Msg")] == \
         [0, 3, 10, 14, 22, 30, 34, 45, 53]
@@ -42,7 +42,7 @@ def _fund_bytes(amounts, khh=b"1001", bz="人民".encode("gbk")):
 
 def test_fund_record_decodes_numbers_and_gbk_text():
     amounts = [100.5, 100.5, 3.0, 4.0, 5.0, 6.0, 7.25, 8.0, 9.0, 10.0]
-    fund = rec.FundInfoStruct.from_bytes(_fund_bytes(amounts)).to_data()
+    fund = rec.FundRecord.from_bytes(_fund_bytes(amounts)).to_data()
     assert fund.KHH == "1001" and fund.ZJZH == "Z001" and fund.BZ == "人民"
     assert (fund.Amount1, fund.Amount2, fund.Total, fund.Amount9) == (100.5, 100.5, 7.25, 10.0)
     assert not any(name.startswith("Reserved") for name in vars(fund))
@@ -54,25 +54,25 @@ def test_text_filling_its_whole_width_is_kept_whole():
     raw[16:20] = struct.pack("<i", 4)
     raw[20:24] = b"\xff\xff\xff\xff"  # the reserved int is not part of the data
     raw[24:28] = struct.pack("<i", 7)
-    node = rec.CusNodeInfoStruct.from_bytes(bytes(raw)).to_data()
+    node = rec.CusNodeInfo.from_bytes(bytes(raw)).to_data()
     assert (node.KHH, node.SystemType, node.NodeID) == ("1234567890ABCDEF", 4, 7)
     assert not hasattr(node, "Reserved")
 
 
 def test_undecodable_bytes_do_not_raise():
     raw = b"\x81" + b"\0" * 47  # a lone GBK lead byte
-    assert rec.PSQYStruct.from_bytes(raw).to_data().KHH == "\ufffd"
+    assert rec.PSQYRecord.from_bytes(raw).to_data().KHH == "\ufffd"
 
 
 def test_short_input_is_refused():
     with pytest.raises(ValueError, match="48 bytes"):
-        rec.PSQYStruct.from_bytes(b"\0" * 47)
+        rec.PSQYRecord.from_bytes(b"\0" * 47)
 
 
 def test_batch_row_round_trip_encodes_gbk_and_bounds_texts():
-    row = rec.BatchOrderRow(Jys="SH", Zqdm="600000", Jylb=1, Wtjg=10.5, Wtsl=100, Ddlx=0,
+    row = rec.BatchOrder(Jys="SH", Zqdm="600000", Jylb=1, Wtjg=10.5, Wtsl=100, Ddlx=0,
                             Msg="成交" * 100)
-    raw = rec.BatchOrderRowStruct.from_data(row)
+    raw = rec.BatchOrderRow.from_data(row)
     assert bytes(raw)[0:3] == b"SH\0" and bytes(raw)[3:10] == b"600000\0"
     assert struct.unpack_from("<idqi", bytes(raw), 10) == (1, 10.5, 100, 0)
     assert bytes(raw)[53:181] == ("成交" * 32).encode("gbk")  # cut at 128 bytes

@@ -117,8 +117,8 @@ def test_queries_decode_the_back_ends_records(scenario, kit):
             funds = [dataclasses.asdict(f) for f in s.funds("1001")]
             accounts = [dataclasses.asdict(a) for a in s.accounts("1001")]
             # the same rows through a one-record array: the package grows it and asks again
-            from secmolra.records import AccInfoStruct
-            small = s._query("PYSECMOLRA_QueryAccInfo", AccInfoStruct, "1001", capacity=1)
+            from secmolra.records import AccountRecord
+            small = s._query("PYSECMOLRA_QueryAccInfo", AccountRecord, "1001", capacity=1)
             s.logout("1001")
             print(json.dumps({"token": token, "funds": funds, "accounts": accounts,
                               "small": [dataclasses.asdict(a) for a in small]},
