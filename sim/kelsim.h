@@ -98,6 +98,20 @@ void KelSim_SetMatchVolume(int64_t volume);
 void KelSim_SetServerTimeOffsetMs(int64_t ms);
 void KelSim_SetTradeDate(int64_t yyyymmdd);
 
+/* ---- additions ---- */
+
+/* The quantity the market can still match for a security (-1: unlimited, the default);
+ * resting orders that the new liquidity allows match at once. */
+void KelSim_SetLiquidity(const char* jys, const char* zqdm, int64_t qty);
+/* The function codes whose subscriptions receive confirmations and match reports
+ * ("DM0003" and "DM0004" by default, or the configuration's); null keeps a code. */
+void KelSim_SetPushCodes(const char* confirm, const char* report);
+/* Subscriptions held for a customer (null: all). */
+int32_t KelSim_SubscriptionCount(const char* khh);
+/* The customer bound to a connection with Kel_SetCustomerForBindThread: copies at most
+ * cap-1 bytes and a NUL, returns the full length; -1 for an unknown connection. */
+int32_t KelSim_BoundCustomer(int64_t conn, char* buf, int32_t cap);
+
 /* ---- benchmark mode ----
  * On: every Kel_Run and Kel_Write answers at once from the prepared answer of its function
  * code (the last scripted answer, or the back end's answer to the first request of that

@@ -1,9 +1,21 @@
-// Shared internals of the simulated transport.
+// Shared internals of the simulated transport: the registry of connections, sessions and
+// subscriptions, and the three threads on which events, asynchronous replies and pushes are
+// delivered.
 #pragma once
 
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <mutex>
 #include <string>
+#include <unordered_map>
+#include <vector>
 
+#include "call_log.h"
 #include "comm/kel_abi.h"
+#include "session.h"
+#include "worker.h"
 
 #if defined(_WIN32)
 // Exports are listed in kelapi50.def.
@@ -18,7 +30,61 @@
 
 namespace sim {
 
-// Appends one line to the call log that tests read with KelSim_CallLog.
-void Trace(const std::string& line);
+struct Connection {
+  std::int64_t id = 0;
+  std::string addr;
+  bool up = true;
+  kel::ConnEventFn event_fn = nullptr;
+  void* event_ctx = nullptr;
+  std::string bound_khh;
+  bool auto_reconnect = true;
+  std::int64_t last_send_ms = 0;
+  std::int64_t last_recv_ms = 0;
+};
+
+struct Subscription {
+  std::int64_t id = 0;
+  std::int64_t conn = 0;
+  std::string func;  // normalised function code subscribed
+  std::string khh;   // customer of the condition; empty: every customer
+  kel::SubscribeFn fn = nullptr;
+  void* ctx = nullptr;
+};
+
+using SessionPtr = std::shared_ptr<Session>;
+
+// The registry. All members are guarded by `mutex`; callbacks are never called under it.
+struct Core {
+  std::mutex mutex;
+  std::map<std::int64_t, Connection> conns;  // handles grow, so this is the order of opening
+  std::unordered_map<std::int64_t, SessionPtr> sessions;
+  std::map<std::int64_t, Subscription> subs;
+  kel::StructPublishFn struct_fn = nullptr;
+  void* struct_ctx = nullptr;
+  std::string last_error;
+  std::int64_t next_handle = 0x1000;  // connections, sessions and subscriptions share it
+  std::int32_t default_system_id = 0;
+  std::int32_t default_node_id = 0;
+
+  Worker events;
+  Worker replies;
+  Worker pushes;
+
+  std::int64_t NewHandle() { return next_handle++; }
+  SessionPtr FindSession(std::int64_t id);            // takes the lock
+  Connection* FindConnLocked(std::int64_t id);         // lock held by the caller
+};
+
+Core& core();
+
+// Counts one queued delivery; KelSim_WaitIdle waits until none is left.
+void PostEvent(std::function<void()> task);
+void PostReply(std::function<void()> task);
+void PostPush(std::function<void()> task);
+void WaitIdle();
+void StartThreads();
+void StopThreads();
+
+std::int64_t NowMs();  // wall clock, milliseconds since the epoch
 
 }  // namespace sim

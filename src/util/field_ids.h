@@ -47,6 +47,14 @@ enum : std::int32_t {
   SBJG = 753,         // declaration result
   KFSBDBH = 9157,     // caller's request number of an asynchronous request
 
+  // ETF basic information (D00084) and constituents (D00088).
+  BASKET_SG_FLAG = 9230,  // subscription allowed: 1 yes, 0 no
+  BASKET_UNIT = 9231,     // creation unit
+  BASKET_CASH = 9232,     // cash component
+  BASKET_CODE = 9233,     // constituent security code
+  BASKET_QTY = 9234,      // constituent quantity per creation unit
+  BASKET_FLAG = 9235,     // constituent substitution flag
+
   // Block trading.
   DZJY_DFXW = 1935,   // counterparty seat
   DZJY_LXR = 9076,    // contact person
@@ -117,6 +125,14 @@ enum : std::int32_t {
   WTPCH = 9216,         // batch number
   FESL = 9218,          // ETF shares
   ZXJ = 9219,           // latest price
+
+  // ETF reference data: basic information "D00084" and constituents "D00088" (kit assumption).
+  ETF_CREATION_OK = 9230,  // 1 when the ETF admits creation (subscription), else 0
+  ETF_UNIT = 9231,         // creation unit (shares per basket)
+  ETF_CASH = 9232,         // cash component per creation unit
+  ETF_COMPONENT = 9233,    // security code of a constituent
+  ETF_COMPONENT_QTY = 9234,  // quantity of the constituent per creation unit
+  ETF_SUBSTITUTE = 9235,   // substitution flag: 1 cash substitution allowed, 0 not
 };
 
 }  // namespace fid

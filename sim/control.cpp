@@ -1,0 +1,214 @@
+// The control interface (kelsim.h) that tests and tools use to steer the simulated transport.
+#include <cstring>
+
+#include "backend.h"
+#include "bench.h"
+#include "dispatch.h"
+#include "faults.h"
+#include "kelsim.h"
+#include "market.h"
+#include "push.h"
+#include "scripted.h"
+#include "sim_core.h"
+
+namespace sim {
+extern std::atomic<bool> g_default_info_ok;
+}
+
+namespace {
+std::string Str(const char* s) { return s ? s : ""; }
+
+template <typename F>
+void WithBackend(F f) {
+  sim::Backend& be = sim::Backend::Get();
+  {
+    std::lock_guard<std::mutex> lock(be.mutex());
+    f(be);
+  }
+  sim::FlushBackendPushes();
+}
+
+void PostConnEvent(kel::int64 conn, kel::int32 event) {
+  sim::PostEvent([conn, event] {
+    kel::ConnEventFn fn = nullptr;
+    void* ctx = nullptr;
+    {
+      std::lock_guard<std::mutex> lock(sim::core().mutex);
+      // The handler as it is at delivery: a handler removed meanwhile receives nothing.
+      if (const sim::Connection* k = sim::core().FindConnLocked(conn)) {
+        fn = k->event_fn;
+        ctx = k->event_ctx;
+      }
+    }
+    if (fn != nullptr) fn(conn, event, ctx);
+  });
+}
+}  // namespace
+
+KELSIM_EXPORT void KelSim_Reset(void) {
+  WithBackend([](sim::Backend& be) { be.Load(sim::StartConfig()); });
+  sim::faults().Clear();
+  sim::ClearScripts();
+  sim::ClearRequests();
+  sim::SetBenchMode(false);
+  sim::SetCallLog(true);
+  sim::ClearCallLog();
+  sim::g_default_info_ok = true;
+}
+
+KELSIM_EXPORT bool KelSim_LoadConfig(const char* path) {
+  sim::Config cfg;
+  if (path == nullptr || !sim::LoadConfigFile(path, cfg, nullptr)) return false;
+  WithBackend([&](sim::Backend& be) { be.Load(cfg); });
+  return true;
+}
+
+KELSIM_EXPORT int32_t KelSim_CallLog(char* buf, int32_t cap) {
+  std::string log = sim::CallLogText();
+  if (buf != nullptr && cap > 0) {
+    std::size_t n = std::min<std::size_t>(log.size(), static_cast<std::size_t>(cap - 1));
+    std::memcpy(buf, log.data(), n);
+    buf[n] = '\0';
+  }
+  return static_cast<int32_t>(log.size());
+}
+
+KELSIM_EXPORT void KelSim_ClearCallLog(void) { sim::ClearCallLog(); }
+KELSIM_EXPORT void KelSim_SetCallLog(bool on) { sim::SetCallLog(on); }
+
+KELSIM_EXPORT void KelSim_FailConnect(const char* addr, int32_t count) { sim::faults().connect.Set(addr, count); }
+KELSIM_EXPORT void KelSim_FailBind(int32_t count) { sim::faults().bind.Set(count); }
+KELSIM_EXPORT void KelSim_FailAllocSession(int32_t count) { sim::faults().alloc.Set(count); }
+KELSIM_EXPORT void KelSim_FailRun(int32_t count) { sim::faults().run.Set(count); }
+KELSIM_EXPORT void KelSim_FailWrite(int32_t count) { sim::faults().write.Set(count); }
+KELSIM_EXPORT void KelSim_SetDefaultInfoResult(bool ok) { sim::g_default_info_ok = ok; }
+
+KELSIM_EXPORT int32_t KelSim_ConnectionCount(void) {
+  std::lock_guard<std::mutex> lock(sim::core().mutex);
+  return static_cast<int32_t>(sim::core().conns.size());
+}
+
+KELSIM_EXPORT int64_t KelSim_ConnectionByAddr(const char* addr, int32_t nth) {
+  std::lock_guard<std::mutex> lock(sim::core().mutex);
+  for (const auto& [id, k] : sim::core().conns)
+    if (k.addr == Str(addr) && nth-- == 0) return id;
+  return 0;
+}
+
+KELSIM_EXPORT void KelSim_BreakConnection(int64_t conn, int32_t event) {
+  {
+    std::lock_guard<std::mutex> lock(sim::core().mutex);
+    sim::Connection* k = sim::core().FindConnLocked(conn);
+    if (k == nullptr) return;
+    k->up = false;
+  }
+  PostConnEvent(conn, event == 0 ? 1 : event);
+}
+
+KELSIM_EXPORT void KelSim_RestoreConnection(int64_t conn) {
+  {
+    std::lock_guard<std::mutex> lock(sim::core().mutex);
+    sim::Connection* k = sim::core().FindConnLocked(conn);
+    if (k == nullptr) return;
+    k->up = true;
+  }
+  PostConnEvent(conn, 0);
+}
+
+KELSIM_EXPORT void KelSim_RaiseConnEvent(int64_t conn, int32_t event) { PostConnEvent(conn, event); }
+
+KELSIM_EXPORT void KelSim_WaitIdle(void) { sim::WaitIdle(); }
+
+KELSIM_EXPORT int32_t KelSim_OpenSessions(void) {
+  std::lock_guard<std::mutex> lock(sim::core().mutex);
+  return static_cast<int32_t>(sim::core().sessions.size());
+}
+
+KELSIM_EXPORT void KelSim_SetStructAnswer(const char* func, const char* block, int32_t len) {
+  sim::ScriptStruct(Str(func), block && len > 0 ? std::string(block, static_cast<std::size_t>(len)) : std::string());
+  sim::ClearPrepared();
+}
+KELSIM_EXPORT void KelSim_SetAnswerLength(const char* func, int32_t len) {
+  sim::ScriptLength(Str(func), len);
+  sim::ClearPrepared();
+}
+KELSIM_EXPORT void KelSim_SetKvAnswer(const char* func, int32_t code, const char* msg, const char* rows) {
+  sim::ScriptKv(Str(func), code, Str(msg), Str(rows));
+  sim::ClearPrepared();
+}
+KELSIM_EXPORT void KelSim_SetPlainAnswer(const char* func, int32_t code, const char* msg) {
+  sim::ScriptPlain(Str(func), code, Str(msg));
+  sim::ClearPrepared();
+}
+KELSIM_EXPORT void KelSim_ClearAnswers(void) {
+  sim::ClearScripts();
+  sim::ClearPrepared();
+}
+
+KELSIM_EXPORT int32_t KelSim_LastRequest(const char* func, char* buf, int32_t cap) {
+  return sim::LastRequest(Str(func), buf, cap);
+}
+
+KELSIM_EXPORT void KelSim_PushRecord(const char* khh, int32_t kind, const char* record, int32_t len) {
+  sim::QueueRawPush(Str(khh), kind, record && len > 0 ? std::string(record, static_cast<std::size_t>(len)) : std::string());
+}
+
+KELSIM_EXPORT void KelSim_SetPrice(const char* jys, const char* zqdm, double price) {
+  WithBackend([&](sim::Backend& be) {
+    if (sim::Security* s = be.FindSecurity(Str(jys), Str(zqdm))) {
+      s->price = price;
+      sim::MatchResting(be, Str(jys), Str(zqdm));
+    }
+  });
+}
+
+KELSIM_EXPORT void KelSim_SetLiquidity(const char* jys, const char* zqdm, int64_t qty) {
+  WithBackend([&](sim::Backend& be) {
+    if (sim::Security* s = be.FindSecurity(Str(jys), Str(zqdm))) {
+      s->liquidity = qty;
+      sim::MatchResting(be, Str(jys), Str(zqdm));
+    }
+  });
+}
+
+KELSIM_EXPORT void KelSim_SetMatchVolume(int64_t volume) {
+  WithBackend([&](sim::Backend& be) { be.match_volume = volume < 0 ? 0 : volume; });
+}
+KELSIM_EXPORT void KelSim_SetServerTimeOffsetMs(int64_t ms) {
+  WithBackend([&](sim::Backend& be) { be.time_offset_ms = ms; });
+}
+KELSIM_EXPORT void KelSim_SetTradeDate(int64_t yyyymmdd) {
+  WithBackend([&](sim::Backend& be) { be.trade_date = yyyymmdd; });
+}
+KELSIM_EXPORT void KelSim_SetPushCodes(const char* confirm, const char* report) {
+  WithBackend([&](sim::Backend& be) {
+    if (confirm) be.cfg().confirm_func = confirm;
+    if (report) be.cfg().report_func = report;
+  });
+}
+
+KELSIM_EXPORT int32_t KelSim_SubscriptionCount(const char* khh) {
+  std::lock_guard<std::mutex> lock(sim::core().mutex);
+  int32_t n = 0;
+  for (const auto& [id, s] : sim::core().subs)
+    if (khh == nullptr || s.khh == khh) ++n;
+  return n;
+}
+
+KELSIM_EXPORT int32_t KelSim_BoundCustomer(int64_t conn, char* buf, int32_t cap) {
+  std::string khh;
+  {
+    std::lock_guard<std::mutex> lock(sim::core().mutex);
+    const sim::Connection* k = sim::core().FindConnLocked(conn);
+    if (k == nullptr) return -1;
+    khh = k->bound_khh;
+  }
+  if (buf != nullptr && cap > 0) {
+    std::size_t n = std::min<std::size_t>(khh.size(), static_cast<std::size_t>(cap - 1));
+    std::memcpy(buf, khh.data(), n);
+    buf[n] = '\0';
+  }
+  return static_cast<int32_t>(khh.size());
+}
+
+KELSIM_EXPORT void KelSim_SetBenchMode(bool on) { sim::SetBenchMode(on); }

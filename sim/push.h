@@ -1,0 +1,20 @@
+// Delivery of pushes to subscriptions, on the push thread. A subscription receives the pushes
+// of its customer (the customer number in its condition) whose kind matches its function
+// code: the confirmation code (default "DM0003") receives confirmations, the match code
+// (default "DM0004") match reports. Subscriptions on a connection that is down receive
+// nothing (those pushes are lost, as with a real link).
+#pragma once
+
+#include <string>
+
+#include "backend.h"
+
+namespace sim {
+
+void QueueBackendPush(PendingPush p);
+// A record given by the control interface, delivered as it is in both paths.
+void QueueRawPush(const std::string& khh, int kind, std::string record);
+// Function number passed to the structured handler: the value of the code's leading digits.
+int FuncNumber(const std::string& code);
+
+}  // namespace sim

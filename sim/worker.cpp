@@ -1,0 +1,81 @@
+#include "worker.h"
+
+namespace sim {
+
+Worker::~Worker() {
+#if defined(_WIN32)
+  // At process exit Windows has already ended the thread; joining it under the loader lock
+  // could hang.
+  if (thread_.joinable()) thread_.detach();
+#else
+  Stop();
+#endif
+}
+
+void Worker::StartLocked() {
+  if (thread_.joinable()) return;
+  stopping_ = false;
+  thread_ = std::thread([this] { Loop(); });
+  id_ = thread_.get_id();
+}
+
+void Worker::Start() {
+  std::lock_guard<std::mutex> lock(m_);
+  StartLocked();
+}
+
+void Worker::Post(std::function<void()> task) {
+  std::lock_guard<std::mutex> lock(m_);
+  queue_.push_back(std::move(task));
+  StartLocked();
+  work_cv_.notify_one();
+}
+
+void Worker::Stop() {
+  std::thread t;
+  {
+    std::lock_guard<std::mutex> lock(m_);
+    if (!thread_.joinable()) return;
+    stopping_ = true;
+    work_cv_.notify_one();
+    if (std::this_thread::get_id() == id_) {
+      // Stopped from one of its own tasks: it ends after that task.
+      thread_.detach();
+      return;
+    }
+    t = std::move(thread_);
+  }
+  t.join();
+}
+
+void Worker::WaitIdle() {
+  std::unique_lock<std::mutex> lock(m_);
+  if (std::this_thread::get_id() == id_) return;
+  idle_cv_.wait(lock, [this] { return queue_.empty() && !busy_; });
+}
+
+bool Worker::OnThisThread() const {
+  std::lock_guard<std::mutex> lock(m_);
+  return std::this_thread::get_id() == id_;
+}
+
+void Worker::Loop() {
+  std::unique_lock<std::mutex> lock(m_);
+  for (;;) {
+    work_cv_.wait(lock, [this] { return stopping_ || !queue_.empty(); });
+    if (queue_.empty()) break;  // stopping and drained
+    std::function<void()> task = std::move(queue_.front());
+    queue_.pop_front();
+    busy_ = true;
+    lock.unlock();
+    task();
+    task = nullptr;
+    lock.lock();
+    busy_ = false;
+    if (queue_.empty()) idle_cv_.notify_all();
+  }
+  busy_ = false;
+  idle_cv_.notify_all();
+}
+
+}  // namespace sim
