@@ -50,9 +50,9 @@ def table(rows: list, columns: list, title: str = "") -> list:
     cells = [[_cell(get(r, c)) for c in columns] for r in rows]
     widths = [max([_width(c)] + [_width(row[i]) for row in cells]) for i, c in enumerate(columns)]
     lines = [title] if title else []
-    lines.append("  ".join(_pad(c, w) for c, w in zip(columns, widths)))
+    lines.append("  ".join(_pad(c, w) for c, w in zip(columns, widths)).rstrip())
     lines.append("  ".join("-" * w for w in widths))
-    lines += ["  ".join(_pad(v, w) for v, w in zip(row, widths)) for row in cells]
+    lines += ["  ".join(_pad(v, w) for v, w in zip(row, widths)).rstrip() for row in cells]
     if not rows:
         lines.append("(none)")
     return lines
@@ -85,10 +85,11 @@ class EventPrinter:
         data = dict(event.data, time=event.time, push=PUSH_TYPES.get(event.type, event.type),
                     reply=event.data.get("JYLX", ""))
         row = "  " + "  ".join(_pad(_fit(_cell(data.get(c, "")), w), w) for c, w in columns)
+        row = row.rstrip()
         with _print_lock:
             if self.last_kind != event.kind:
                 self.last_kind = event.kind
-                print("  " + "  ".join(_pad(c, w) for c, w in columns))
+                print("  " + "  ".join(_pad(c, w) for c, w in columns).rstrip())
             print(row)
             sys.stdout.flush()
 

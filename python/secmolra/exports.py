@@ -137,6 +137,8 @@ EXPORTS: list = [
     # orders
     *family("SECMOLRA_OrderEntrust", _ENTRUST),
     *family("SECMOLRA_ETFEntrust", "khh jys zqdm jylb:I32 wtsl:I32 gdh step"),
+    *family("SECMOLRA_ETFBasketEntrust", "khh jys etf_code gdh units:I32 price:F64 ddlx:I64",
+            asynchronous=False),
     *family("SECMOLRA_ZQHGEntrust", "khh jys zqdm jylb:I32 wtsl:I32 wtjg:F64 ddlx:I64 gdh"),
     *family("SECMOLRA_ZQHGCrk", "khh jys zqdm jylb:I32 wtsl:I32 gdh"),
     *family("SECMOLRA_FXYW", _ENTRUST),

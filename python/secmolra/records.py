@@ -21,8 +21,15 @@ def encode(text) -> bytes | None:
 
 
 def decode(raw: bytes) -> str:
-    """GBK bytes up to the first NUL as str (undecodable bytes become U+FFFD)."""
-    return raw.split(b"\0", 1)[0].decode(ENCODING, errors="replace")
+    """Kit bytes up to the first NUL as str. The kit passes texts through unconverted: the
+    back end's are GBK, its own messages are the bytes of its sources (UTF-8). Valid UTF-8
+    is taken as such (GBK Chinese almost never is), anything else as GBK; undecodable bytes
+    become U+FFFD."""
+    raw = raw.split(b"\0", 1)[0]
+    try:
+        return raw.decode("utf-8")
+    except UnicodeDecodeError:
+        return raw.decode(ENCODING, errors="replace")
 
 
 def _is_text(ctype) -> bool:

@@ -82,7 +82,7 @@ _UNCHECKED = {"SECMOLRA_GetLastError", "SECMOLRA_GetReviseTimeAsLong", "SECMOLRA
 def success_is_positive(name: str) -> bool:
     """True for exports whose success is always above 0 (tokens, order numbers, request
     numbers, dates); the others succeed with 0 too (counts, quantities)."""
-    if "TradableQty" in name or "BatchOrderEntrust" in name:
+    if "TradableQty" in name or "BatchOrderEntrust" in name or "Basket" in name:
         return False
     if name.startswith("SECMOLRA_BatchOrderWithdraw") and name.endswith("_ASync"):
         return False  # returns the caller's serial number, which may be 0

@@ -62,10 +62,10 @@ class Scenario:
         return self.run_command([sys.executable, "-c", prelude + textwrap.dedent(body),
                                  *args], timeout, expect_ok)
 
-    def run_command(self, command, timeout: float = 60, expect_ok: bool = True):
+    def run_command(self, command, timeout: float = 60, expect_ok: bool = True, cwd=None):
         env = dict(os.environ, PYTHONPATH=str(PYTHON_DIR), PYTHONIOENCODING="utf-8",
                    SECMOLRA_LIBRARY=str(build_library(self.build)))
-        proc = subprocess.run(command, cwd=self.workdir, env=env, capture_output=True,
+        proc = subprocess.run(command, cwd=cwd or self.workdir, env=env, capture_output=True,
                               text=True, timeout=timeout, encoding="utf-8", errors="replace")
         if expect_ok and proc.returncode != 0:
             pytest.fail(f"exit {proc.returncode}\n--- stdout\n{proc.stdout}\n"

@@ -85,3 +85,9 @@ def test_login_record_builder_sets_defaults_the_kit_expects():
     assert (info.KHH, info.GDH, info.Password) == (b"1001", b"A001", b"111111")
     assert (info.NodeID, info.Token, info.ErrorCode) == (-1, -1, 0)
     assert bytes(info)[77:333] == b"\0" * 256
+
+
+def test_texts_are_read_as_gbk_or_as_the_kits_own_utf8():
+    assert rec.decode("客户未登录".encode("gbk")) == "客户未登录"
+    assert rec.decode("客户未登录".encode("utf-8") + b"\0junk") == "客户未登录"
+    assert rec.decode(b"ABC") == "ABC"
