@@ -5,6 +5,7 @@ show funds, place a synchronous and an asynchronous order, print what comes back
 """
 import sys
 import tempfile
+import threading
 from pathlib import Path
 
 from secmolra import KitError, Session
@@ -12,11 +13,18 @@ from secmolra.simulated import SIM_KEY, write_profile
 
 BUILD = Path(sys.argv[1] if len(sys.argv) > 1 else "build")
 KHH, PASSWORD = "1001", "111111"
+print_lock = threading.Lock()
+
+
+def say(*args):
+    # Callbacks print from transport threads too: one lock keeps the lines whole.
+    with print_lock:
+        print(*args, flush=True)
 
 
 def show(event):
-    # Runs on a transport thread: keep it short and thread-safe.
-    print(f"{event.kind} type {event.type} at {event.time}: {event.data}", flush=True)
+    # Runs on a transport thread, possibly next to another one: keep it short.
+    say(f"{event.kind} type {event.type} at {event.time}: {event.data}")
 
 
 def main() -> int:
@@ -26,23 +34,23 @@ def main() -> int:
                       on_push=show, on_reply=show)
     try:
         with session:
-            print("token", session.login(SIM_KEY, KHH, PASSWORD))
+            say("token", session.login(SIM_KEY, KHH, PASSWORD))
             for fund in session.funds(KHH):
-                print(fund)
+                say(fund)
             account = session.accounts(KHH)[0]
             wth = session.entrust(KHH, account.JYS, "600000", 1, 100, 10.0, account.GDH)
-            print("synchronous order", wth)
+            say("synchronous order", wth)
             kfsbdbh = session.entrust_async(KHH, account.JYS, "600000", 1, 100, 10.0,
                                             account.GDH)
-            print("asynchronous request", kfsbdbh)
+            say("asynchronous request", kfsbdbh)
             session.events.wait_for(lambda e: e.kind == "reply" and
                                     e.data["KFSBDBH"] == kfsbdbh, timeout=10)
             session.logout(KHH)
     except KitError as exc:
-        print(f"kit error {exc.code}: {exc.message} ({exc.function})")
+        say(f"kit error {exc.code}: {exc.message} ({exc.function})")
         return 1
     except TimeoutError as exc:
-        print("no reply:", exc)
+        say("no reply:", exc)
         return 1
     return 0
 

@@ -27,4 +27,4 @@ MOLRA_BUILD_DIR=$(cd "$build" && pwd)
 export MOLRA_BUILD_DIR
 export PYTHONDONTWRITEBYTECODE=1
 cd "$root/python"
-exec "$python" -m pytest -q -p no:cacheprovider tests "$@"
+exec "$python" -m pytest -q -p no:cacheprovider "$@"

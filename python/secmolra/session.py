@@ -90,9 +90,7 @@ def success_is_positive(name: str) -> bool:
 
 
 def _argument(ctype, value):
-    if ctype is ctypes.c_char_p:
-        return encode(value)
-    if ctype is ctypes.c_char and isinstance(value, str):
+    if isinstance(value, str) and ctype in (ctypes.c_char_p, ctypes.c_char):
         return encode(value)
     if isinstance(value, CusLoginInfo):
         return ctypes.byref(value)
@@ -363,6 +361,28 @@ class Session:
 
     def etf_shares(self, khh: str, jjdm: str) -> list:
         return self._query("PYSECMOLRA_QueryETFShare", rec.ETFShareRecord, khh, jjdm)
+
+    def reference_table(self, func_code: str, fields, request: dict | None = None,
+                        khh: str = "") -> list:
+        """Rows of a reference-data table (any key/value request) through the kit's cursor:
+        one {field id: text} per answer row, for the answer field ids in `fields`.
+        request: {field id: value} sent as text; khh "": the customer that logged in last."""
+        text = "|".join(f"{k}={v}" for k, v in (request or {}).items())
+        cursor = self.call("SECMOLRA_BeginQuery", khh, func_code, text)
+        try:
+            count = self.call("SECMOLRA_GetQueryCount", cursor)
+            return [{f: self._cursor_field(cursor, row, f) for f in fields}
+                    for row in range(count)]
+        finally:
+            self.call("SECMOLRA_EndQuery", cursor)
+
+    def _cursor_field(self, cursor: int, row: int, field_id: int) -> str:
+        buf = ctypes.create_string_buffer(256)
+        size = self.call("SECMOLRA_GetQuery", cursor, row, field_id, buf, len(buf))
+        if size >= len(buf):
+            buf = ctypes.create_string_buffer(size + 1)
+            self.call("SECMOLRA_GetQuery", cursor, row, field_id, buf, len(buf))
+        return decode(buf.value)
 
     # ---- orders -----------------------------------------------------------------------
 

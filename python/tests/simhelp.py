@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 import ctypes
+import struct
 from ctypes import c_bool, c_char_p, c_int32, c_int64, c_double
 from pathlib import Path
 
@@ -22,6 +23,7 @@ _SIGNATURES = {
     "KelSim_RestoreConnection": (None, [c_int64]),
     "KelSim_WaitIdle": (None, []),
     "KelSim_OpenSessions": (c_int32, []),
+    "KelSim_ConnectionCount": (c_int32, []),
     "KelSim_SetKvAnswer": (None, [c_char_p, c_int32, c_char_p, c_char_p]),
     "KelSim_SetPlainAnswer": (None, [c_char_p, c_int32, c_char_p]),
     "KelSim_SetStructAnswer": (None, [c_char_p, c_char_p, c_int32]),
@@ -46,6 +48,22 @@ class Sim:
         buf = ctypes.create_string_buffer(size + 1)
         self.CallLog(buf, size + 1)
         return buf.value.decode("gbk", "replace")
+
+
+def push_record(khh: str, wth: int, zqdm: str = "600000", note: str = "",
+                cjsl: int = 0) -> bytes:
+    """A 402-byte confirmation/match record as the back end pushes it."""
+    raw = bytearray(402)
+    raw[0:len(khh)] = khh.encode()
+    struct.pack_into("<q", raw, 44, wth)
+    raw[57:59] = b"SH"
+    raw[82:82 + len(zqdm)] = zqdm.encode()
+    struct.pack_into("<q", raw, 192, cjsl)
+    raw[240] = 1
+    struct.pack_into("<i", raw, 245, 2)
+    jgsm = note.encode("gbk")[:60]
+    raw[249:249 + len(jgsm)] = jgsm
+    return bytes(raw)
 
 
 def session(build: Path, work: Path, **kwargs) -> Session:

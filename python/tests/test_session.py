@@ -181,3 +181,134 @@ def test_a_failing_handler_does_not_stop_delivery(scenario, kit):
     """)
     assert _result(proc) == {"replies": 2, "errors": ["handler bug", "handler bug"]}
     assert "ValueError: handler bug" in proc.stderr
+
+
+def test_session_cleans_up_connections_sessions_and_callbacks(scenario, kit):
+    require(kit, *LOGIN, *ORDERS)
+    proc = scenario.run("""
+        import json
+        sim = SIM.Sim(BUILD)
+        s = SIM.session(BUILD, WORK)
+        s.login(SIM.KEY, "1001", "111111")
+        acc = s.accounts("1001")[0]
+        s.entrust_async("1001", acc.JYS, "600000", 1, 100, 10.0, acc.GDH, kfsbdbh=5)
+        s.events.wait_for(lambda e: e.kind == "reply", timeout=10)
+        during = sim.ConnectionCount()
+        s.close()
+        after = {"connections": sim.ConnectionCount(), "sessions": sim.OpenSessions()}
+        # pushes after the close reach no Python callback
+        sim.PushRecord(b"1001", 0, SIM.push_record("1001", 99), 402)
+        sim.WaitIdle()
+        late = [e for e in s.events.snapshot() if e.kind == "push" and e.data["WTH"] == 99]
+        print(json.dumps({"during": during, **after, "late": len(late)}))
+    """)
+    assert _result(proc) == {"during": 4, "connections": 0, "sessions": 0, "late": 0}
+
+
+def test_pushes_arrive_complete_while_the_main_thread_calls_the_kit(scenario, kit):
+    require(kit, *LOGIN, "PYSECMOLRA_QueryFundInfo")
+    proc = scenario.run("""
+        import json, threading, time
+        sim = SIM.Sim(BUILD)
+        inside_kit = []
+        def on_push(event):
+            inside_kit.append(s.last_error()[0])  # a kit call from a transport thread
+            time.sleep(0.001)
+        s = SIM.session(BUILD, WORK, on_push=on_push)
+        with s:
+            s.login(SIM.KEY, "1001", "111111")
+            def inject():
+                for i in range(200):
+                    rec = SIM.push_record("1001", 1000 + i, note="已报", cjsl=i % 2)
+                    sim.PushRecord(b"1001", i % 2, rec, len(rec))
+            pusher = threading.Thread(target=inject)
+            pusher.start()
+            queries = 0
+            while pusher.is_alive() or queries < 5:
+                s.funds("1001")
+                queries += 1
+            pusher.join()
+            got = s.events.wait_for(lambda e: e.kind == "push" and e.data["WTH"] >= 1000,
+                                    timeout=30, count=200)
+            sim.WaitIdle()  # the last handlers may still be running
+            print(json.dumps({
+                "wths": sorted(e.data["WTH"] for e in got),
+                "types": sorted({(e.data["WTH"] % 2, e.type) for e in got}),
+                "notes": sorted({e.data["JGSM"] for e in got}),
+                "khh": sorted({e.data["KHH"] for e in got}),
+                "kit_calls_in_callbacks": len(inside_kit) >= 200,
+                "queries": queries > 0}, ensure_ascii=False))
+    """)
+    result = _result(proc)
+    assert result["wths"] == list(range(1000, 1200))
+    assert result["types"] == [[0, 8], [1, 10]]
+    assert result["notes"] == ["已报"] and result["khh"] == ["1001"]
+    assert result["kit_calls_in_callbacks"] and result["queries"]
+
+
+def test_order_families_ex_forms_batches_and_withdrawals(scenario, kit):
+    require(kit, *LOGIN, *ORDERS, "PYSECMOLRA_BatchOrderEntrust", "SECMOLRA_ZQHGEntrust",
+            "SECMOLRA_OrderWithdrawByKFSBDBH_ASync", "SECMOLRA_OrderWithdrawEx")
+    proc = scenario.run("""
+        import json
+        from secmolra import BatchOrder, CusLoginInfo, KitError
+        out = {}
+        with SIM.session(BUILD, WORK) as s:
+            s.login(SIM.KEY, "1001", "111111")
+            acc = s.accounts("1001")[0]
+            who = CusLoginInfo.of("1001", gdh=acc.GDH)
+            resting = s.entrust(who, acc.JYS, "600000", 1, 100, 9.0)  # Ex form, rests
+            out["withdrawn_ex"] = s.withdraw(who, acc.JYS, resting) > resting
+            s.entrust_async("1001", acc.JYS, "600000", 1, 100, 9.0, acc.GDH, kfsbdbh=77)
+            s.events.wait_for(lambda e: e.kind == "reply" and e.data["KFSBDBH"] == 77)
+            n = s.withdraw_by_kfsbdbh("1001", acc.JYS, 77, asynchronous=True, kfsbdbh=78)
+            reply = s.events.wait_for(lambda e: e.kind == "reply" and
+                                      e.data["KFSBDBH"] == 78)[0]
+            out["withdraw_reply"] = [n, reply.data["JYLX"], reply.data["RETCODE"] > 0]
+            try:
+                s.api.ZQHGEntrust("1001", acc.JYS, "204001", 1, 10, 2.0, 0, acc.GDH)
+            except KitError as exc:
+                out["zqhg"] = [exc.code, exc.message, exc.function]
+            rows = [BatchOrder(Jys=acc.JYS, Zqdm="600000", Jylb=1, Wtjg=10.0, Wtsl=100),
+                    BatchOrder(Jys=acc.JYS, Zqdm="600036", Jylb=1, Wtjg=35.0, Wtsl=200)]
+            out["batch"] = s.batch_entrust("1001", rows, wtpch=7)
+            out["rows"] = [[r.Wth > 0, bool(r.Msg)] for r in rows]
+            s.batch_entrust_async("1001", rows, wtpch=8)
+            batch = s.events.wait_for(lambda e: e.kind == "reply" and
+                                      e.data.get("WTPCH") == 8)[0]
+            out["batch_reply"] = sorted(batch.data["orders"])
+            try:
+                s.batch_entrust("1001", rows * 51, wtpch=9)
+            except KitError as exc:
+                out["too_many"] = [exc.code, exc.message]
+        print(json.dumps(out, ensure_ascii=False))
+    """)
+    assert _result(proc) == {
+        "withdrawn_ex": True,
+        "withdraw_reply": [78, 40, True],
+        "zqhg": [-222, "仅支持[JYLB_HGRQ,JYLB_HGRZ]", "SECMOLRA_ZQHGEntrust"],
+        "batch": 2, "rows": [[True, True], [True, True]],
+        "batch_reply": ["1", "2"],
+        "too_many": [-221, "批量委托数量超出限制[100]"]}
+
+
+def test_reference_table_through_the_cursor(scenario, kit):
+    require(kit, *LOGIN, "SECMOLRA_BeginQuery")
+    proc = scenario.run("""
+        import json
+        from secmolra import KitError
+        with SIM.session(BUILD, WORK) as s:
+            s.login(SIM.KEY, "1001", "111111")
+            rows = s.reference_table("D00088", [599, 9233, 9234], {599: "SH", 719: "510050"})
+            try:
+                s.reference_table("D00088", [9233], {599: "SH", 719: "999999"})
+                refused = None
+            except KitError as exc:
+                refused = exc.code
+            print(json.dumps({"rows": rows, "refused": refused}))
+    """)
+    result = _result(proc)
+    assert [r["9233"] for r in result["rows"]] == ["600000", "600036", "601318"]
+    assert {r["599"] for r in result["rows"]} == {"SH"}
+    assert all(int(r["9234"]) > 0 for r in result["rows"])
+    assert result["refused"] is not None and result["refused"] < 0
