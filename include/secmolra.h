@@ -391,6 +391,8 @@ SECMOLRA_API int64_t PYSECMOLRA_BatchOrderEntrust_ASync(const char* lpKhh, int64
  * query produced into `records`, and returns the query's result unchanged: the full count
  * (compare it with cap to see whether the array was too small) or a negative code, in which
  * case nothing is copied. */
+SECMOLRA_API int32_t PYSECMOLRA_QueryCusNodeinfo(const char* lpKeyName, const char* khh,
+                                                 CusNodeInfo* records, int32_t cap);
 SECMOLRA_API int64_t PYSECMOLRA_QueryFundInfo(const char* khh, FundRecord* records, int32_t cap);
 SECMOLRA_API int64_t PYSECMOLRA_QueryAccInfo(const char* khh, AccountRecord* records,
                                              int32_t cap);

@@ -30,6 +30,13 @@ using namespace molra;
 
 extern "C" {
 
+SECMOLRA_API int32_t PYSECMOLRA_QueryCusNodeinfo(const char* lpKeyName, const char* khh,
+                                                 CusNodeInfo* records, int32_t cap) {
+  return static_cast<int32_t>(CopyOut(records, cap, [&](std::vector<CusNodeInfo>& l) {
+    return SECMOLRA_QueryCusNodeinfo(lpKeyName, khh, l);
+  }));
+}
+
 SECMOLRA_API int64_t PYSECMOLRA_QueryFundInfo(const char* khh, FundRecord* records, int32_t cap) {
   return CopyOut(records, cap,
                  [&](std::vector<FundRecord>& l) { return SECMOLRA_QueryFundInfo(khh, l); });
