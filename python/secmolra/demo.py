@@ -45,17 +45,31 @@ def _pad(text: str, width: int) -> str:
 
 
 def table(rows: list, columns: list, title: str = "") -> list:
-    """Lines of a text table; rows are dataclasses or dicts, columns their field names."""
+    """Lines of a text table; rows are dataclasses or dicts, columns their field names or
+    (field name, heading) pairs."""
+    columns = [c if isinstance(c, tuple) else (c, c) for c in columns]
     get = (lambda r, c: r.get(c, "")) if rows and isinstance(rows[0], dict) else getattr
-    cells = [[_cell(get(r, c)) for c in columns] for r in rows]
-    widths = [max([_width(c)] + [_width(row[i]) for row in cells]) for i, c in enumerate(columns)]
+    cells = [[_cell(get(r, field)) for field, _ in columns] for r in rows]
+    widths = [max([_width(head)] + [_width(row[i]) for row in cells])
+              for i, (_, head) in enumerate(columns)]
     lines = [title] if title else []
-    lines.append("  ".join(_pad(c, w) for c, w in zip(columns, widths)).rstrip())
+    lines.append("  ".join(_pad(head, w) for (_, head), w in zip(columns, widths)).rstrip())
     lines.append("  ".join("-" * w for w in widths))
     lines += ["  ".join(_pad(v, w) for v, w in zip(row, widths)).rstrip() for row in cells]
     if not rows:
         lines.append("(none)")
     return lines
+
+
+FUND_COLUMNS = [("ZJZH", "fund account"), ("BZ", "currency"), ("Amount1", "available"),
+                ("Amount3", "balance"), ("Amount7", "market value"), ("Amount9", "frozen"),
+                ("Total", "total")]
+POSITION_COLUMNS = [("JYS", "exch"), ("ZQDM", "code"), ("ZQMC", "name"),
+                    ("GFYE", "balance"), ("KMSL", "sellable"), ("CBJ", "cost"),
+                    ("ZXJ", "price"), ("ZXSZ", "value"), ("FDYK", "profit")]
+ORDER_COLUMNS = [("WTH", "order"), ("ZQDM", "code"), ("JYLB", "cat"), ("WTSL", "qty"),
+                 ("WTJG", "price"), ("CJSL", "matched"), ("CDSL", "withdrawn"),
+                 ("CXBZ", "flag"), ("SBJG", "result"), ("KFSBDBH", "request")]
 
 
 # (column, width) of the event rows; pushes and replies print as rows under their header
@@ -128,13 +142,13 @@ def run(args) -> int:
             say(f"token {session.login(SIM_KEY, khh, args.password)}")
 
             step("funds")
-            say(*table(session.funds(khh), ["ZJZH", "BZ", "Amount1", "Amount3", "Total"]))
+            say(*table(session.funds(khh), FUND_COLUMNS))
             step("shareholder accounts")
             accounts = session.accounts(khh)
-            say(*table(accounts, ["JYS", "GDH", "BZ"]))
+            say(*table(accounts, [("JYS", "exchange"), ("GDH", "shareholder account"),
+                                  ("BZ", "currency")]))
             step("positions")
-            say(*table(session.positions(khh),
-                       ["JYS", "ZQDM", "ZQMC", "GFYE", "KMSL", "CBJ", "ZXJ", "ZXSZ"]))
+            say(*table(session.positions(khh), POSITION_COLUMNS))
 
             jys, zqdm = args.security.split(":")
             gdh = next((a.GDH for a in accounts if a.JYS == jys), None)
@@ -164,19 +178,17 @@ def run(args) -> int:
             say(f"{accepted} of {len(rows)} accepted",
                 *table(rows, ["Jys", "Zqdm", "Wtsl", "Wtjg", "Wth", "Msg"]))
 
-            low = round(price * 0.9, 2)
+            low = round(price * 0.95, 2)  # below the price it rests; within 10% it is taken
             step(f"resting buy of 100 {zqdm} at {low}, then its withdrawal")
             resting = session.entrust(khh, jys, zqdm, BUY, 100, low, gdh)
             say(f"order number {resting}")
             withdrawal = session.withdraw(khh, jys, resting)
             say(f"withdrawal number {withdrawal}")
             wait(session, lambda e: e.kind == PUSH and e.type == 9 and
-                 e.data.get("CXWTH") in (resting, 0) or e.kind == PUSH and
-                 e.data.get("WTH") == withdrawal, "the withdrawal's confirmation", args.timeout)
+                 e.data.get("CXWTH") == resting, "the withdrawal's confirmation", args.timeout)
 
             step("orders of the day")
-            say(*table(session.orders(khh),
-                       ["WTH", "ZQDM", "JYLB", "WTSL", "WTJG", "CJSL", "CDSL", "CXBZ", "KFSBDBH"]))
+            say(*table(session.orders(khh), ORDER_COLUMNS))
 
             step(f"log customer {khh} out")
             session.logout(khh)

@@ -257,9 +257,9 @@ def test_order_families_ex_forms_batches_and_withdrawals(scenario, kit):
             s.login(SIM.KEY, "1001", "111111")
             acc = s.accounts("1001")[0]
             who = CusLoginInfo.of("1001", gdh=acc.GDH)
-            resting = s.entrust(who, acc.JYS, "600000", 1, 100, 9.0)  # Ex form, rests
+            resting = s.entrust(who, acc.JYS, "600000", 1, 100, 9.5)  # Ex form, rests
             out["withdrawn_ex"] = s.withdraw(who, acc.JYS, resting) > resting
-            s.entrust_async("1001", acc.JYS, "600000", 1, 100, 9.0, acc.GDH, kfsbdbh=77)
+            s.entrust_async("1001", acc.JYS, "600000", 1, 100, 9.5, acc.GDH, kfsbdbh=77)
             s.events.wait_for(lambda e: e.kind == "reply" and e.data["KFSBDBH"] == 77)
             n = s.withdraw_by_kfsbdbh("1001", acc.JYS, 77, asynchronous=True, kfsbdbh=78)
             reply = s.events.wait_for(lambda e: e.kind == "reply" and
