@@ -252,9 +252,7 @@ class Session:
 
         A connection-layer failure is reported with code 0, so a 0 result is taken as a
         failure when the last error then holds code 0 with a message."""
-        export = self.kit.exports.get(name)
-        if export is None:
-            getattr(self.kit, name)()  # raises: not exported by this build
+        export = self._export(name)
         names = [a for a, _ in export.args]
         values = list(args) + [None] * (len(names) - len(args))
         for key, value in kwargs.items():
@@ -272,7 +270,15 @@ class Session:
         self._check(name, result)
         return result
 
+    def _export(self, name: str):
+        export = self.kit.exports.get(name)
+        if export is None:
+            raise AttributeError(f"{name} is not exported by {self.kit.path}")
+        return export
+
     def _clear_staged_error(self) -> None:
+        # A record of code 0 with a message left by an earlier staged failure would make a
+        # later 0 result look failed: clear it (rare; the kit logs the clearing).
         code, message = self.kit.last_error()
         if code == 0 and message:
             self.kit.SECMOLRA_SetLastError(0, b"", b"", None)
@@ -290,9 +296,7 @@ class Session:
         """One member of a family: the Ex form when the customer is a CusLoginInfo."""
         ex = isinstance(customer, CusLoginInfo)
         name = base + ("Ex" if ex else "") + ("_ASync" if asynchronous else "")
-        export = self.kit.exports.get(name)
-        if export is None:
-            getattr(self.kit, name)()
+        export = self._export(name)
         kwargs["account" if ex else "khh"] = customer
         return self.call(name, *[kwargs.get(a) for a, _ in export.args])
 

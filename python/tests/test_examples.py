@@ -1,10 +1,15 @@
 """The demo and the host examples run end to end, so that they cannot rot."""
+import json
+import os
 import re
+import shutil
+import subprocess
 import sys
 
 import pytest
 
-from conftest import REPO, require
+from conftest import PYTHON_DIR, REPO, require
+from secmolra.library import build_library
 from secmolra.simulated import SIM_KEY, write_profile
 
 NEEDED = ("SECMOLRA_TradeLogin", "SECMOLRA_OrderEntrust", "SECMOLRA_OrderEntrust_ASync",
@@ -64,3 +69,23 @@ def test_cpp_trade_example_runs(scenario, kit, build, tmp_path):
 def test_examples_stay_short():
     for name in ("quickstart.py", "trade.cpp"):
         assert len((REPO / "examples" / name).read_text(encoding="utf-8").splitlines()) < 80
+
+
+def test_package_installs_offline_and_works_from_the_install(tmp_path, scenario, build):
+    target = tmp_path / "site"
+    pip = subprocess.run([sys.executable, "-m", "pip", "install", "--no-build-isolation",
+                          "--no-index", "--no-deps", "--target", str(target), str(PYTHON_DIR)],
+                         capture_output=True, text=True, timeout=180, cwd=tmp_path)
+    if "No module named pip" in pip.stderr:
+        pytest.skip("pip is not installed")
+    assert pip.returncode == 0, pip.stdout + pip.stderr
+    shutil.rmtree(PYTHON_DIR / "build", ignore_errors=True)  # pip's scratch in the source
+    probe = ("import secmolra, json; from secmolra.library import Kit; "
+             "print(json.dumps([secmolra.__file__, Kit().missing]))")
+    proc = subprocess.run([sys.executable, "-c", probe], capture_output=True, text=True,
+                          cwd=tmp_path, timeout=60,
+                          env={**os.environ, "PYTHONPATH": str(target),
+                               "SECMOLRA_LIBRARY": str(build_library(build))})
+    assert proc.returncode == 0, proc.stderr
+    where, missing = json.loads(proc.stdout)
+    assert where.startswith(str(target)) and missing == []
