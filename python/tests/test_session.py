@@ -312,3 +312,46 @@ def test_reference_table_through_the_cursor(scenario, kit):
     assert {r["599"] for r in result["rows"]} == {"SH"}
     assert all(int(r["9234"]) > 0 for r in result["rows"])
     assert result["refused"] is not None and result["refused"] < 0
+
+
+def test_connection_events_reach_python_with_customer_and_name(scenario, kit):
+    require(kit, *LOGIN)
+    proc = scenario.run("""
+        import json
+        sim = SIM.Sim(BUILD)
+        seen = []
+        with SIM.session(BUILD, WORK, on_conn_event=seen.append) as s:
+            s.login(SIM.KEY, "1001", "111111")
+            trade = sim.ConnectionByAddr(b"127.0.0.1:9102", 0)
+            sim.BreakConnection(trade, 7)
+            broken = s.events.wait_for(lambda e: e.kind == "conn", timeout=10)[0]
+            sim.RestoreConnection(trade)
+            back = s.events.wait_for(lambda e: e.kind == "conn", timeout=10, count=2)[1]
+            print(json.dumps({"broken": [broken.type, broken.data],
+                              "back": [back.type, back.data["EVENT"]],
+                              "handled": len(seen)}))
+    """)
+    assert _result(proc) == {"broken": [7, {"KHH": "1001", "NAME": "SIM", "EVENT": 7}],
+                             "back": [0, 0], "handled": 2}
+
+
+def test_call_checks_names_and_arguments_before_reaching_the_kit(build):
+    from secmolra import Session
+    s = Session(build)  # loaded, not started: nothing here may reach the kit
+    with pytest.raises(AttributeError, match="no export named NoSuchThing"):
+        s.api.NoSuchThing
+    with pytest.raises(TypeError, match=r"has no argument 'bogus' \(it takes key, khh, pass"):
+        s.api.TradeLogin(key="SIM", bogus=1)
+    with pytest.raises(TypeError, match="takes 1 arguments, got 2"):
+        s.call("SECMOLRA_TradeLogout", "1001", "extra")
+
+
+@pytest.mark.parametrize("name,positive", [
+    ("SECMOLRA_TradeLogin", True), ("SECMOLRA_OrderEntrust_ASync", True),
+    ("SECMOLRA_OrderWithdrawByKFSBDBHEx", True), ("SECMOLRA_BatchOrderWithdraw", True),
+    ("SECMOLRA_BatchOrderWithdraw_ASync", False), ("PYSECMOLRA_BatchOrderEntrust", False),
+    ("SECMOLRA_FXYWTradableQty", False), ("SECMOLRA_ETFBasketEntrust", False),
+    ("PYSECMOLRA_QueryFundInfo", False), ("SECMOLRA_BeginQuery", True)])
+def test_which_results_must_be_positive(name, positive):
+    from secmolra.session import success_is_positive
+    assert success_is_positive(name) is positive
