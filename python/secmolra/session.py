@@ -56,6 +56,11 @@ class EventLog:
             self._events.append(event)
             self._cond.notify_all()
 
+    def clear(self) -> None:
+        """Forgets the events so far (the log grows with every event of the session)."""
+        with self._cond:
+            self._events.clear()
+
     def snapshot(self) -> list:
         with self._cond:
             return list(self._events)
