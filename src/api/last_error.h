@@ -31,5 +31,12 @@ template <std::size_t N>
 void CopyField(char (&dst)[N], const char* src) {
   CopyField(dst, N, src);
 }
+// The text of a fixed-width field that may fill its width without a terminating NUL.
+template <std::size_t N>
+std::string FieldText(const char (&field)[N]) {
+  std::size_t n = 0;
+  while (n < N && field[n] != '\0') ++n;
+  return std::string(field, n);
+}
 
 }  // namespace molra

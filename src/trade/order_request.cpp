@@ -1,0 +1,179 @@
+#include "trade/order_request.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include "account/registry.h"
+#include "api/last_error.h"
+#include "comm/conn_pool.h"
+#include "comm/kel_api.h"
+#include "log/log.h"
+#include "trade/order_args.h"
+#include "trade/order_blocks.h"
+#include "util/field_ids.h"
+
+namespace molra::trade {
+
+namespace {
+
+template <typename T>
+T ReadAt(const char* answer, std::size_t offset) {
+  T v;
+  std::memcpy(&v, answer + offset, sizeof v);
+  return v;
+}
+
+std::string NumberText(std::int64_t number) {
+  char text[32];
+  std::snprintf(text, sizeof text, "%lld", static_cast<long long>(number));
+  return text;
+}
+
+// Room for the answer: the family's length, and at least the bytes its result is read from
+// (the ETF tradable quantity's minimum length stops short of its double at 430).
+std::int32_t AnswerCapacity(const OrderFamily& f) {
+  std::int32_t need = f.result == ResultKind::kQuantity ? static_cast<std::int32_t>(sizeof(TradableQtyAns))
+                                                        : kAnswerHeadLen;
+  return std::max(f.answer_len, need);
+}
+
+}  // namespace
+
+OrderRequest::OrderRequest(const OrderFamily& family, CusLoginInfo* record)
+    : family_(family), record_(record), block_(static_cast<std::size_t>(family.block_len), '\0'),
+      start_(std::chrono::steady_clock::now()) {}
+
+std::int64_t OrderRequest::Run() { return Execute(false, 0); }
+
+std::int64_t OrderRequest::Send(std::int64_t number) { return Execute(true, number); }
+
+std::int64_t OrderRequest::Fail(std::int64_t code, const std::string& msg) {
+  SetLastError(code, msg, family_.name, record_);
+  return code;
+}
+
+std::int64_t OrderRequest::Execute(bool async, std::int64_t number) {
+  if (record_ == nullptr || record_->KHH[0] == '\0') return Fail(-221, kIllegal);
+  const std::string khh = FieldText(record_->KHH);
+
+  Customer customer;
+  ErrorRecord not_found;
+  if (!FindCustomer(khh, customer, not_found)) return Fail(not_found.code, not_found.message);
+
+  KelSession session = AllocTradeSession(*customer.conn);
+  if (!session) return Fail(-202, GetStagedError().message);
+
+  const std::int64_t token = record_->Token >= 1 ? record_->Token : CustomerToken(customer, khh);
+  const std::int32_t node = record_->NodeID >= 1 ? record_->NodeID : CustomerNodeId(khh);
+  if (prepare_) {
+    if (std::int64_t code = prepare_(); code != 0) return code;
+  }
+  if (async && family_.number_at != kNumberIsTag && number < 1) number = GenerateRequestNumber();
+  const kel::int64 h = session.handle();
+
+  kel::api.Kel_SetNodeId(h, node);
+  if (family_.key_value) {
+    CreateHead(session, family_.code);
+    if (fields_) fields_(h);
+    kel::api.Kel_SetLong(h, fid::TOKEN, token);
+    if (async) kel::api.Kel_SetItem(h, fid::KFSBDBH, NumberText(number).c_str());
+  } else {
+    PutHead(token, khh);
+    if (async) PutNumber(number);
+    kel::api.Kel_SetStructData(h, block_.data(), static_cast<kel::int32>(block_.size()));
+  }
+  LogLine(async ? number : 0);
+
+  if (async) {
+    if (!Write(h, number)) return Fail(-204, kSendFailed);
+    session.Detach();  // the reply handler owns and releases it
+    return number;
+  }
+  if (!kel::api.Kel_Run(h)) return Fail(-204, kSendFailed);
+  return family_.key_value ? ReadFieldAnswer(h) : ReadBlockAnswer(h);
+}
+
+void OrderRequest::PutHead(std::int64_t token, const std::string& khh) {
+  OrderReqHead& head = Block<OrderReqHead>();
+  head.function = static_cast<std::int16_t>(std::atoi(family_.code));
+  head.flag = kHeadFlag;
+  head.token = token;
+  head.code = 0;
+  CopyField(head.khh, khh.c_str());
+  head.version = kInterfaceVersion;
+}
+
+void OrderRequest::PutNumber(std::int64_t number) {
+  if (family_.number_at < 0) return;
+  CopyField(block_.data() + family_.number_at, kKfsbdbhWidth, NumberText(number).c_str());
+}
+
+void OrderRequest::LogLine(std::int64_t lsh) {
+  spdlog::logger* logger = ActiveLogger();
+  if (logger == nullptr || family_.log_format == nullptr) return;
+  auto cost = std::chrono::duration_cast<std::chrono::milliseconds>(
+                  std::chrono::steady_clock::now() - start_)
+                  .count();
+  log_args_.push_back(fmt::arg("fn", family_.name));
+  log_args_.push_back(fmt::arg("lsh", static_cast<long long>(lsh)));
+  log_args_.push_back(fmt::arg("cost", static_cast<long long>(cost)));
+  try {
+    logger->info(fmt::vformat(family_.log_format, log_args_));
+  } catch (const std::exception& e) {
+    logger->warn("{} log line: {}", family_.name, e.what());
+  }
+}
+
+bool OrderRequest::Write(kel::int64 session, std::int64_t number) {
+  kel::api.Kel_SetSessData(session, number);
+  kel::api.Kel_RegReplyCallFunc(session, family_.reply);
+  return kel::api.Kel_Write(session);
+}
+
+std::int64_t OrderRequest::ReadBlockAnswer(kel::int64 session) {
+  if (!kel::api.Kel_IsStruct(session, 0)) {
+    std::int64_t code = kel::api.Kel_GetCode(session);
+    if (code > 0) code = -code;
+    return Fail(code, GetErrorString(session));
+  }
+  const std::int32_t capacity = AnswerCapacity(family_);
+  std::vector<char> answer(static_cast<std::size_t>(capacity), '\0');
+  kel::int32 len = capacity;
+  if (!kel::api.Kel_GetStructData(session, answer.data(), &len, -1)) len = 0;
+  len = std::min(len, capacity);
+
+  if (len < kAnswerHeadLen) return Fail(-205, kAnswerTooShort);
+  const AnswerHead& head = *reinterpret_cast<const AnswerHead*>(answer.data());
+  if (head.code < family_.min_ok) return Fail(head.code, FieldText(head.message));
+  if (len < family_.answer_len) return Fail(-205, family_.short_answer);
+  return Result(answer.data(), len);
+}
+
+std::int64_t OrderRequest::Result(const char* answer, std::int32_t len) {
+  switch (family_.result) {
+    case ResultKind::kOrderNumber:
+      return ReadAt<std::int64_t>(answer, offsetof(OrderEntrustAns, wth));
+    case ResultKind::kQuantity: {
+      double q = ReadAt<double>(answer, offsetof(TradableQtyAns, quantity));
+      constexpr double kLimit = 9.2e18;  // beyond it the int64 conversion is undefined
+      return std::isfinite(q) && std::fabs(q) < kLimit ? static_cast<std::int64_t>(q) : 0;
+    }
+    case ResultKind::kReturnCode:
+      return ReadAt<std::int16_t>(answer, offsetof(AnswerHead, code));
+    case ResultKind::kCustom:
+      return reader_ ? reader_(answer, len) : 0;
+  }
+  return 0;
+}
+
+std::int64_t OrderRequest::ReadFieldAnswer(kel::int64 session) {
+  kel::int32 code = kel::api.Kel_GetCode(session);
+  if (code < 0) return Fail(code, GetErrorString(session));
+  kel::int32 field = family_.result == ResultKind::kQuantity ? fid::WTSL : fid::WTH;
+  return kel::api.Kel_GetLong(session, field, -1);
+}
+
+}  // namespace molra::trade
