@@ -22,7 +22,19 @@ std::atomic<int> g_live_threads{0};
 
 }  // namespace
 
-TimerService::TimerService() : thread_([this] { Loop(); }) {}
+TimerService::TimerService() {
+  // Counted from here, so a caller that sees the service built also sees its thread.
+  ++g_live_threads;
+  try {
+    thread_ = std::thread([this] {
+      Loop();
+      --g_live_threads;
+    });
+  } catch (...) {
+    --g_live_threads;
+    throw;
+  }
+}
 
 TimerService::~TimerService() {
   Stop();
@@ -61,12 +73,10 @@ void TimerService::Stop() {
 }
 
 void TimerService::Loop() {
-  ++g_live_threads;
   while (running_.load()) {
     RunDue(NowNs());
     SleepOneTick();
   }
-  --g_live_threads;
 }
 
 void TimerService::RunDue(std::int64_t now_ns) {
