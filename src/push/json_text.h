@@ -17,6 +17,38 @@ using JsonPool = rapidjson::MemoryPoolAllocator<>;
 using JsonBuffer = rapidjson::GenericStringBuffer<rapidjson::UTF8<>, JsonPool>;
 using JsonWriter = rapidjson::Writer<JsonBuffer, rapidjson::UTF8<>, rapidjson::UTF8<>, JsonPool>;
 
+}  // namespace molra
+
+// Numbers are written straight into the text buffer, as RapidJSON does for its own default
+// buffer only; through the generic path every digit is copied once more, which makes a push
+// text about a fifth slower.
+namespace rapidjson {
+#define MOLRA_DIRECT_NUMBER(Fn, T, room, conv)                                          \
+  template <>                                                                            \
+  inline bool Writer<::molra::JsonBuffer, UTF8<>, UTF8<>, ::molra::JsonPool>::Fn(T v) {  \
+    char* p = os_->Push(room);                                                           \
+    const char* end = internal::conv(v, p);                                              \
+    os_->Pop(static_cast<size_t>(room - (end - p)));                                     \
+    return true;                                                                         \
+  }
+MOLRA_DIRECT_NUMBER(WriteInt, int, 11, i32toa)
+MOLRA_DIRECT_NUMBER(WriteUint, unsigned, 10, u32toa)
+MOLRA_DIRECT_NUMBER(WriteInt64, int64_t, 21, i64toa)
+MOLRA_DIRECT_NUMBER(WriteUint64, uint64_t, 20, u64toa)
+#undef MOLRA_DIRECT_NUMBER
+
+template <>
+inline bool Writer<::molra::JsonBuffer, UTF8<>, UTF8<>, ::molra::JsonPool>::WriteDouble(double d) {
+  if (internal::Double(d).IsNanOrInf()) return false;  // see molra::WriteDouble
+  char* p = os_->Push(25);
+  const char* end = internal::dtoa(d, p, maxDecimalPlaces_);
+  os_->Pop(static_cast<size_t>(25 - (end - p)));
+  return true;
+}
+}  // namespace rapidjson
+
+namespace molra {
+
 // One message under construction. The pool hands out 65536-byte chunks, the first of them
 // on the stack, so a message of ordinary size costs no heap allocation; the text buffer
 // starts at 256 bytes and grows in place inside the chunk.
