@@ -104,7 +104,8 @@ TEST_F(ConnEventsTest, NullSetAndUnknownHandleChangeNothing) {
 
 TEST_F(ConnEventsTest, RecoveryRebindsTheCustomerExceptOnTheManagementConnection) {
   auto set = Connect();
-  for (kel::int64 h : {set->mgmt_handle, set->trade_handle, set->query_handle, set->subscribe_handle}) {
+  for (kel::int64 h : {set->mgmt_handle.load(), set->trade_handle.load(), set->query_handle.load(),
+                        set->subscribe_handle.load()}) {
     fake::Raise(h, 1);
     fake::Raise(h, 0);
   }
@@ -171,8 +172,8 @@ TEST_F(ConnEventsTest, NoCallbackSetIsFine) {
 
 TEST_F(ConnEventsTest, EventsOnTransportThreadsWhileRequestsRun) {
   auto set = Connect();
-  const kel::int64 handles[] = {set->mgmt_handle, set->trade_handle, set->query_handle,
-                                set->subscribe_handle};
+  const kel::int64 handles[] = {set->mgmt_handle.load(), set->trade_handle.load(),
+                                set->query_handle.load(), set->subscribe_handle.load()};
   std::vector<std::thread> threads;
   for (kel::int64 h : handles) {
     threads.emplace_back([h] {
@@ -193,4 +194,24 @@ TEST_F(ConnEventsTest, EventsOnTransportThreadsWhileRequestsRun) {
   EXPECT_EQ(set->broken_count.load(), 0);
   EXPECT_EQ(fake::OpenSessions(), 0);
   for (const Event& e : Events()) EXPECT_EQ(e.khh, "1001");
+}
+
+TEST_F(ConnEventsTest, EventsForAClosedOrDestroyedSetAreIgnored) {
+  auto set = Connect();
+  const kel::int64 trade = set->trade_handle;
+  set->Close();
+  KelConn::on_conn_event(trade, 5, set.get());
+  EXPECT_EQ(set->broken_count.load(), 0);
+  EXPECT_EQ(set->trade_state.load(), 0);
+
+  molra::CreateConnPool();
+  auto second = molra::Pool()->GetConnection("1002", "K");
+  ASSERT_NE(second, nullptr);
+  void* gone = second.get();
+  const kel::int64 query = second->query_handle;
+  ASSERT_TRUE(molra::Pool()->ReleaseConnection("1002"));
+  second.reset();  // destroyed: an event still on its way must not reach it
+  KelConn::on_conn_event(query, 5, gone);
+  KelConn::on_conn_event(query, 0, gone);
+  EXPECT_TRUE(Events().empty());
 }

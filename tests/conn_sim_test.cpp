@@ -34,6 +34,7 @@ std::vector<hostevents::Event> HostEvents() {
 }
 
 std::string N(kel::int64 v) { return std::to_string(v); }
+std::string N(const std::atomic<kel::int64>& v) { return N(v.load()); }
 
 class ConnSim : public ::testing::Test {
  protected:

@@ -4,6 +4,9 @@
 // recovery (when the last comes back). Breaks are de-duplicated per connection and code,
 // recoveries are not: a recovery of a connection that was not broken still lowers the count,
 // which can go below zero. A repeated break while the count is 1 reaches the host again.
+#include <map>
+#include <mutex>
+
 #include "api/kit_state.h"
 #include "comm/conn_internal.h"
 #include "comm/conn_messages.h"
@@ -16,6 +19,16 @@ using namespace roles;
 namespace msg = molra::connmsg;
 
 namespace {
+
+struct LiveSets {
+  std::mutex mutex;
+  std::map<const void*, std::weak_ptr<KelConn>> sets;
+};
+
+LiveSets& Live() {
+  static LiveSets* live = new LiveSets();  // never destroyed: events may come at exit
+  return *live;
+}
 
 const RoleInfo* RoleOfHandle(const KelConn& set, kel::int64 handle) {
   for (Role r : kLookupOrder) {
@@ -75,8 +88,29 @@ void OnRecovery(KelConn& set, const RoleInfo* role, kel::int64 handle) {
 
 }  // namespace
 
+namespace roles {
+
+void AdmitEvents(KelConn& set) {
+  std::lock_guard<std::mutex> lock(Live().mutex);
+  Live().sets[&set] = set.weak_from_this();
+}
+
+void StopEvents(const KelConn& set) {
+  std::lock_guard<std::mutex> lock(Live().mutex);
+  Live().sets.erase(&set);
+}
+
+std::shared_ptr<KelConn> SetForEvent(void* ctx) {
+  std::lock_guard<std::mutex> lock(Live().mutex);
+  auto it = Live().sets.find(ctx);
+  return it != Live().sets.end() ? it->second.lock() : nullptr;
+}
+
+}  // namespace roles
+
 void KelConn::on_conn_event(kel::int64 handle, kel::int32 event, void* ctx) {
-  auto* set = static_cast<KelConn*>(ctx);
+  if (ctx == nullptr) return;
+  std::shared_ptr<KelConn> set = SetForEvent(ctx);
   if (set == nullptr) return;
   const RoleInfo* role = RoleOfHandle(*set, handle);
   if (event != 0) {

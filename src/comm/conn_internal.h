@@ -5,6 +5,7 @@
 
 #include <cstring>
 #include <initializer_list>
+#include <memory>
 #include <string>
 
 #include "comm/conn_pool.h"
@@ -14,7 +15,7 @@ namespace KelComm::roles {
 enum Role { kMgmt, kTrade, kQuery, kSubscribe };
 
 struct RoleInfo {
-  kel::int64 KelConn::*handle;
+  std::atomic<kel::int64> KelConn::*handle;
   std::atomic<std::int32_t> KelConn::*state;
   char (molra::ConnProfile::*addr)[512];
   bool bind_customer;     // bound after connecting and again after a reconnect
@@ -57,6 +58,12 @@ std::string FieldText(const char (&field)[N]) {
 inline bool BindsCustomer(const molra::ConnProfile& p) {
   return !p.trade_addr_defaulted && !p.use_traders;
 }
+
+// Sets whose event handler may run. An event finds its set here and holds it for the
+// duration of the handler, so a set closed or destroyed meanwhile is never touched.
+void AdmitEvents(KelConn& set);
+void StopEvents(const KelConn& set);
+std::shared_ptr<KelConn> SetForEvent(void* ctx);
 
 // Opens one session on `conn`, cancels each subscription id on it and releases it. Nothing
 // is staged: this also runs on transport threads.

@@ -20,7 +20,7 @@ namespace KelComm {
 
 // One customer's connection set: management, trade, subscribe and query connections opened
 // from one connection key, with the key's backup profile.
-class KelConn {
+class KelConn : public std::enable_shared_from_this<KelConn> {
  public:
   // Reads the key's section and the backup section it names (no reading for an empty key).
   KelConn(std::string key, std::uint32_t kind);
@@ -33,7 +33,8 @@ class KelConn {
   bool Connect(const char* khh);
   // Tear-down: deregisters events, cancels the active subscriptions, closes everything.
   void Close();
-  // Registered with Kel_SetConnEvent for each of the four handles; ctx is the set.
+  // Registered with Kel_SetConnEvent for each of the four handles; ctx is the set. Events
+  // for a set that is closed or gone are ignored (the set must be owned by a shared_ptr).
   static void on_conn_event(kel::int64 handle, kel::int32 event, void* ctx);
 
   // The profile in use (primary or backup), or null when the set was built without a key.
@@ -47,10 +48,12 @@ class KelConn {
   std::string key;
   std::uint32_t kind = 0;
   std::string customer;
-  kel::int64 mgmt_handle = 0;
-  kel::int64 trade_handle = 0;
-  kel::int64 subscribe_handle = 0;
-  kel::int64 query_handle = 0;
+  // Transport handles, 0 when closed. Atomic because the event handler reads them on
+  // transport threads while tear-down may be zeroing them; read them as plain int64.
+  std::atomic<kel::int64> mgmt_handle{0};
+  std::atomic<kel::int64> trade_handle{0};
+  std::atomic<kel::int64> subscribe_handle{0};
+  std::atomic<kel::int64> query_handle{0};
   std::atomic<std::int32_t> broken_count{0};
   // Last event code per connection, 0 = up. Atomic because the transport may deliver the
   // events of different connections, and repeated events of one, on different threads.

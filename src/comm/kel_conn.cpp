@@ -35,15 +35,16 @@ void KelConn::ReadSection(const char* section, molra::ConnProfile& profile, bool
 }
 
 KelConn::~KelConn() {
-  // A set that is dropped while connections are open (a failed connect, a released
-  // customer) must not leave the transport calling back into freed memory.
+  StopEvents(*this);
+  // A set dropped while connections are open (a failed connect, a released customer)
+  // closes them: nobody else could.
   if (kel::api.Kel_Close == nullptr) return;
   for (Role r : kEventOrder) {
-    kel::int64& handle = this->*kRoles[r].handle;
+    kel::int64 handle = this->*kRoles[r].handle;
     if (handle != 0) kel::api.Kel_SetConnEvent(handle, nullptr, nullptr);
   }
   for (Role r : kOpenOrder) {
-    kel::int64& handle = this->*kRoles[r].handle;
+    std::atomic<kel::int64>& handle = this->*kRoles[r].handle;
     if (handle != 0) kel::api.Kel_Close(handle);
     handle = 0;
   }
@@ -61,7 +62,7 @@ bool KelConn::Connect(const char* khh) {
   }
   const molra::ConnProfile& p = Active();
   for (Role r : kStaleCloseOrder) {
-    kel::int64& handle = this->*kRoles[r].handle;
+    std::atomic<kel::int64>& handle = this->*kRoles[r].handle;
     if (handle != 0 && kel::api.Kel_IsConnect(handle)) {
       kel::api.Kel_Close(handle);
       handle = 0;
@@ -96,6 +97,7 @@ bool KelConn::Connect(const char* khh) {
       return false;
     }
   }
+  AdmitEvents(*this);
   for (Role r : kEventOrder) {
     kel::api.Kel_SetConnEvent(this->*kRoles[r].handle, &KelConn::on_conn_event, this);
   }
@@ -104,6 +106,7 @@ bool KelConn::Connect(const char* khh) {
 
 void KelConn::Close() {
   for (Role r : kEventOrder) kel::api.Kel_SetConnEvent(this->*kRoles[r].handle, nullptr, nullptr);
+  StopEvents(*this);  // an event already on its way finds the set closed
   for (Role r : {kMgmt, kTrade, kQuery}) {
     kel::api.Kel_Close(this->*kRoles[r].handle);
     this->*kRoles[r].handle = 0;
