@@ -141,7 +141,10 @@ std::int64_t LoginRun::ResolveNode() {
   if (node_id_ >= 1) return 0;
   std::vector<CusNodeInfo> nodes;
   std::int64_t n = AccountInfo::AcctManage::GetAccountJDBH(khh_, *conn_, nodes, 0);
-  if (n < 0) return n;
+  if (n < 0) {
+    if (msg_ != nullptr) *msg_ = GetLastErrorRecord().message;  // recorded by the query
+    return n;
+  }
   if (n == 0) return Fail(-227, text::kNoNode);
   if (n >= 2) return Fail(-226, text::kManyNodes);
   node_id_ = nodes.front().NodeID;

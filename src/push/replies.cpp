@@ -31,8 +31,6 @@ constexpr int kReqKhhAt = 13, kReqKhhWidth = 13;
 constexpr int kReqRowsAt = 64, kReqRowWidth = 30, kMaxRows = 100;
 constexpr int kBatchSuccessAt = 443, kBatchDjzjAt = 447, kBatchWthAt = 455;
 constexpr int kBatchNoteAt = 1263, kBatchNoteWidth = 64;
-// Texts read from the transport.
-constexpr int kErrTextCapacity = 2048, kItemCapacity = 256;
 
 enum class Form : std::uint8_t {
   kSingle,         // one order's structured answer
@@ -121,21 +119,8 @@ Block RequestBlock(kel::int64 session) {
   return req;
 }
 
-// The transport's note on the answer (its error text when the request was refused).
-void WriteTransportNote(JsonWriter& w, kel::int64 session) {
-  char buf[kErrTextCapacity] = {};
-  kel::int32 len = kErrTextCapacity;
-  const char* text = kel::api.Kel_GetErrMsg(session, buf, &len);
-  if (text == nullptr) text = buf;
-  WriteText(w, text, kErrTextCapacity - 1);
-}
-
-void WriteItemText(JsonWriter& w, kel::int64 session, kel::int32 id) {
-  char buf[kItemCapacity] = {};
-  kel::int32 len = kItemCapacity;
-  const char* text = kel::api.Kel_GetItem(session, id, buf, &len, 0);
-  if (text == nullptr) text = buf;
-  WriteText(w, text, kItemCapacity - 1);
+void WriteString(JsonWriter& w, const std::string& text) {
+  w.String(text.data(), static_cast<rapidjson::SizeType>(text.size()));
 }
 
 // "TYPE", "SYS_TYPE", "JYLX", the request's tag ("KFSBDBH", or "WTPCH" and "KFSBDBH" 0 for
@@ -268,7 +253,7 @@ bool UnstructuredReply(kel::int64 session, const ReplyKind& k) {
   Key(w, "RETCODE");
   w.Int(kel::api.Kel_GetCode(session));
   Key(w, "RETNOTE");
-  WriteTransportNote(w, session);
+  WriteString(w, GetErrorString(session));
   return Finish(k, cb, text);
 }
 
@@ -283,12 +268,12 @@ bool KeyValueReply(kel::int64 session, const ReplyKind& k) {
   JsonText text;
   JsonWriter& w = text.writer();
   WriteHead(w, k, session);
-  WriteItemText(w, session, fid::KHH);
+  WriteString(w, GetItemString(session, fid::KHH, 0));
   Key(w, "WTH");
   w.Int64(ok ? kel::api.Kel_GetLong(session, fid::WTH, 0) : 0);
   if (ok) {
     Key(w, "WTSJ");
-    WriteItemText(w, session, fid::WTSJ);
+    WriteString(w, GetItemString(session, fid::WTSJ, 0));
     if (k.third == Third::kDjzj) {
       Key(w, "DJZJ");
       WriteDouble(w, kel::api.Kel_GetDouble(session, k.third_at, 0));
@@ -300,7 +285,7 @@ bool KeyValueReply(kel::int64 session, const ReplyKind& k) {
   Key(w, "RETCODE");
   w.Int(code);
   Key(w, "RETNOTE");
-  WriteTransportNote(w, session);
+  WriteString(w, GetErrorString(session));
   return Finish(k, cb, text);
 }
 

@@ -7,10 +7,10 @@
 //
 // Answers: a structured block (Kel_GetStructDataEx), with the customer number from the
 // request block (Kel_GetReqStructData, byte 13) and the request's tag from Kel_SetSessData;
-// an unstructured answer gives the short form with Kel_GetCode and Kel_GetErrMsg. The
+// an unstructured answer gives the short form with Kel_GetCode and GetErrorString. The
 // issuance and non-trading handlers (FXYW, FJY, FXYWWithDraw) read answer fields instead:
 // code Kel_GetCode (0 or above accepted), KHH field 605, WTH 681, WTSJ the entrust-time field
-// of util/field_ids.h, DJZJ 764 or SBJG 753, RETNOTE Kel_GetErrMsg.
+// of util/field_ids.h, DJZJ 764 or SBJG 753, RETNOTE GetErrorString.
 #pragma once
 
 #include "comm/kel_abi.h"

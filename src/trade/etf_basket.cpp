@@ -34,7 +34,6 @@ struct Constituent {
   std::string zqdm;
   std::string jys;
   std::int64_t qty_per_unit = 0;
-  std::int64_t flag = 0;
 };
 
 // A key/value request on a fresh session of the customer's trade connection. A failure
@@ -119,10 +118,10 @@ std::int64_t Basket::Run() {
                kel::api.Kel_SetItem(h, fid::JYS, jys_);
              },
              [&](kel::int64 h) {
-               info.subscription_allowed = kel::api.Kel_GetLong(h, fid::BASKET_SG_FLAG, -1) == 1;
+               info.subscription_allowed = kel::api.Kel_GetLong(h, fid::ETF_CREATION_OK, -1) == 1;
                info.info_date = kel::api.Kel_GetLong(h, fid::SYS_DATE, -1);
-               info.unit = kel::api.Kel_GetLong(h, fid::BASKET_UNIT, -1);
-               info.cash = kel::api.Kel_GetDouble(h, fid::BASKET_CASH, -1);
+               info.unit = kel::api.Kel_GetLong(h, fid::ETF_UNIT, -1);
+               info.cash = kel::api.Kel_GetDouble(h, fid::ETF_CASH, -1);
              })) {
     return QueryFailed(q, "查询ETF_JBXX失败: ");
   }
@@ -139,13 +138,16 @@ std::int64_t Basket::Run() {
   }
 
   std::vector<Constituent> parts;
-  if (!q.Ask("D00088", [&](kel::int64 h) { kel::api.Kel_SetItem(h, fid::ZQDM, etf_); },
+  if (!q.Ask("D00088",
+             [&](kel::int64 h) {
+               kel::api.Kel_SetItem(h, fid::ZQDM, etf_);
+               kel::api.Kel_SetItem(h, fid::JYS, jys_);
+             },
              [&](kel::int64 h) {
                for (kel::int32 row = 0, n = kel::api.Kel_GetCount(h); row < n; ++row) {
-                 parts.push_back({GetItemString(h, fid::BASKET_CODE, row),
+                 parts.push_back({GetItemString(h, fid::ETF_COMPONENT, row),
                                   GetItemString(h, fid::JYS, row),
-                                  kel::api.Kel_GetLong(h, fid::BASKET_QTY, row),
-                                  kel::api.Kel_GetLong(h, fid::BASKET_FLAG, row)});
+                                  kel::api.Kel_GetLong(h, fid::ETF_COMPONENT_QTY, row)});
                }
              })) {
     return QueryFailed(q, fmt::format("查询{}成分股信息失败:", etf_));

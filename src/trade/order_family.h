@@ -62,6 +62,7 @@ enum class Biz : std::uint8_t {
 enum class ResultKind : std::uint8_t {
   kOrderNumber,  // int64 at 443, or key/value field 681
   kQuantity,     // double at 430 truncated toward zero, or key/value field 684
+  kQuantity32,   // int32 at 430 (the ETF answer is 434 bytes long)
   kReturnCode,   // the answer's positive return code
   kCustom,       // the family's own reader (batch rows)
 };

@@ -32,13 +32,6 @@ std::string NumberText(std::int64_t number) {
   return text;
 }
 
-// Room for the answer: the family's length, and at least the bytes its result is read from
-// (the ETF tradable quantity's minimum length stops short of its double at 430).
-std::int32_t AnswerCapacity(const OrderFamily& f) {
-  std::int32_t need = f.result == ResultKind::kQuantity ? static_cast<std::int32_t>(sizeof(TradableQtyAns))
-                                                        : kAnswerHeadLen;
-  return std::max(f.answer_len, need);
-}
 
 }  // namespace
 
@@ -139,7 +132,7 @@ std::int64_t OrderRequest::ReadBlockAnswer(kel::int64 session) {
     if (code > 0) code = -code;
     return Fail(code, GetErrorString(session));
   }
-  const std::int32_t capacity = AnswerCapacity(family_);
+  const std::int32_t capacity = family_.answer_len;
   std::vector<char> answer(static_cast<std::size_t>(capacity), '\0');
   kel::int32 len = capacity;
   if (!kel::api.Kel_GetStructData(session, answer.data(), &len, -1)) len = 0;
@@ -161,6 +154,8 @@ std::int64_t OrderRequest::Result(const char* answer, std::int32_t len) {
       constexpr double kLimit = 9.2e18;  // beyond it the int64 conversion is undefined
       return std::isfinite(q) && std::fabs(q) < kLimit ? static_cast<std::int64_t>(q) : 0;
     }
+    case ResultKind::kQuantity32:
+      return ReadAt<std::int32_t>(answer, offsetof(TradableQtyAns, quantity));
     case ResultKind::kReturnCode:
       return ReadAt<std::int16_t>(answer, offsetof(AnswerHead, code));
     case ResultKind::kCustom:

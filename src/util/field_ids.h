@@ -47,14 +47,6 @@ enum : std::int32_t {
   SBJG = 753,         // declaration result
   KFSBDBH = 9157,     // caller's request number of an asynchronous request
 
-  // ETF basic information (D00084) and constituents (D00088).
-  BASKET_SG_FLAG = 9230,  // subscription allowed: 1 yes, 0 no
-  BASKET_UNIT = 9231,     // creation unit
-  BASKET_CASH = 9232,     // cash component
-  BASKET_CODE = 9233,     // constituent security code
-  BASKET_QTY = 9234,      // constituent quantity per creation unit
-  BASKET_FLAG = 9235,     // constituent substitution flag
-
   // Block trading.
   DZJY_DFXW = 1935,   // counterparty seat
   DZJY_LXR = 9076,    // contact person
