@@ -4,9 +4,11 @@
 #include <gtest/gtest.h>
 #include <rapidjson/document.h>
 
+#include <algorithm>
 #include <iterator>
 #include <regex>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "push/replies.h"
@@ -139,6 +141,16 @@ TEST(ReplyOrder, CustomerNumberIsBoundedByItsFieldInTheRequest) {
   FakeSession s = Structured(Answer(430, -1, "x"));
   s.request = Request().Text(13, "1234567890123").Text(26, "XYZ").str();  // 13 bytes, no NUL
   EXPECT_NE(OnlyText(Handle(molra::Sc_Order_AsyncFuncProcess, s)).find("\"KHH\":\"1234567890123\","),
+            std::string::npos);
+}
+
+TEST(ReplyOrder, ARequestTooShortForItsCustomerNumberGivesAnEmptyOne) {
+  FakeSession s = Structured(Answer(430, -1, "x"));
+  s.request = std::string(20, '7');  // ends inside the customer number
+  EXPECT_NE(OnlyText(Handle(molra::Sc_Order_AsyncFuncProcess, s)).find("\"KHH\":\"7777777\","),
+            std::string::npos);
+  s.request = std::string(5, '7');
+  EXPECT_NE(OnlyText(Handle(molra::Sc_Order_AsyncFuncProcess, s)).find("\"KHH\":\"\","),
             std::string::npos);
 }
 
@@ -494,6 +506,39 @@ TEST(ReplyFrame, RegisteredHandlerRunsWhenTheTransportDeliversTheAnswer) {
   ASSERT_EQ(host.Functions().size(), 1u);
   EXPECT_EQ(host.Functions()[0].json.rfind(Head(36, 4242), 0), 0u);
   EXPECT_EQ(kel.Releases(id), 1);
+}
+
+TEST(ReplyFrame, RepliesOnSeveralTransportThreadsAreHandledIndependently) {
+  FakeKel kel;
+  HostCallbacks host;
+  constexpr int kThreads = 4, kEach = 200;
+  std::vector<std::vector<kel::int64>> ids(kThreads);
+  for (int t = 0; t < kThreads; ++t) {
+    for (int i = 0; i < kEach; ++i) {
+      ByteBlock a = Answer(472, 1);
+      a.Num<std::int64_t>(443, t * kEach + i);
+      ids[t].push_back(kel.Add(Structured(a, t * kEach + i)));
+    }
+  }
+  std::vector<std::thread> threads;
+  for (int t = 0; t < kThreads; ++t) {
+    threads.emplace_back([&, t] {
+      for (kel::int64 id : ids[t]) molra::Sc_Order_AsyncFuncProcess(id);
+    });
+  }
+  for (auto& th : threads) th.join();
+  auto got = host.Functions();
+  ASSERT_EQ(got.size(), static_cast<std::size_t>(kThreads * kEach));
+  std::vector<bool> seen(kThreads * kEach);
+  for (const Delivery& d : got) {
+    rapidjson::Document doc;
+    doc.Parse(d.json.c_str());
+    ASSERT_FALSE(doc.HasParseError());
+    EXPECT_EQ(doc["KFSBDBH"].GetInt64(), doc["WTH"].GetInt64());  // tag and answer stay paired
+    seen.at(static_cast<std::size_t>(doc["WTH"].GetInt64())) = true;
+  }
+  EXPECT_EQ(std::count(seen.begin(), seen.end(), true), kThreads * kEach);
+  EXPECT_EQ(kel.TotalReleases(), kThreads * kEach);
 }
 
 }  // namespace

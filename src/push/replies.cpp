@@ -95,6 +95,10 @@ struct Block {
   }
   void Text(JsonWriter& w, int off, int width) const {
     const int room = off < len ? len - off : 0;
+    if (room == 0) {
+      w.String("", 0);
+      return;
+    }
     WriteText(w, data + off, static_cast<std::size_t>(room < width ? room : width));
   }
 };
