@@ -10,6 +10,7 @@
 
 #include "log/log.h"
 #include "secmolra.h"
+#include "support/query_support.h"
 #include "support/test_support.h"
 
 using namespace molra::test;
@@ -31,11 +32,7 @@ class QueryArgs : public ::testing::Test {
   bool Logged(const std::string& text) { return Log().find(text) != std::string::npos; }
   void ExpectError(std::int64_t got, std::int64_t code, const std::string& msg,
                    const std::string& func) {
-    std::string m;
-    EXPECT_EQ(got, code) << func;
-    EXPECT_EQ(LastError(&m), code) << func;
-    EXPECT_EQ(m, msg) << func;
-    EXPECT_TRUE(Logged(func + "：" + msg)) << func;
+    ExpectFailure(got, code, msg, func, Log());
   }
   std::string logdir_;
 };

@@ -9,6 +9,7 @@
 #include "comm/conn_pool.h"
 #include "comm/kel_api.h"
 #include "support/login_fixture.h"
+#include "support/query_support.h"
 
 using namespace molra::test;
 
@@ -44,11 +45,7 @@ class QueryFrame : public LoginTest {
   }
   void ExpectError(std::int64_t got, std::int64_t code, const std::string& msg,
                    const std::string& func) {
-    std::int64_t last = 0;
-    EXPECT_EQ(got, code);
-    EXPECT_EQ(Err(&last), msg);
-    EXPECT_EQ(last, code);
-    EXPECT_NE(Log().find(func + "：" + msg), std::string::npos) << func;
+    ExpectFailure(got, code, msg, func, Log());
   }
 };
 

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "account/registry.h"
+#include "api/last_error.h"
 #include "comm/conn_pool.h"
 #include "comm/kv_request.h"
 #include "query/query_table.h"
@@ -51,7 +52,10 @@ template <typename R>
 std::int64_t RunQueryInto(QueryKind kind, CusLoginInfo* info, const ReqFields& fields,
                           std::vector<R>& list) {
   const QuerySpec& spec = Spec(kind);
-  if (spec.layout.size != sizeof(R)) return SECMOLRA_ERR_ANSWER;  // table and record disagree
+  if (spec.layout.size != sizeof(R)) {  // the table and the record type disagree
+    SetLastError(SECMOLRA_ERR_ANSWER, "记录长度不符", spec.worker, info);
+    return SECMOLRA_ERR_ANSWER;
+  }
   return RunQuery(spec, info, fields, [&list](const char* record) {
     R r;
     std::memcpy(&r, record, sizeof r);
