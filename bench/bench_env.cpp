@@ -116,6 +116,7 @@ void Env::Login() {
     Require(SECMOLRA_TradeLogin("B", cus.khh, cus.password) > 0,
             std::string("login of ") + cus.khh);
     std::shared_ptr<KelComm::KelConn> set = Pool()->FindConnection(cus.khh);
+    wire_[c].mgmt_conn = set->mgmt_handle;
     wire_[c].trade_conn = set->trade_handle;
     wire_[c].subscribe_conn = set->subscribe_handle;
     wire_[c].node_id = CustomerNodeId(cus.khh);

@@ -39,6 +39,7 @@ constexpr OrderArgs kOrder{};
 
 // What a floor needs to run one customer's request on its own.
 struct CustomerWire {
+  kel::int64 mgmt_conn = 0;
   kel::int64 trade_conn = 0;
   kel::int64 subscribe_conn = 0;
   std::int32_t node_id = 0;

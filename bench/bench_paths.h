@@ -7,6 +7,8 @@ namespace molra::bench {
 constexpr const char* kEntrustLogOff = "entrust:kit_log_off";
 constexpr const char* kEntrustLogOn = "entrust:kit_log_on";
 constexpr const char* kEntrustFloor = "entrust:floor";
+constexpr const char* kEntrustFloorChecked = "entrust:floor_with_connection_checks";
+constexpr const char* kLoggerLine = "log_line:logger_only";
 constexpr const char* kWithdrawLogOff = "withdraw:kit_log_off";
 constexpr const char* kWithdrawLogOn = "withdraw:kit_log_on";
 constexpr const char* kWithdrawFloor = "withdraw:floor";

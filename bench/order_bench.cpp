@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "bench_env.h"
+#include "log/log.h"
 #include "bench_paths.h"
 #include "comm/kel_api.h"
 #include "trade/order_blocks.h"
@@ -87,6 +88,25 @@ void EntrustFloor(benchmark::State& state) {
   for (auto _ : state) benchmark::DoNotOptimize(FloorOrder(w, w.entrust_block, Fam::kOrderEntrust));
 }
 
+// The floor with the connection checks the connection manager makes on every request: the
+// set's management, trade and subscribe connections, then the trade connection again when
+// the session is opened. Their cost is the transport's, spent at the kit's request.
+std::int64_t FloorOrderChecked(const CustomerWire& w, const std::string& block, Fam fam) {
+  for (kel::int64 conn : {w.mgmt_conn, w.trade_conn, w.subscribe_conn, w.trade_conn}) {
+    if (!kel::api.Kel_IsConnect(conn)) return 0;
+  }
+  return FloorOrder(w, block, fam);
+}
+
+void EntrustFloorChecked(benchmark::State& state) {
+  const Env& env = Env::Get();
+  env.Ready();
+  const CustomerWire& w = env.Wire(0);
+  auto run = [&] { return FloorOrderChecked(w, w.entrust_block, Fam::kOrderEntrust); };
+  if (!Accepted(state, run)) return;
+  for (auto _ : state) benchmark::DoNotOptimize(run());
+}
+
 void Withdraw(benchmark::State& state, bool log) {
   Env& env = Env::Get();
   env.Ready();
@@ -141,6 +161,20 @@ void BatchFloor(benchmark::State& state) {
   state.SetItemsProcessed(state.iterations() * kBatchRows);
 }
 
+// The logger alone writing a line as long as the entrust's: the part of the logged entrust
+// that is the file sink's.
+void LoggerLine(benchmark::State& state) {
+  Env& env = Env::Get();
+  env.SetWriteLog(true);
+  spdlog::logger* logger = ActiveLogger();
+  const fmt::string_view line =
+      "OrderEntrust lpKhh:1001 lpJys:SH lpZqdm:600000 nJylb:1 lWtsl:100 lfWtjg:9.5 lDdlx:0 "
+      "lpGdh:A000001001 lsh:0 cost:0";
+  if (logger == nullptr) state.SkipWithError("no logger");
+  for (auto _ : state) logger->info(line);
+  env.SetWriteLog(false);
+}
+
 // Thread i places customer i's orders.
 void ReadyOnce(const benchmark::State&) { Env::Get().Ready(); }
 
@@ -191,9 +225,11 @@ void RegisterOrderBenchmarks() {
   benchmark::RegisterBenchmark(kEntrustLogOff, [](benchmark::State& s) { Entrust(s, false); });
   benchmark::RegisterBenchmark(kEntrustLogOn, [](benchmark::State& s) { Entrust(s, true); });
   benchmark::RegisterBenchmark(kEntrustFloor, EntrustFloor);
+  benchmark::RegisterBenchmark(kEntrustFloorChecked, EntrustFloorChecked);
   benchmark::RegisterBenchmark(kWithdrawLogOff, [](benchmark::State& s) { Withdraw(s, false); });
   benchmark::RegisterBenchmark(kWithdrawLogOn, [](benchmark::State& s) { Withdraw(s, true); });
   benchmark::RegisterBenchmark(kWithdrawFloor, WithdrawFloor);
+  benchmark::RegisterBenchmark(kLoggerLine, LoggerLine);
   benchmark::RegisterBenchmark(kBatchKit, Batch);
   benchmark::RegisterBenchmark(kBatchFloor, BatchFloor);
   benchmark::RegisterBenchmark(kThreadsKit, EntrustThreads)

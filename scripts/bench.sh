@@ -35,8 +35,8 @@ load_before=$(cut -d' ' -f1-3 /proc/loadavg)
 run times '-^memory:' --benchmark_repetitions="$reps" --benchmark_min_time="$min_time" \
     --benchmark_report_aggregates_only=true --benchmark_enable_random_interleaving=true
 # Memory in processes of their own: the peak must not carry other benchmarks' use.
-run memory_kit '^memory:kit$'
-run memory_floor '^memory:floor$'
+run memory_kit '^memory:kit'
+run memory_floor '^memory:floor'
 load_after=$(cut -d' ' -f1-3 /proc/loadavg)
 
 cpu=$(grep -m1 'model name' /proc/cpuinfo | cut -d: -f2 | sed 's/^ *//')

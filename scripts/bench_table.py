@@ -16,9 +16,13 @@ import sys
 #   kind "time":    kit and floor times; target ("ratio", r) or ("extra_us", us) or None
 #   kind "scaling": throughput with 2 threads over 1 thread; target ("min", r)
 #   kind "memory":  peak and resident memory after 100k and 1M orders; target "flat"
+#   kind "alone":   a part of a kit path measured on its own (no floor)
 ROWS = [
     ("OrderEntrust sync, log off", "entrust:kit_log_off", "entrust:floor", "time", ("ratio", 1.5)),
+    ("OrderEntrust sync, log off, floor with the 4 Kel_IsConnect checks", "entrust:kit_log_off",
+     "entrust:floor_with_connection_checks", "time", None),
     ("OrderEntrust sync, log on", "entrust:kit_log_on", "entrust:floor", "time", ("extra_us", 1.0)),
+    ("logger alone, one entrust-sized line", "log_line:logger_only", None, "alone", None),
     ("OrderWithdraw sync, log off", "withdraw:kit_log_off", "withdraw:floor", "time", None),
     ("OrderWithdraw sync, log on", "withdraw:kit_log_on", "withdraw:floor", "time", None),
     ("QueryFundInfo, 1 row", "fund_query_1:kit", "fund_query_1:floor", "time", None),
@@ -119,6 +123,11 @@ def rows(found):
     for label, kit, floor, kind, target in ROWS:
         if kind == "scaling":
             out.append(scaling_row(label, found, kit, floor, target))
+            continue
+        if kind == "alone":
+            k = found.get((kit, 1))
+            out.append([label, fmt_us(time_ns(k)) if k and "error" not in k else "missing",
+                        "-", "-", "-", "-"])
             continue
         k, f = found.get((kit, 1)), found.get((floor, 1))
         if k is None or f is None:
