@@ -2,6 +2,7 @@
 // mutex, held for one map operation only; no two are held at once.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <map>
 #include <memory>
@@ -26,9 +27,12 @@ struct CusRecord {
   std::int64_t wtfs_number;
   char wtfs[10];
   std::int32_t node_id;
-  unsigned char state[128];
+  unsigned char state[128];  // zeroed at creation; filled by the operations that use it
 };
 #pragma pack(pop)
+static_assert(sizeof(CusRecord) == 219, "CusRecord is 219 bytes");
+static_assert(offsetof(CusRecord, token) == 61, "token follows the reserved int64");
+static_assert(offsetof(CusRecord, node_id) == 87, "node id follows the WTFS text");
 
 class CusNodeTable {
  public:

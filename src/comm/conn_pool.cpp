@@ -1,50 +1,105 @@
+// The pool of connection sets, one per customer, and its lifetime.
 #include "comm/conn_pool.h"
 
 #include "api/last_error.h"
+#include "comm/conn_messages.h"
 #include "comm/kel_api.h"
 #include "comm/timer.h"
 
 namespace molra {
 
-KelSession& KelSession::operator=(KelSession&& o) noexcept {
-  if (this != &o) {
-    Release();
-    handle_ = o.handle_;
-    ua_ = o.ua_;
-    borrowed_ = o.borrowed_;
-    o.handle_ = 0;
+namespace msg = connmsg;
+
+namespace {
+
+bool IsUp(kel::int64 handle) { return handle != 0 && kel::api.Kel_IsConnect(handle); }
+
+// The query connection is not checked: a set without it still serves.
+bool Usable(const KelComm::KelConn& set) {
+  if (!IsUp(set.mgmt_handle)) {
+    StageError(0, msg::kMgmtInvalid);
+    return false;
   }
-  return *this;
+  if (!IsUp(set.trade_handle) || !IsUp(set.subscribe_handle)) {
+    StageError(0, msg::kTradeSubscribeInvalid);
+    return false;
+  }
+  return true;
 }
 
-void KelSession::Release() noexcept {
-  if (handle_ != 0 && !borrowed_ && kel::api.Kel_ReleaseSession != nullptr) {
-    kel::api.Kel_ReleaseSession(handle_);
-  }
-  handle_ = 0;
-}
+}  // namespace
 
 ConnPool::ConnPool() : timer_(std::make_unique<TimerService>()) {}
 
 ConnPool::~ConnPool() = default;
 
-namespace {
-std::unique_ptr<ConnPool> g_pool;
+std::shared_ptr<KelComm::KelConn> ConnPool::GetConnection(const std::string& khh,
+                                                          const std::string& key) {
+  // Held across a new set's connect: one slow connect delays every other customer.
+  std::lock_guard<std::mutex> lock(mutex_);
+  auto it = sets_.find(khh);
+  if (it != sets_.end()) {
+    // An unusable set stays in the map; the transport may yet bring it back.
+    return Usable(*it->second) ? it->second : nullptr;
+  }
+  if (key.empty()) {
+    StageError(0, msg::kNotConnected);
+    return nullptr;
+  }
+  auto set = std::make_shared<KelComm::KelConn>(key, 0);
+  // A set that failed is never kept, so the next request connects again in full.
+  if (!set->Connect(khh.c_str())) return nullptr;
+  sets_.emplace(khh, set);
+  return set;
 }
 
-ConnPool* Pool() { return g_pool.get(); }
+std::shared_ptr<KelComm::KelConn> ConnPool::FindConnection(const std::string& khh) {
+  std::lock_guard<std::mutex> lock(mutex_);
+  auto it = sets_.find(khh);
+  return it != sets_.end() ? it->second : nullptr;
+}
+
+bool ConnPool::ReleaseConnection(const std::string& khh) {
+  std::lock_guard<std::mutex> lock(mutex_);
+  return sets_.erase(khh) > 0;
+}
+
+void ConnPool::CloseAll() {
+  std::lock_guard<std::mutex> lock(mutex_);
+  for (auto& entry : sets_) entry.second->Close();
+}
+
+namespace {
+// Not destroyed at exit: a pool still alive then would call into a transport that may be
+// gone already. SECMOLRA_Exit destroys it.
+ConnPool* g_pool = nullptr;
+}  // namespace
+
+ConnPool* Pool() { return g_pool; }
 
 bool CreateConnPool() {
-  g_pool = std::make_unique<ConnPool>();
+  if (g_pool != nullptr) return true;
+  try {
+    g_pool = new ConnPool();  // starts the timer thread
+  } catch (...) {
+    g_pool = nullptr;  // out of memory or no thread: SECMOLRA_Init reports it
+  }
   return g_pool != nullptr;
 }
 
 bool TearDownConnPool() {
-  if (!g_pool) return true;
+  if (g_pool == nullptr) return true;
   g_pool->CloseAll();
   g_pool->Timer().Stop();
-  g_pool.reset();
+  g_pool->Clear();
+  delete g_pool;
+  g_pool = nullptr;
   return true;
+}
+
+void ConnPool::Clear() {
+  std::lock_guard<std::mutex> lock(mutex_);
+  sets_.clear();
 }
 
 }  // namespace molra

@@ -20,35 +20,47 @@ namespace KelComm {
 
 // One customer's connection set: management, trade, subscribe and query connections opened
 // from one connection key, with the key's backup profile.
-class KelConn {
+class KelConn : public std::enable_shared_from_this<KelConn> {
  public:
+  // Reads the key's section and the backup section it names (no reading for an empty key).
   KelConn(std::string key, std::uint32_t kind);
+  // Deregisters the event handler and closes whatever is still open.
   ~KelConn();
   KelConn(const KelConn&) = delete;
   KelConn& operator=(const KelConn&) = delete;
 
+  // Opens the four connections of the active profile; false with the reason staged.
   bool Connect(const char* khh);
+  // Tear-down: deregisters events, cancels the active subscriptions, closes everything.
   void Close();
-  // Registered with Kel_SetConnEvent for each of the four handles; ctx is the set.
+  // Registered with Kel_SetConnEvent for each of the four handles; ctx is the set. Events
+  // for a set that is closed or gone are ignored (the set must be owned by a shared_ptr).
   static void on_conn_event(kel::int64 handle, kel::int32 event, void* ctx);
 
   // The profile in use (primary or backup), or null when the set was built without a key.
   const molra::ConnProfile* ActiveProfile() const;
+  const molra::ConnProfile& Active() const { return active_profile == 0 ? primary : backup; }
   // Subscription slots of the group in use: [1] confirmation id, [3] match id.
   kel::int64* ActiveSlots() { return slots[active_profile == 0 ? 0 : 1]; }
+  static constexpr int kConfirmSlot = 1;
+  static constexpr int kReportSlot = 3;
 
   std::string key;
   std::uint32_t kind = 0;
   std::string customer;
-  kel::int64 mgmt_handle = 0;
-  kel::int64 trade_handle = 0;
-  kel::int64 subscribe_handle = 0;
-  kel::int64 query_handle = 0;
+  // Transport handles, 0 when closed. Atomic because the event handler reads them on
+  // transport threads while tear-down may be zeroing them; read them as plain int64.
+  std::atomic<kel::int64> mgmt_handle{0};
+  std::atomic<kel::int64> trade_handle{0};
+  std::atomic<kel::int64> subscribe_handle{0};
+  std::atomic<kel::int64> query_handle{0};
   std::atomic<std::int32_t> broken_count{0};
-  std::int32_t mgmt_state = 0;
-  std::int32_t trade_state = 0;
-  std::int32_t subscribe_state = 0;
-  std::int32_t query_state = 0;
+  // Last event code per connection, 0 = up. Atomic because the transport may deliver the
+  // events of different connections, and repeated events of one, on different threads.
+  std::atomic<std::int32_t> mgmt_state{0};
+  std::atomic<std::int32_t> trade_state{0};
+  std::atomic<std::int32_t> subscribe_state{0};
+  std::atomic<std::int32_t> query_state{0};
   molra::ConnProfile primary{};
   molra::ConnProfile backup{};
   std::uint32_t active_profile = 0;
@@ -57,6 +69,9 @@ class KelConn {
   std::int32_t profiles_consistent = 1;
   bool connect_with_ua = false;
   bool has_profile = false;  // a key's section was read
+
+ private:
+  void ReadSection(const char* section, molra::ConnProfile& profile, bool first);
 };
 
 }  // namespace KelComm
@@ -68,6 +83,12 @@ class KelSession {
  public:
   KelSession() = default;
   KelSession(kel::int64 handle, bool connect_with_ua) : handle_(handle), ua_(connect_with_ua) {}
+  // A session that belongs to someone else (a push's session): never released here.
+  static KelSession Borrowed(kel::int64 handle, bool connect_with_ua) {
+    KelSession s(handle, connect_with_ua);
+    s.borrowed_ = true;
+    return s;
+  }
   ~KelSession() { Release(); }
   KelSession(KelSession&& o) noexcept : handle_(o.handle_), ua_(o.ua_), borrowed_(o.borrowed_) {
     o.handle_ = 0;
@@ -115,9 +136,13 @@ class ConnPool {
   // Finds the customer's set or builds and connects one from `key`; empty on failure with
   // the reason staged.
   std::shared_ptr<KelComm::KelConn> GetConnection(const std::string& khh, const std::string& key);
+  // The customer's set as it stands in the map (no check, nothing staged); empty if none.
+  std::shared_ptr<KelComm::KelConn> FindConnection(const std::string& khh);
   bool ReleaseConnection(const std::string& khh);
   // Closes every set (tear-down).
   void CloseAll();
+  // Drops every set from the map.
+  void Clear();
   TimerService& Timer() { return *timer_; }
 
  private:

@@ -6,6 +6,7 @@
 #pragma once
 
 #include <atomic>
+#include <condition_variable>
 #include <cstdint>
 #include <functional>
 #include <mutex>
@@ -18,15 +19,20 @@ class TimerService {
  public:
   using Callback = std::function<void(std::int64_t id)>;
 
-  TimerService();  // starts the thread
+  TimerService();   // starts the thread
   ~TimerService();  // stops and joins it
 
-  // Adds an entry due `interval_ms` from now; returns its id.
+  // Adds an entry due `interval_ms` from now; returns its id. Callbacks run on the timer
+  // thread with the service's recursive mutex held, so they may add or remove entries.
   std::int64_t Add(std::int64_t interval_ms, bool one_shot, Callback cb);
   void Remove(std::int64_t id);
+  // Clears the running flag and joins the thread (not from the timer thread itself).
   void Stop();
   bool Running() const { return running_.load(); }
   std::size_t EntryCount() const;
+
+  // Timer threads currently running in the process.
+  static int LiveThreads();
 
  private:
   struct Entry {
@@ -37,11 +43,16 @@ class TimerService {
     Callback cb;
   };
   void Loop();
+  void RunDue(std::int64_t now_ns);
+  void SleepOneTick();
 
   mutable std::recursive_mutex mutex_;
   std::vector<Entry> entries_;
   std::int64_t next_id_ = 1;
   std::atomic<bool> running_{true};
+  // Wakes the sleeping thread when Stop() is called.
+  std::mutex sleep_mutex_;
+  std::condition_variable wake_;
   std::thread thread_;
 };
 

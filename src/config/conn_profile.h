@@ -7,6 +7,7 @@ namespace molra {
 
 class IniFile;
 
+// Character fields are bounded copies: a value as long as the field keeps no NUL.
 struct ConnProfile {
   char name[33];             // Name: passed to the connection-event callback
   char auth_name[64];        // Authname: user given to Kel_Connect
@@ -40,5 +41,7 @@ struct ConnSectionInfo {
 
 // Zeroes the profile and fills it from `section` with every key's default.
 ConnSectionInfo ReadConnProfile(const IniFile& ini, const char* section, ConnProfile& profile);
+// The same from a fresh load of "molra.ini"; a file that cannot be read gives the defaults.
+ConnSectionInfo ReadConnSection(const char* section, ConnProfile& profile);
 
 }  // namespace molra

@@ -1,0 +1,72 @@
+// Shared by the connection set's own files: the four connections as data (which handle,
+// state and address each uses, and its log lines), the orders in which the set walks them,
+// and small helpers.
+#pragma once
+
+#include <cstring>
+#include <initializer_list>
+#include <memory>
+#include <string>
+
+#include "comm/conn_pool.h"
+
+namespace KelComm::roles {
+
+enum Role { kMgmt, kTrade, kQuery, kSubscribe };
+
+struct RoleInfo {
+  std::atomic<kel::int64> KelConn::*handle;
+  std::atomic<std::int32_t> KelConn::*state;
+  char (molra::ConnProfile::*addr)[512];
+  bool bind_customer;     // bound after connecting and again after a reconnect
+  const char* connected;  // info, with key and address
+  const char* broken;     // info, with key
+  const char* restored;   // info, with key and customer
+};
+
+inline constexpr RoleInfo kRoles[] = {
+    {&KelConn::mgmt_handle, &KelConn::mgmt_state, &molra::ConnProfile::addr, false,
+     "connect success key:{} szAddr:{}", "{} 管理服务连接中断", "管理服务重新连接成功[KEY:{} KHH:{}]"},
+    {&KelConn::trade_handle, &KelConn::trade_state, &molra::ConnProfile::trade_addr, true,
+     "connect success key:{} szTradeAddr:{}", "{} 交易服务连接中断",
+     "交易服务重新连接成功[KEY:{} KHH:{}]"},
+    {&KelConn::query_handle, &KelConn::query_state, &molra::ConnProfile::query_addr, true,
+     "connect success key:{} szQueryAddr:{}", "{} 查询服务连接中断",
+     "查询服务重新连接成功[KEY:{} KHH:{}]"},
+    {&KelConn::subscribe_handle, &KelConn::subscribe_state, &molra::ConnProfile::subscribe_addr,
+     true, "connect success key:{} szSubscribeAddr:{}", "{} 订阅服务连接中断",
+     "订阅服务重新连接成功[KEY:{} KHH:{}]"},
+};
+
+// Closing stale handles before a connect.
+inline constexpr Role kStaleCloseOrder[] = {kMgmt, kTrade, kSubscribe, kQuery};
+// Opening.
+inline constexpr Role kOpenOrder[] = {kMgmt, kTrade, kQuery, kSubscribe};
+// Registering and deregistering the event handler.
+inline constexpr Role kEventOrder[] = {kMgmt, kSubscribe, kQuery, kTrade};
+// Finding the connection an event is about.
+inline constexpr Role kLookupOrder[] = {kMgmt, kQuery, kTrade, kSubscribe};
+
+// Bounded text of a fixed-width field (a full field has no NUL).
+template <std::size_t N>
+std::string FieldText(const char (&field)[N]) {
+  return std::string(field, ::strnlen(field, N));
+}
+
+// The customer is bound to the trade, query and subscribe connections unless the trade
+// address was defaulted to the management address or the profile is in traders mode.
+inline bool BindsCustomer(const molra::ConnProfile& p) {
+  return !p.trade_addr_defaulted && !p.use_traders;
+}
+
+// Sets whose event handler may run. An event finds its set here and holds it for the
+// duration of the handler, so a set closed or destroyed meanwhile is never touched.
+void AdmitEvents(KelConn& set);
+void StopEvents(const KelConn& set);
+std::shared_ptr<KelConn> SetForEvent(void* ctx);
+
+// Opens one session on `conn`, cancels each subscription id on it and releases it. Nothing
+// is staged: this also runs on transport threads.
+void Unsubscribe(kel::int64 conn, std::initializer_list<kel::int64> ids);
+
+}  // namespace KelComm::roles

@@ -1,0 +1,103 @@
+// Request sessions on a connection set and the small helpers every request uses.
+#include <cstdint>
+#include <cstring>
+#include <vector>
+
+#include "api/last_error.h"
+#include "comm/conn_messages.h"
+#include "comm/conn_pool.h"
+#include "comm/kel_api.h"
+
+namespace molra {
+
+namespace msg = connmsg;
+
+KelSession& KelSession::operator=(KelSession&& o) noexcept {
+  if (this != &o) {
+    Release();
+    handle_ = o.handle_;
+    ua_ = o.ua_;
+    borrowed_ = o.borrowed_;
+    o.handle_ = 0;
+  }
+  return *this;
+}
+
+void KelSession::Release() noexcept {
+  if (handle_ != 0 && !borrowed_ && kel::api.Kel_ReleaseSession != nullptr) {
+    kel::api.Kel_ReleaseSession(handle_);
+  }
+  handle_ = 0;
+}
+
+namespace {
+
+KelSession AllocSession(const KelComm::KelConn& conn, kel::int64 handle) {
+  if (handle == 0 || !kel::api.Kel_IsConnect(handle)) {
+    StageError(0, msg::kSessionNotConnected);
+    return {};
+  }
+  kel::int64 session = kel::api.Kel_AllocateSession(handle);
+  if (session == 0) StageError(0, msg::kSessionFailed);
+  return KelSession(session, conn.connect_with_ua);
+}
+
+}  // namespace
+
+KelSession AllocManagementSession(KelComm::KelConn& conn) {
+  return AllocSession(conn, conn.mgmt_handle);
+}
+KelSession AllocTradeSession(KelComm::KelConn& conn) { return AllocSession(conn, conn.trade_handle); }
+KelSession AllocSubscribeSession(KelComm::KelConn& conn) {
+  return AllocSession(conn, conn.subscribe_handle);
+}
+KelSession AllocQuerySession(KelComm::KelConn& conn) { return AllocSession(conn, conn.query_handle); }
+
+bool CreateHead(const KelSession& session, const char* code) {
+  if (code == nullptr) return false;
+  // Connecting with UA, the six-character function codes go out as "H" + code.
+  if (session.connect_with_ua() && std::strlen(code) == 6) {
+    std::string prefixed = std::string("H") + code;
+    return kel::api.Kel_CreateHead(session.handle(), prefixed.c_str());
+  }
+  return kel::api.Kel_CreateHead(session.handle(), code);
+}
+
+namespace {
+
+// Text the transport wrote into buf: up to the NUL, never past the buffer.
+std::string TextIn(const char* text, const char* buf, std::size_t cap) {
+  if (text == nullptr) return {};
+  if (text != buf) return text;
+  return std::string(buf, ::strnlen(buf, cap));
+}
+
+}  // namespace
+
+std::string GetItemString(kel::int64 session, kel::int32 id, kel::int32 row) {
+  constexpr kel::int32 kFirst = 256;
+  char buf[kFirst] = {};
+  kel::int32 len = kFirst;
+  const char* text = kel::api.Kel_GetItem(session, id, buf, &len, row);
+  if (text == nullptr || len < kFirst || len == INT32_MAX) return TextIn(text, buf, kFirst);
+  // Cut: the transport reported the full length; read it again into a buffer that fits.
+  std::vector<char> big(static_cast<std::size_t>(len) + 1);
+  kel::int32 cap = len + 1;
+  text = kel::api.Kel_GetItem(session, id, big.data(), &cap, row);
+  return TextIn(text, big.data(), big.size());
+}
+
+std::string GetErrorString(kel::int64 session) {
+  constexpr kel::int32 kFirst = 2048;
+  constexpr kel::int32 kLarge = 1024 * 1024 + 1;
+  char buf[kFirst] = {};
+  kel::int32 len = kFirst;
+  const char* text = kel::api.Kel_GetErrMsg(session, buf, &len);
+  if (text == nullptr || len < kFirst) return TextIn(text, buf, kFirst);
+  std::vector<char> big(kLarge);
+  len = kLarge;
+  text = kel::api.Kel_GetErrMsg(session, big.data(), &len);
+  return TextIn(text, big.data(), big.size());
+}
+
+}  // namespace molra

@@ -1,0 +1,95 @@
+// The query frame every customer query runs through: find the customer's connection set and
+// its login, choose the node, open a session, send the request, check the answer code, and
+// turn the accepted rows into records.
+#pragma once
+
+#include <cstdint>
+#include <cstring>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "account/registry.h"
+#include "api/last_error.h"
+#include "comm/conn_pool.h"
+#include "comm/kv_request.h"
+#include "query/query_table.h"
+#include "secmolra.h"
+
+namespace molra::query {
+
+// A login record as the plain exports build it: zero, node id -1, token -1, KHH (at most 16
+// bytes; null gives "").
+CusLoginInfo MakeLoginInfo(const char* khh);
+// The text of a fixed-width field, which is not terminated when full.
+template <std::size_t N>
+std::string FixedText(const char (&field)[N]) {
+  const void* nul = std::memchr(field, '\0', N);
+  return std::string(field, nul ? static_cast<std::size_t>(static_cast<const char*>(nul) - field) : N);
+}
+inline std::string KhhOf(const CusLoginInfo& info) { return FixedText(info.KHH); }
+
+// A request run on a logged-in customer's connection set; on success the session holds the
+// answer.
+struct Answer {
+  Customer customer;
+  KelSession session;
+};
+
+// Steps shared by every request of the frame. Errors are stored with `func` and `info` as
+// extra; on failure `code` is the error's code (0 for a staged connection failure) and false
+// is returned.
+bool RunRequest(const char* func, CusLoginInfo* info, const char* func_code,
+                const ReqFields& fields, Answer& out, std::int64_t& code);
+
+using RowSink = std::function<void(const char* record)>;
+// The worker: RunRequest, then one record per accepted row handed to `sink`. Returns the
+// number of records handed over, or the error's code.
+std::int64_t RunQuery(const QuerySpec& spec, CusLoginInfo* info, const ReqFields& fields,
+                      const RowSink& sink);
+
+template <typename R>
+std::int64_t RunQueryInto(QueryKind kind, CusLoginInfo* info, const ReqFields& fields,
+                          std::vector<R>& list) {
+  const QuerySpec& spec = Spec(kind);
+  if (spec.layout.size != sizeof(R)) {  // the table and the record type disagree
+    SetLastError(SECMOLRA_ERR_ANSWER, "记录长度不符", spec.worker, info);
+    return SECMOLRA_ERR_ANSWER;
+  }
+  return RunQuery(spec, info, fields, [&list](const char* record) {
+    R r;
+    std::memcpy(&r, record, sizeof r);
+    list.push_back(r);
+  });
+}
+
+// The customer named by a query export: the plain form's KHH text or the Ex form's record.
+class QueryCaller {
+ public:
+  explicit QueryCaller(const char* khh) : khh_arg_(khh), own_(MakeLoginInfo(khh)) {}
+  explicit QueryCaller(CusLoginInfo* info) : ex_(info), ex_form_(true) {}
+
+  // Export steps 1 and 2: empties the list; a null or empty KHH is -221 under `export_name`.
+  template <typename R>
+  bool Begin(const char* export_name, std::vector<R>& list) {
+    list.clear();
+    return Check(export_name);
+  }
+  bool Check(const char* export_name);
+  CusLoginInfo* info() { return ex_form_ ? ex_ : &own_; }
+  std::string khh() const { return ex_form_ ? (ex_ ? KhhOf(*ex_) : std::string()) : LogText(khh_arg_); }
+
+ private:
+  const char* khh_arg_ = nullptr;
+  CusLoginInfo own_{};
+  CusLoginInfo* ex_ = nullptr;
+  bool ex_form_ = false;
+};
+
+// The ETF-share query's own check of the fund code (-221 under "SECMOLRA_QueryETFShare"),
+// and its worker, which expects a checked fund code.
+bool CheckFundCode(const char* jjdm);
+std::int64_t QueryETFShare(CusLoginInfo* info, const char* jjdm,
+                           std::vector<ETFShareRecord>& list);
+
+}  // namespace molra::query

@@ -1,0 +1,101 @@
+#include "trade/order_args.h"
+
+#include <atomic>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include <fmt/format.h>
+
+#include "api/last_error.h"
+#include "util/clock.h"
+
+namespace molra::trade {
+
+namespace {
+// 32 bits, incremented atomically, never reset while the library is loaded.
+std::atomic<std::uint32_t> g_request_counter{0};
+}  // namespace
+
+std::string RequestNumberTimeText(int hour, int minute, int second) {
+  char text[16];
+  std::snprintf(text, sizeof text, "%02d%02d%02d", hour, minute, second);
+  const char* p = text;
+  while (*p == '0') ++p;
+  return p;
+}
+
+std::int64_t GenerateRequestNumber() {
+  long long counter = g_request_counter.fetch_add(1) + 1LL;
+  LocalTime now = NowLocal();
+  std::string time_text = RequestNumberTimeText(now.hour, now.minute, now.second);
+  char number[32];
+  std::snprintf(number, sizeof number, "%s%010lld", time_text.c_str(), counter);
+  return std::strtoll(number, nullptr, 10);
+}
+
+CusLoginInfo MakeRecord(const char* khh, const char* gdh) {
+  CusLoginInfo rec;
+  std::memset(&rec, 0, sizeof rec);
+  CopyField(rec.KHH, khh);
+  CopyField(rec.GDH, gdh);
+  rec.NodeID = -1;
+  rec.Token = -1;
+  return rec;
+}
+
+void ArgCheck::Fail(std::int64_t code, const std::string& msg) {
+  code_ = code;
+  SetLastError(code, msg, func_, nullptr);
+}
+
+ArgCheck& ArgCheck::NotNull(std::initializer_list<const void*> ptrs) {
+  for (const void* p : ptrs) {
+    if (ok() && p == nullptr) Fail(-221, kIllegal);
+  }
+  return *this;
+}
+
+ArgCheck& ArgCheck::NotEmpty(std::initializer_list<const char*> strs, const char* msg) {
+  for (const char* s : strs) {
+    if (ok() && s != nullptr && *s == '\0') Fail(-221, msg);
+  }
+  return *this;
+}
+
+ArgCheck& ArgCheck::Require(bool cond, const char* msg) {
+  if (ok() && !cond) Fail(-221, msg);
+  return *this;
+}
+
+ArgCheck& ArgCheck::InRange(std::int64_t v, const char* label) {
+  if (ok() && static_cast<std::uint64_t>(v) > static_cast<std::uint64_t>(kMaxRequestNumber)) {
+    Fail(-221, fmt::format("{}[{}]非法，范围{}~{}", label, v, 0, kMaxRequestNumber));
+  }
+  return *this;
+}
+
+ArgCheck& ArgCheck::Supported(bool cond, const char* msg) {
+  if (ok() && !cond) Fail(-222, msg);
+  return *this;
+}
+
+ArgCheck CheckOrderArgs(const char* func, const char* khh, const char* jys, const char* zqdm,
+                        const char* gdh, bool async, std::int64_t number) {
+  ArgCheck c(func);
+  c.NotNull({khh, jys, zqdm, gdh}).NotEmpty({khh, jys, zqdm, gdh}, kEmptyOrderArgs);
+  if (async) c.InRange(number, "KFSBDBH");
+  return c;
+}
+
+ArgCheck CheckOrderArgsEx(const char* func, const CusLoginInfo* record, const char* jys,
+                          const char* zqdm, bool async, std::int64_t number) {
+  ArgCheck c(func);
+  c.NotNull({jys, zqdm})
+      .NotEmpty({record ? record->KHH : nullptr, jys, zqdm, record ? record->GDH : nullptr},
+                kEmptyOrderArgs);
+  if (async) c.InRange(number, "KFSBDBH");
+  return c;
+}
+
+}  // namespace molra::trade

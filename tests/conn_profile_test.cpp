@@ -1,0 +1,207 @@
+// Reading connection sections into profiles and building a set from a key and its backup.
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
+
+#include "api/kit_state.h"
+#include "comm/conn_pool.h"
+#include "config/conn_profile.h"
+#include "conn_fake_kel.h"
+#include "support/test_support.h"
+
+using namespace molra::test;
+
+namespace {
+
+using fake::UseIni;
+
+molra::ConnProfile Read(const char* section, molra::ConnSectionInfo* info = nullptr) {
+  molra::ConnProfile p;
+  std::memset(&p, 0x5A, sizeof p);  // filler must not survive: the profile is zeroed first
+  molra::ConnSectionInfo i = molra::ReadConnSection(section, p);
+  if (info) *info = i;
+  return p;
+}
+
+std::string Field(const char* f, std::size_t n) { return std::string(f, strnlen(f, n)); }
+#define FIELD(p, m) Field((p).m, sizeof((p).m))
+
+}  // namespace
+
+TEST(ConnProfile, SectionWithOnlyAddrTakesEveryDefault) {
+  UseIni("[K]\naddr=1.2.3.4:1\n");
+  molra::ConnSectionInfo info;
+  molra::ConnProfile p = Read("K", &info);
+  EXPECT_EQ(FIELD(p, addr), "1.2.3.4:1");
+  EXPECT_EQ(FIELD(p, trade_addr), "1.2.3.4:1");
+  EXPECT_EQ(FIELD(p, subscribe_addr), "1.2.3.4:1");
+  EXPECT_EQ(FIELD(p, query_addr), "1.2.3.4:1");
+  EXPECT_TRUE(p.trade_addr_defaulted);
+  EXPECT_EQ(FIELD(p, yybbh), "0");
+  EXPECT_TRUE(p.use3rd);
+  EXPECT_FALSE(p.use_traders);
+  EXPECT_FALSE(p.cancel_resub);
+  EXPECT_EQ(p.reserved, 0);
+  for (auto s : {FIELD(p, name), FIELD(p, auth_name), FIELD(p, auth_pwd), FIELD(p, app_name),
+                 FIELD(p, wtgy), FIELD(p, node), FIELD(p, backup), FIELD(p, exchange),
+                 FIELD(p, cert_file), FIELD(p, cert_pwd), FIELD(p, ca_file), FIELD(p, app_ver)}) {
+    EXPECT_EQ(s, "");
+  }
+  EXPECT_EQ(info.system_type, 4);
+  EXPECT_FALSE(info.connect_with_ua);
+}
+
+TEST(ConnProfile, SubscribeAndQueryDefaultToTheTradeAddressNotTheManagementOne) {
+  UseIni("[K]\naddr=m:1\ntradeaddr=t:2\nqueryaddr=q:3\n");
+  molra::ConnProfile p = Read("K");
+  EXPECT_FALSE(p.trade_addr_defaulted);
+  EXPECT_EQ(FIELD(p, trade_addr), "t:2");
+  EXPECT_EQ(FIELD(p, subscribe_addr), "t:2");
+  EXPECT_EQ(FIELD(p, query_addr), "q:3");
+}
+
+TEST(ConnProfile, EveryKeyLandsInItsField) {
+  UseIni(
+      "[k]\nname=N\nauthname=U\nAUTHPWD=P\naddr=a\nsubscribeaddr=s\nAppName=APP\nyybbh=12\n"
+      "wtgy=G\nnode=ND\nbackup=B\nCertFile=c.pem\nCertPwd=cp\nCA=ca.pem\nAppVer=1.0\n"
+      "exchange=SH\nSystemType=0x1A\n");
+  molra::ConnSectionInfo info;
+  molra::ConnProfile p = Read("K", &info);  // sections and keys ignore case
+  EXPECT_EQ(FIELD(p, name), "N");
+  EXPECT_EQ(FIELD(p, auth_name), "U");
+  EXPECT_EQ(FIELD(p, auth_pwd), "P");
+  EXPECT_EQ(FIELD(p, subscribe_addr), "s");
+  EXPECT_EQ(FIELD(p, query_addr), "a");
+  EXPECT_EQ(FIELD(p, app_name), "APP");
+  EXPECT_EQ(FIELD(p, yybbh), "12");
+  EXPECT_EQ(FIELD(p, wtgy), "G");
+  EXPECT_EQ(FIELD(p, node), "ND");
+  EXPECT_EQ(FIELD(p, backup), "B");
+  EXPECT_EQ(FIELD(p, cert_file), "c.pem");
+  EXPECT_EQ(FIELD(p, cert_pwd), "cp");
+  EXPECT_EQ(FIELD(p, ca_file), "ca.pem");
+  EXPECT_EQ(FIELD(p, app_ver), "1.0");
+  EXPECT_EQ(FIELD(p, exchange), "SH");
+  EXPECT_EQ(info.system_type, 26);
+}
+
+TEST(ConnProfile, ValuesAreCutToTheFieldWidthWithoutTerminator) {
+  std::string name33(33, 'n'), backup25(25, 'b'), yybbh16(16, '7');
+  UseIni("[K]\nName=" + name33 + "\nAuthname=U\nbackup=" + backup25 + "\nyybbh=" + yybbh16 +
+         "\nexchange=SHAX\n");
+  molra::ConnProfile p = Read("K");
+  EXPECT_EQ(std::string(p.name, 33), name33);  // full: no NUL inside the field
+  EXPECT_EQ(std::string(p.backup, 20), std::string(20, 'b'));
+  EXPECT_EQ(std::string(p.yybbh, 16), yybbh16);
+  EXPECT_EQ(std::string(p.exchange, 3), "SHA");
+  EXPECT_EQ(p.use3rd, true);  // the field after exchange is untouched by the cut
+}
+
+TEST(ConnProfile, BooleansFollowTheIniRulesWithTheirOwnDefaults) {
+  UseIni(
+      "[A]\nuse3rd=off\nusetraders=1\ncancelkelresub=Yes\n"
+      "[B]\nuse3rd=of\nusetraders=x\ncancelkelresub=on\n"
+      "[C]\nuse3rd=x\nusetraders=ON\ncancelkelresub=0\n");
+  molra::ConnProfile a = Read("A"), b = Read("B"), c = Read("C");
+  EXPECT_FALSE(a.use3rd);
+  EXPECT_TRUE(a.use_traders);
+  EXPECT_TRUE(a.cancel_resub);
+  EXPECT_FALSE(b.use3rd);
+  EXPECT_FALSE(b.use_traders);  // unrecognised: default false
+  EXPECT_TRUE(b.cancel_resub);
+  EXPECT_TRUE(c.use3rd);  // unrecognised: default true
+  EXPECT_TRUE(c.use_traders);
+  EXPECT_FALSE(c.cancel_resub);
+}
+
+TEST(ConnProfile, ConnWithUaIsOnlyTheWordTrue) {
+  UseIni(
+      "[T1]\nConnWithUA=TRUE\n[T2]\nConnWithUA=true\n[F1]\nConnWithUA=yes\n[F2]\nConnWithUA=1\n"
+      "[F3]\nConnWithUA=on\n[F4]\nConnWithUA=truee\n[F5]\nConnWithUA=\n");
+  for (const char* s : {"T1", "T2"}) {
+    molra::ConnSectionInfo info;
+    Read(s, &info);
+    EXPECT_TRUE(info.connect_with_ua) << s;
+  }
+  for (const char* s : {"F1", "F2", "F3", "F4", "F5", "missing"}) {
+    molra::ConnSectionInfo info;
+    Read(s, &info);
+    EXPECT_FALSE(info.connect_with_ua) << s;
+  }
+}
+
+TEST(ConnProfile, SystemTypeBadNumbersGiveFour) {
+  UseIni("[A]\nSystemType=0x\n[B]\nSystemType=12abc\n[C]\nSystemType=7\n");
+  molra::ConnSectionInfo a, b, c;
+  Read("A", &a);
+  Read("B", &b);
+  Read("C", &c);
+  EXPECT_EQ(a.system_type, 4);
+  EXPECT_EQ(b.system_type, 4);
+  EXPECT_EQ(c.system_type, 7);
+}
+
+TEST(ConnProfile, MissingFileGivesDefaults) {
+  molra::Kit().SetProfilePath(MakeTempDir() + "/");
+  molra::ConnSectionInfo info;
+  molra::ConnProfile p = Read("K", &info);
+  EXPECT_EQ(FIELD(p, addr), "");
+  EXPECT_EQ(FIELD(p, yybbh), "0");
+  EXPECT_TRUE(p.use3rd);
+  EXPECT_TRUE(p.trade_addr_defaulted);
+  EXPECT_EQ(info.system_type, 4);
+}
+
+// ---- building a set: primary, backup, system types ----
+
+TEST(ConnSetBuild, ReadsBackupAndSetsEachPositiveSystemTypeAsTransportDefault) {
+  fake::Install();
+  UseIni("[K]\naddr=p\nbackup=BK\nSystemType=4\n[BK]\naddr=b\nSystemType=4\nConnWithUA=true\n");
+  KelComm::KelConn set("K", 0);
+  EXPECT_EQ(fake::Calls(), "Kel_SetDefaultSystemId(4)\nKel_SetDefaultSystemId(4)\n");
+  EXPECT_EQ(std::string(set.primary.addr), "p");
+  EXPECT_EQ(std::string(set.backup.addr), "b");
+  EXPECT_EQ(set.system_type, 4);
+  EXPECT_EQ(set.profiles_consistent, 1);
+  EXPECT_TRUE(set.connect_with_ua);  // from either section
+  EXPECT_EQ(set.active_profile, 0u);
+  EXPECT_EQ(set.ActiveProfile(), &set.primary);
+  EXPECT_EQ(set.key, "K");
+  EXPECT_EQ(set.kind, 0u);
+}
+
+TEST(ConnSetBuild, BackupWithAnotherSystemTypeMarksProfilesInconsistent) {
+  fake::Install();
+  UseIni("[K]\naddr=p\nbackup=BK\nSystemType=4\n[BK]\nSystemType=0\n");
+  KelComm::KelConn set("K", 0);
+  EXPECT_EQ(set.profiles_consistent, -1);
+  EXPECT_EQ(set.system_type, 0);                                  // the last section read
+  EXPECT_EQ(fake::Calls(), "Kel_SetDefaultSystemId(4)\n");  // 0 is not positive
+}
+
+TEST(ConnSetBuild, NoBackupLeavesBackupZeroedAndEmptyKeyReadsNothing) {
+  fake::Install();
+  UseIni("[K]\naddr=p\n");
+  KelComm::KelConn set("K", 0);
+  molra::ConnProfile zero{};
+  EXPECT_EQ(std::memcmp(&set.backup, &zero, sizeof zero), 0);
+  fake::ClearCalls();
+  KelComm::KelConn none("", 0);
+  EXPECT_EQ(none.system_type, -1);
+  EXPECT_EQ(none.profiles_consistent, 1);
+  EXPECT_EQ(none.ActiveProfile(), nullptr);
+  EXPECT_EQ(fake::Calls(), "");
+}
+
+TEST(ConnSetBuild, EditsToTheFileTakeEffectForTheNextSet) {
+  fake::Install();
+  std::string dir = MakeTempDir();
+  molra::Kit().SetProfilePath(dir + "/");
+  WriteFile(dir + "/molra.ini", "[K]\naddr=first\n");
+  KelComm::KelConn a("K", 0);
+  WriteFile(dir + "/molra.ini", "[K]\naddr=second\n");
+  KelComm::KelConn b("K", 0);
+  EXPECT_EQ(std::string(a.primary.addr), "first");
+  EXPECT_EQ(std::string(b.primary.addr), "second");
+}

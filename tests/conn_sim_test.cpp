@@ -1,0 +1,361 @@
+// The connection manager end to end: the kit started with SECMOLRA_Init on the simulated
+// transport, molra.ini in a temporary profile directory.
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <filesystem>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "api/last_error.h"
+#include "comm/conn_pool.h"
+#include "comm/timer.h"
+#include "conn_host_events.h"
+#include "secmolra.h"
+#include "support/sim_api.h"
+#include "support/test_support.h"
+
+using namespace molra::test;
+using KelComm::KelConn;
+
+namespace {
+
+const std::string kM = "127.0.0.1:9101", kT = "127.0.0.1:9102", kQ = "127.0.0.1:9103",
+                  kS = "127.0.0.1:9104";
+const std::string kFourAddrs = "[K]\nName=Main\nAuthname=u\nAuthpwd=p\naddr=" + kM +
+                               "\ntradeaddr=" + kT + "\nqueryaddr=" + kQ +
+                               "\nsubscribeaddr=" + kS + "\n";
+
+std::vector<hostevents::Event> HostEvents() {
+  SIM_FN(KelSim_WaitIdle)();
+  return hostevents::Recorded();
+}
+
+std::string N(kel::int64 v) { return std::to_string(v); }
+std::string N(const std::atomic<kel::int64>& v) { return N(v.load()); }
+
+class ConnSim : public ::testing::Test {
+ protected:
+  void Start(const std::string& ini) {
+    Sim::Get().Reset();
+    std::string dir = MakeTempDir();
+    WriteFile(dir + "/molra.ini", ini);
+    SECMOLRA_SetProfilePath((dir + "/").c_str());
+    SECMOLRA_SetLogPath(MakeTempDir().c_str());
+    ASSERT_TRUE(SECMOLRA_Init());
+    SECMOLRA_SetConnEventCallback(&hostevents::Record);
+    Sim::Get().ClearCallLog();
+  }
+  void TearDown() override { SECMOLRA_Exit(); }
+
+  std::shared_ptr<KelConn> Get(const char* khh = "1001", const char* key = "K") {
+    return molra::Pool()->GetConnection(khh, key);
+  }
+  static std::string Staged() { return molra::GetStagedError().message; }
+  static int Connections() { return SIM_FN(KelSim_ConnectionCount)(); }
+  static int OpenSessions() { return SIM_FN(KelSim_OpenSessions)(); }
+};
+
+// Lines of the call log that begin with one of the names.
+std::string CallsOf(std::initializer_list<const char*> names) {
+  std::string out, log = Sim::Get().CallLog();
+  std::size_t pos = 0;
+  while (pos < log.size()) {
+    std::size_t end = log.find('\n', pos);
+    std::string line = log.substr(pos, end - pos);
+    for (const char* n : names) {
+      if (line.rfind(std::string(n) + "(", 0) == 0) out += line + "\n";
+    }
+    pos = end + 1;
+  }
+  return out;
+}
+
+// The first argument of the nth call `name` in `log`.
+std::string FirstArg(const std::string& log, const std::string& name, int nth = 0) {
+  std::size_t pos = std::string::npos;
+  do {
+    pos = log.find(name + "(", pos == std::string::npos ? 0 : pos + 1);
+  } while (pos != std::string::npos && nth-- > 0);
+  if (pos == std::string::npos) return "?";
+  std::size_t start = pos + name.size() + 1;
+  return log.substr(start, log.find_first_of(",)", start) - start);
+}
+
+}  // namespace
+
+TEST_F(ConnSim, ConnectOpensFourConnectionsBindsTheCustomerAndRegistersEvents) {
+  Start(kFourAddrs);
+  auto set = Get();
+  ASSERT_NE(set, nullptr);
+  const std::string m = N(set->mgmt_handle), t = N(set->trade_handle),
+                    q = N(set->query_handle), s = N(set->subscribe_handle);
+  EXPECT_EQ(CallsOf({"Kel_SetDefaultSystemId", "Kel_SetParamEx", "Kel_SetAppInfo",
+                     "Kel_SetCertFile", "Kel_Connect", "Kel_SetCustomerForBindThread",
+                     "Kel_SetConnEvent"}),
+            "Kel_SetDefaultSystemId(4)\n"
+            "Kel_SetParamEx(kelapi-nozip,on)\nKel_SetParamEx(kelapi-nocrypt,on)\n"
+            "Kel_SetAppInfo(molra,)\n"
+            "Kel_Connect(" + kM + ",u,p,10)\n"
+            "Kel_Connect(" + kT + ",u,p,10)\nKel_SetCustomerForBindThread(" + t + ",1001)\n"
+            "Kel_Connect(" + kQ + ",u,p,10)\nKel_SetCustomerForBindThread(" + q + ",1001)\n"
+            "Kel_Connect(" + kS + ",u,p,10)\nKel_SetCustomerForBindThread(" + s + ",1001)\n"
+            "Kel_SetConnEvent(" + m + ",fn)\nKel_SetConnEvent(" + s + ",fn)\n"
+            "Kel_SetConnEvent(" + q + ",fn)\nKel_SetConnEvent(" + t + ",fn)\n");
+  EXPECT_EQ(set->trade_handle, SIM_FN(KelSim_ConnectionByAddr)(kT.c_str(), 0));
+  char bound[16] = {};
+  SIM_FN(KelSim_BoundCustomer)(set->subscribe_handle, bound, sizeof bound);
+  EXPECT_STREQ(bound, "1001");
+  EXPECT_EQ(Connections(), 4);
+}
+
+TEST_F(ConnSim, SectionWithOnlyAddrConnectsFourTimesToItWithoutBinding) {
+  Start("[K]\naddr=" + kM + "\n");
+  ASSERT_NE(Get(), nullptr);
+  EXPECT_EQ(CallsOf({"Kel_Connect", "Kel_SetCustomerForBindThread"}),
+            "Kel_Connect(" + kM + ",,,10)\nKel_Connect(" + kM + ",,,10)\nKel_Connect(" + kM +
+                ",,,10)\nKel_Connect(" + kM + ",,,10)\n");
+  EXPECT_NE(SIM_FN(KelSim_ConnectionByAddr)(kM.c_str(), 3), 0);
+}
+
+TEST_F(ConnSim, TradersModeBindsNobody) {
+  Start(kFourAddrs + "usetraders=1\n");
+  ASSERT_NE(Get(), nullptr);
+  EXPECT_EQ(CallsOf({"Kel_SetCustomerForBindThread"}), "");
+}
+
+TEST_F(ConnSim, CertificateIsSetBeforeConnecting) {
+  Start(kFourAddrs + "CertFile=client.pfx\nCertPwd=secret\n");
+  ASSERT_NE(Get(), nullptr);
+  EXPECT_EQ(CallsOf({"Kel_SetAppInfo", "Kel_SetCertFile"}),
+            "Kel_SetAppInfo(molra,)\nKel_SetCertFile(client.pfx,secret,,,1)\n");
+}
+
+TEST_F(ConnSim, BackupWithAnotherSystemTypeFailsEveryConnect) {
+  Start(kFourAddrs + "backup=BK\n[BK]\naddr=127.0.0.1:9201\nSystemType=3\n");
+  for (int i = 0; i < 2; ++i) {
+    EXPECT_EQ(Get(), nullptr);
+    EXPECT_EQ(Staged(), "主备连接系统类型不一致");
+  }
+  EXPECT_EQ(CallsOf({"Kel_Connect"}), "");
+  EXPECT_EQ(CallsOf({"Kel_SetDefaultSystemId"}),
+            "Kel_SetDefaultSystemId(4)\nKel_SetDefaultSystemId(3)\n"
+            "Kel_SetDefaultSystemId(4)\nKel_SetDefaultSystemId(3)\n");
+}
+
+TEST_F(ConnSim, ConnectFailuresNameTheTransportTextKeyAndAddress) {
+  Start("[K]\naddr=" + kM + "\ntradeaddr=10.9.9.9:1\n");
+  EXPECT_EQ(Get(), nullptr);
+  EXPECT_EQ(Staged(), "connect failed.connect to 10.9.9.9:1 refused[key:K,addr:10.9.9.9:1]\n");
+  EXPECT_EQ(molra::GetStagedError().code, 0);
+  EXPECT_EQ(Connections(), 0);  // the dropped set closed its management connection
+}
+
+TEST_F(ConnSim, FailedSetIsRetriedInFullByTheNextRequest) {
+  Start(kFourAddrs);
+  SIM_FN(KelSim_FailConnect)(kS.c_str(), 1);
+  EXPECT_EQ(Get(), nullptr);
+  EXPECT_EQ(Staged(), "connect failed.connect to " + kS + " timed out[key:K,addr:" + kS + "]\n");
+  EXPECT_EQ(Connections(), 0);
+  Sim::Get().ClearCallLog();
+  auto set = Get();
+  ASSERT_NE(set, nullptr);
+  EXPECT_EQ(CallsOf({"Kel_Connect"}), "Kel_Connect(" + kM + ",u,p,10)\nKel_Connect(" + kT +
+                                          ",u,p,10)\nKel_Connect(" + kQ + ",u,p,10)\nKel_Connect(" +
+                                          kS + ",u,p,10)\n");
+  EXPECT_EQ(Connections(), 4);
+}
+
+TEST_F(ConnSim, BindFailureIsStaged) {
+  Start(kFourAddrs);
+  SIM_FN(KelSim_FailBind)(1);
+  EXPECT_EQ(Get(), nullptr);
+  EXPECT_EQ(Staged(), "conn bind customer failed[key:K,addr:" + kT + ",khh:1001]\n");
+}
+
+TEST_F(ConnSim, BrokenSetIsRefusedButKept) {
+  Start(kFourAddrs);
+  auto set = Get();
+  SIM_FN(KelSim_BreakConnection)(set->subscribe_handle, 5);
+  EXPECT_EQ(Get("1001", ""), nullptr);
+  EXPECT_EQ(Staged(), "交易、订阅连接已失效");
+  SIM_FN(KelSim_BreakConnection)(set->mgmt_handle, 5);
+  EXPECT_EQ(Get("1001", "K"), nullptr);
+  EXPECT_EQ(Staged(), "认证管理连接已失效");
+  SIM_FN(KelSim_RestoreConnection)(set->mgmt_handle);
+  SIM_FN(KelSim_RestoreConnection)(set->subscribe_handle);
+  SIM_FN(KelSim_WaitIdle)();
+  EXPECT_EQ(Get("1001", ""), set);
+  EXPECT_EQ(Get("1002", ""), nullptr);
+  EXPECT_EQ(Staged(), "客户未连接登录，无法获取连接");
+}
+
+TEST_F(ConnSim, TwoBreaksAndTwoRecoveriesReachTheHostTwice) {
+  Start(kFourAddrs);
+  auto set = Get();
+  Sim::Get().ClearCallLog();
+  SIM_FN(KelSim_BreakConnection)(set->trade_handle, 71);
+  SIM_FN(KelSim_BreakConnection)(set->subscribe_handle, 72);
+  SIM_FN(KelSim_RestoreConnection)(set->trade_handle);
+  SIM_FN(KelSim_RestoreConnection)(set->subscribe_handle);
+  auto events = HostEvents();
+  ASSERT_EQ(events.size(), 2u);
+  EXPECT_EQ(events[0].khh, "1001");
+  EXPECT_EQ(events[0].name, "Main");
+  EXPECT_EQ(events[0].event, 71);
+  EXPECT_EQ(events[0].reserved, 0);
+  EXPECT_EQ(events[1].event, 0);
+  EXPECT_EQ(set->broken_count.load(), 0);
+  // Each recovered connection was bound to the customer again.
+  EXPECT_EQ(CallsOf({"Kel_SetCustomerForBindThread"}),
+            "Kel_SetCustomerForBindThread(" + N(set->trade_handle) + ",1001)\n"
+            "Kel_SetCustomerForBindThread(" + N(set->subscribe_handle) + ",1001)\n");
+}
+
+TEST_F(ConnSim, RecoveryWithoutBreakIsSilentAndTheNextBreakToo) {
+  Start(kFourAddrs);
+  auto set = Get();
+  SIM_FN(KelSim_RaiseConnEvent)(set->query_handle, 0);
+  SIM_FN(KelSim_WaitIdle)();
+  EXPECT_EQ(set->broken_count.load(), -1);
+  SIM_FN(KelSim_BreakConnection)(set->trade_handle, 8);
+  SIM_FN(KelSim_WaitIdle)();
+  EXPECT_EQ(set->broken_count.load(), 0);
+  EXPECT_TRUE(HostEvents().empty());
+}
+
+TEST_F(ConnSim, SubscribeRecoveryCancelsThePrimarySubscriptionsWhenConfigured) {
+  Start(kFourAddrs + "cancelkelresub=1\n");
+  auto set = Get();
+  set->slots[0][KelConn::kConfirmSlot] = 41;
+  set->slots[0][KelConn::kReportSlot] = 43;
+  SIM_FN(KelSim_BreakConnection)(set->subscribe_handle, 3);
+  SIM_FN(KelSim_RestoreConnection)(set->subscribe_handle);
+  SIM_FN(KelSim_WaitIdle)();
+  std::string calls = CallsOf({"Kel_AllocateSession", "Kel_Unsubscribe", "Kel_ReleaseSession"});
+  const std::string sub = N(set->subscribe_handle);
+  const std::string session = FirstArg(calls, "Kel_Unsubscribe");
+  EXPECT_EQ(calls, "Kel_AllocateSession(" + sub + ")\nKel_Unsubscribe(" + session +
+                       ",41)\nKel_Unsubscribe(" + session + ",43)\nKel_ReleaseSession(" + session +
+                       ")\n");
+  EXPECT_EQ(OpenSessions(), 0);
+}
+
+TEST_F(ConnSim, SessionsOfEveryRoleAreReleasedAndConnectWithUaPrefixesSixCharacterCodes) {
+  Start(kFourAddrs + "ConnWithUA=true\n");
+  auto set = Get();
+  {
+    molra::KelSession m = molra::AllocManagementSession(*set);
+    molra::KelSession t = molra::AllocTradeSession(*set);
+    molra::KelSession q = molra::AllocQuerySession(*set);
+    molra::KelSession s = molra::AllocSubscribeSession(*set);
+    ASSERT_TRUE(m && t && q && s);
+    EXPECT_EQ(OpenSessions(), 4);
+    Sim::Get().ClearCallLog();
+    molra::CreateHead(t, "610301");
+    molra::CreateHead(t, "A000010");
+    EXPECT_EQ(CallsOf({"Kel_CreateHead"}), "Kel_CreateHead(" + N(t.handle()) + ",H610301)\n"
+                                           "Kel_CreateHead(" + N(t.handle()) + ",A000010)\n");
+  }
+  EXPECT_EQ(OpenSessions(), 0);
+  SIM_FN(KelSim_FailAllocSession)(1);
+  EXPECT_FALSE(molra::AllocTradeSession(*set));
+  EXPECT_EQ(Staged(), "发起会话失败");
+  SIM_FN(KelSim_BreakConnection)(set->query_handle, 2);
+  EXPECT_FALSE(molra::AllocQuerySession(*set));
+  EXPECT_EQ(Staged(), "未连接，无法发起会话");
+  EXPECT_EQ(OpenSessions(), 0);
+}
+
+TEST_F(ConnSim, LongAnswerTextsAreReadWhole) {
+  Start(kFourAddrs);
+  auto set = Get();
+  const std::string value(700, 'v'), message(5000, 'm');
+  SIM_FN(KelSim_SetKvAnswer)("ZZ0009", 1, message.c_str(), ("605=1001|9206=" + value).c_str());
+  molra::KelSession s = molra::AllocQuerySession(*set);
+  ASSERT_TRUE(molra::CreateHead(s, "ZZ0009"));
+  ASSERT_TRUE(kel::api.Kel_Run(s.handle()));
+  EXPECT_EQ(molra::GetItemString(s.handle(), 9206, 0), value);
+  EXPECT_EQ(molra::GetItemString(s.handle(), 605, -1), "1001");
+  EXPECT_EQ(molra::GetItemString(s.handle(), 4211, 0), "");
+  EXPECT_EQ(molra::GetErrorString(s.handle()), message);
+}
+
+TEST_F(ConnSim, EventsOnTransportThreadsWhileRequestsRun) {
+  Start(kFourAddrs);
+  auto set = Get();
+  std::atomic<bool> stop{false};
+  std::vector<std::thread> callers;
+  for (int i = 0; i < 2; ++i) {
+    callers.emplace_back([&] {
+      while (!stop) {
+        if (auto s = molra::Pool()->GetConnection("1001", "")) {
+          molra::KelSession q = molra::AllocQuerySession(*s);
+          molra::KelSession t = molra::AllocTradeSession(*s);
+        }
+      }
+    });
+  }
+  for (int i = 0; i < 30; ++i) {
+    SIM_FN(KelSim_BreakConnection)(set->trade_handle, 1 + i % 2);
+    SIM_FN(KelSim_BreakConnection)(set->query_handle, 9);
+    SIM_FN(KelSim_RestoreConnection)(set->query_handle);
+    SIM_FN(KelSim_RestoreConnection)(set->trade_handle);
+  }
+  SIM_FN(KelSim_WaitIdle)();
+  stop = true;
+  for (auto& t : callers) t.join();
+  EXPECT_EQ(set->broken_count.load(), 0);
+  EXPECT_EQ(OpenSessions(), 0);
+  auto events = HostEvents();
+  ASSERT_EQ(events.size(), 60u);  // one break and one recovery per outage
+  for (std::size_t i = 0; i < events.size(); ++i) {
+    EXPECT_EQ(events[i].event, i % 2 == 0 ? 1 + static_cast<int>(i / 2) % 2 : 0) << i;
+  }
+}
+
+TEST_F(ConnSim, ExitClosesSetsInOrderAndLeavesNoTimerThread) {
+  Start(kFourAddrs);
+  auto set = Get();
+  set->ActiveSlots()[KelConn::kConfirmSlot] = 51;
+  set->ActiveSlots()[KelConn::kReportSlot] = 53;
+  const std::string m = N(set->mgmt_handle), t = N(set->trade_handle),
+                    q = N(set->query_handle), s = N(set->subscribe_handle);
+  EXPECT_EQ(molra::TimerService::LiveThreads(), 1);
+  Sim::Get().ClearCallLog();
+  EXPECT_TRUE(SECMOLRA_Exit());
+  std::string log = CallsOf({"Kel_SetConnEvent", "Kel_Close", "Kel_AllocateSession",
+                             "Kel_Unsubscribe", "Kel_ReleaseSession", "Kel_Uninitialize"});
+  const std::string s1 = FirstArg(log, "Kel_Unsubscribe"), s2 = FirstArg(log, "Kel_Unsubscribe", 1);
+  EXPECT_EQ(log, "Kel_SetConnEvent(" + m + ",(null))\nKel_SetConnEvent(" + s +
+                     ",(null))\nKel_SetConnEvent(" + q + ",(null))\nKel_SetConnEvent(" + t +
+                     ",(null))\nKel_Close(" + m + ")\nKel_Close(" + t + ")\nKel_Close(" + q +
+                     ")\nKel_AllocateSession(" + s + ")\nKel_Unsubscribe(" + s1 +
+                     ",51)\nKel_ReleaseSession(" + s1 + ")\nKel_AllocateSession(" + s +
+                     ")\nKel_Unsubscribe(" + s2 + ",53)\nKel_ReleaseSession(" + s2 +
+                     ")\nKel_Close(" + s + ")\nKel_Uninitialize()\n");
+  EXPECT_EQ(molra::Pool(), nullptr);
+  EXPECT_EQ(molra::TimerService::LiveThreads(), 0);
+  EXPECT_EQ(Connections(), 0);
+  EXPECT_EQ(OpenSessions(), 0);
+}
+
+#if defined(__linux__)
+TEST_F(ConnSim, ExitLeavesNoThreadOfTheKitBehind) {
+  auto threads = [] {
+    int n = 0;
+    for (auto& e : std::filesystem::directory_iterator("/proc/self/task")) n += e.is_directory();
+    return n;
+  };
+  std::thread([] {}).join();  // runtimes that start a helper with the first thread do so now
+  Sim::Get().Reset();         // so does loading the transport
+  int before = threads();
+  Start(kFourAddrs);
+  ASSERT_NE(Get(), nullptr);
+  EXPECT_GT(threads(), before);
+  SECMOLRA_Exit();
+  EXPECT_EQ(threads(), before);
+}
+#endif

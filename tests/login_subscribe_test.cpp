@@ -1,0 +1,198 @@
+// The trade-message subscription that login starts: both delivery paths, the slot groups,
+// the "already subscribe" stops, the condition, and pushes reaching the message callback.
+#include <cstring>
+#include <mutex>
+#include <vector>
+
+#include "comm/conn_pool.h"
+#include "push/subscribe.h"
+#include "support/login_fixture.h"
+
+using namespace molra::test;
+
+namespace {
+
+struct Delivered {
+  std::string json;
+  int32_t type;
+};
+std::mutex g_mutex;
+std::vector<Delivered> g_delivered;
+
+void OnMsg(const char*, const char* json, int32_t type) {
+  std::lock_guard<std::mutex> lock(g_mutex);
+  g_delivered.push_back({json ? json : "", type});
+}
+
+std::shared_ptr<KelComm::KelConn> SetOf(const char* khh) { return molra::Pool()->GetConnection(khh, ""); }
+
+std::string SubscribeConn() {
+  return std::to_string(LOGIN_SIM_FN(KelSim_ConnectionByAddr)("127.0.0.1:9104", 0));
+}
+
+// The calls of one subscription on the subscribe connection, with session numbers removed.
+std::string SubscriptionCalls(const std::string& code, const char* handler) {
+  return "Kel_SetNodeId(S,1)\nKel_CreateHead(S," + code +
+         ")\nKel_SetSubsCondi(S,getstring(605)=='1001')\nKel_Subscribe(S," + handler +
+         ")\nKel_ReleaseSession(S)\n";
+}
+
+// Replaces the first argument of each call, a session number, with "S" (except `keep`).
+std::string MaskSessions(const std::string& log, const std::string& keep) {
+  std::string out;
+  std::size_t i = 0;
+  while (i < log.size()) {
+    std::size_t eol = log.find('\n', i);
+    std::string line = log.substr(i, eol == std::string::npos ? std::string::npos : eol - i);
+    i = eol == std::string::npos ? log.size() : eol + 1;
+    std::size_t open = line.find('(');
+    std::size_t end = open == std::string::npos ? open : line.find_first_not_of("0123456789", open + 1);
+    if (end != std::string::npos && end > open + 1 && line.substr(open + 1, end - open - 1) != keep) {
+      line.replace(open + 1, end - open - 1, "S");
+    }
+    out += line + "\n";
+  }
+  return out;
+}
+
+}  // namespace
+
+TEST_F(LoginTest, PerSubscriptionPathSubscribesBothKindsWithTheirHandlers) {
+  StartDefault();
+  ASSERT_GT(SECMOLRA_TradeLogin("T", "1001", "111111"), 0);
+  std::string sub = SubscribeConn();
+  std::string calls = MaskSessions(Sim::Get().CallLog(), sub);
+  std::string expected = "Kel_IsConnect(" + sub + ")\nKel_AllocateSession(" + sub + ")\n" +
+                         SubscriptionCalls("DM0003", "fn") + "Kel_IsConnect(" + sub +
+                         ")\nKel_AllocateSession(" + sub + ")\n" + SubscriptionCalls("DM0004", "fn");
+  EXPECT_NE(calls.find(expected), std::string::npos) << calls;
+  EXPECT_EQ(calls.find("Kel_RegGlobalStructPublishFunc"), std::string::npos);
+  kel::int64* slots = SetOf("1001")->ActiveSlots();
+  EXPECT_GE(slots[1], 1);
+  EXPECT_GE(slots[3], 1);
+  EXPECT_NE(slots[1], slots[3]);
+  EXPECT_EQ(LOGIN_SIM_FN(KelSim_SubscriptionCount)("1001"), 2);
+  std::string log = Log();
+  EXPECT_NE(log.find("SubscribeTradeMsg qr subscribe success"), std::string::npos);
+  EXPECT_NE(log.find("SubscribeTradeMsg cj subscribe success"), std::string::npos);
+}
+
+TEST_F(LoginTest, SecondLoginWithPerSubscriptionPushesIsAlreadySubscribed) {
+  StartDefault();
+  ASSERT_GT(SECMOLRA_TradeLogin("T", "1001", "111111"), 0);
+  ASSERT_GT(SECMOLRA_TradeLogin("T", "1001", "111111"), 0);
+  EXPECT_EQ(Count(Sim::Get().CallLog(), "Kel_Subscribe("), 2u);
+  EXPECT_EQ(LOGIN_SIM_FN(KelSim_SubscriptionCount)("1001"), 2);
+  std::string log = Log();
+  EXPECT_EQ(Count(log, "SubscribeTradeMsg qr already subscribe"), 1u);
+  EXPECT_EQ(Count(log, "cj already subscribe"), 0u);
+}
+
+TEST_F(LoginTest, StructuredPathRegistersTheGlobalHandlerAndSharesTheConfirmationSlot) {
+  StartDefault("StructPushMsg=1\n");
+  ASSERT_GT(SECMOLRA_TradeLogin("T", "1001", "111111"), 0);
+  std::string sub = SubscribeConn();
+  std::string calls = MaskSessions(Sim::Get().CallLog(), sub);
+  std::size_t reg = calls.find("Kel_RegGlobalStructPublishFunc(fn)\nKel_IsConnect(" + sub + ")");
+  ASSERT_NE(reg, std::string::npos) << calls;
+  EXPECT_NE(calls.find(SubscriptionCalls("DM0003", "(null)"), reg), std::string::npos) << calls;
+  EXPECT_NE(calls.find(SubscriptionCalls("DM0004", "(null)"), reg), std::string::npos) << calls;
+  kel::int64* slots = SetOf("1001")->ActiveSlots();
+  EXPECT_GE(slots[1], 1);
+  EXPECT_EQ(slots[3], 0);  // the match subscription went into the confirmation slot
+
+  Sim::Get().ClearCallLog();
+  ASSERT_GT(SECMOLRA_TradeLogin("T", "1001", "111111"), 0);
+  calls = Sim::Get().CallLog();
+  EXPECT_EQ(Count(calls, "Kel_RegGlobalStructPublishFunc(fn)"), 1u);  // before any check
+  EXPECT_EQ(Count(calls, "Kel_Subscribe("), 0u);
+  EXPECT_EQ(Count(Log(), "SubscribeTradeMsg qr already subscribe"), 1u);
+}
+
+TEST_F(LoginTest, ConfiguredPushCodesAreSubscribed) {
+  StartDefault("ConfirmMsgFunc=QR0101\nReportMsgFunc=CJ0202\n");
+  ASSERT_GT(SECMOLRA_TradeLogin("T", "1001", "111111"), 0);
+  std::string calls = MaskSessions(Sim::Get().CallLog(), "");
+  EXPECT_NE(calls.find(SubscriptionCalls("QR0101", "fn")), std::string::npos) << calls;
+  EXPECT_NE(calls.find(SubscriptionCalls("CJ0202", "fn")), std::string::npos) << calls;
+}
+
+TEST_F(LoginTest, PushesReachTheMessageCallbackThroughTheSubscriptionHandler) {
+  StartDefault();
+  SECMOLRA_SetMsgCallback(&OnMsg);
+  ASSERT_GT(SECMOLRA_TradeLogin("T", "1001", "111111"), 0);
+  char record[402] = {};
+  std::memcpy(record, "1001", 4);
+  LOGIN_SIM_FN(KelSim_PushRecord)("1001", 0, record, sizeof record);
+  LOGIN_SIM_FN(KelSim_PushRecord)("1002", 1, record, sizeof record);  // someone else's
+  LOGIN_SIM_FN(KelSim_WaitIdle)();
+  std::lock_guard<std::mutex> lock(g_mutex);
+  ASSERT_EQ(g_delivered.size(), 1u);
+  EXPECT_EQ(g_delivered[0].type, 8);
+  EXPECT_NE(g_delivered[0].json.find("1001"), std::string::npos) << g_delivered[0].json;
+}
+
+TEST_F(LoginTest, StructuredPushesReachTheMessageCallbackThroughTheGlobalHandler) {
+  StartDefault("StructPushMsg=on\n");
+  SECMOLRA_SetMsgCallback(&OnMsg);
+  ASSERT_GT(SECMOLRA_TradeLogin("T", "1001", "111111"), 0);
+  char record[415] = {};
+  std::memcpy(record + 13, "1001", 4);
+  LOGIN_SIM_FN(KelSim_PushRecord)("1001", 0, record, sizeof record);
+  LOGIN_SIM_FN(KelSim_WaitIdle)();
+  std::lock_guard<std::mutex> lock(g_mutex);
+  ASSERT_FALSE(g_delivered.empty());
+  EXPECT_EQ(g_delivered[0].type, 8);
+}
+
+TEST_F(LoginTest, MatchSlotAloneStopsTheSubscriptionWithItsOwnLine) {
+  StartDefault();
+  ASSERT_GT(SECMOLRA_TradeLogin("T", "1001", "111111"), 0);
+  auto conn = SetOf("1001");
+  conn->ActiveSlots()[1] = 0;
+  Sim::Get().ClearCallLog();
+  molra::SubscribeTradeMsg("1001", conn);
+  EXPECT_EQ(Sim::Get().CallLog(), "");
+  EXPECT_EQ(Count(Log(), "SubscribeTradeMsg cj already subscribe"), 1u);
+}
+
+TEST_F(LoginTest, FailedSessionLogsTheFailureAndTheOtherKindStillSubscribes) {
+  StartDefault();
+  ASSERT_GT(SECMOLRA_TradeLogin("T", "1001", "111111"), 0);
+  auto conn = SetOf("1001");
+  conn->ActiveSlots()[1] = 0;
+  conn->ActiveSlots()[3] = 0;
+  SECMOLRA_SetLastError(0, "", nullptr, nullptr);
+  LOGIN_SIM_FN(KelSim_FailAllocSession)(1);
+  molra::SubscribeTradeMsg("1001", conn);
+  EXPECT_EQ(conn->ActiveSlots()[1], 0);
+  EXPECT_GE(conn->ActiveSlots()[3], 1);
+  std::string log = Log();
+  EXPECT_EQ(Count(log, "SubscribeTradeMsg qr subscribe failed"), 1u);
+  EXPECT_EQ(Count(log, "SubscribeTradeMsg cj subscribe success"), 2u);
+  EXPECT_EQ(LastError(), 0);  // only logged
+  EXPECT_EQ(LOGIN_SIM_FN(KelSim_OpenSessions)(), 0);
+}
+
+TEST_F(LoginTest, SubscriptionUsesTheGroupOfTheActiveProfile) {
+  StartDefault();
+  ASSERT_GT(SECMOLRA_TradeLogin("T", "1001", "111111"), 0);
+  auto conn = SetOf("1001");
+  conn->active_profile = 1;
+  molra::SubscribeTradeMsg("1001", conn);
+  EXPECT_GE(conn->slots[1][1], 1);
+  EXPECT_GE(conn->slots[1][3], 1);
+  EXPECT_EQ(Count(Log(), "already subscribe"), 0u);
+  conn->active_profile = 0;
+}
+
+TEST_F(LoginTest, SubscriptionWithoutACustomerDoesNothing) {
+  StartDefault("StructPushMsg=1\n");
+  ASSERT_GT(SECMOLRA_TradeLogin("T", "1001", "111111"), 0);
+  auto conn = SetOf("1001");
+  Sim::Get().ClearCallLog();
+  molra::SubscribeTradeMsg("", conn);
+  molra::SubscribeTradeMsg("1001", nullptr);
+  EXPECT_EQ(Sim::Get().CallLog(),
+            "Kel_RegGlobalStructPublishFunc(fn)\nKel_RegGlobalStructPublishFunc(fn)\n");
+}
