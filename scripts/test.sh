@@ -5,7 +5,7 @@
 # A suite is a function suite_NAME that builds what it needs and runs its tests.
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
-SUITES=(linux windows)
+SUITES=(linux python windows)
 
 # run_ctest DIR [retry]: runs DIR's tests, keeps the whole output in DIR/ctest.log and shows
 # ctest's summary, or everything when a test failed. With "retry", tests that failed are run
@@ -45,6 +45,13 @@ suite_linux() {
     only_kit_names libsecmolra.so || return 1
   say "linux: ctest"
   timed "linux test" run_ctest "$OUT/linux"
+}
+
+# --- Python: the package's tests against the Linux build (the demo and examples included) ---
+suite_python() {
+  [ -f "$OUT/linux/src/libsecmolra.so" ] || { timed "linux build" build_linux || return 1; }
+  say "python: pytest"
+  timed "python test" "$ROOT/scripts/pytest.sh" "$OUT/linux"
 }
 
 # --- Windows: the MinGW-w64 cross build, its tests run under Wine -------------------------
