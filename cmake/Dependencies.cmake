@@ -1,26 +1,41 @@
-# Dependencies come from Debian's packages. The kit uses spdlog and fmt header-only on every
-# platform, so their symbols stay inside the kit and a host's own spdlog cannot collide with
-# the "MOLRA" logger. For the MinGW build the headers are reached through a folder of links,
-# so that the cross compiler never sees the rest of /usr/include.
-add_library(molra_deps INTERFACE)
+# Dependencies come from Debian's packages. The kit compiles spdlog and fmt into itself (fmt
+# header-only, spdlog's bodies once in molra_spdlog), so their symbols stay inside the kit
+# and a host's own spdlog cannot collide with the "MOLRA" logger. For the MinGW build the
+# headers are reached through a folder of links, so that the cross compiler never sees the
+# rest of /usr/include.
+find_package(Threads REQUIRED)
+add_library(molra_dep_headers INTERFACE)
 
 if(CMAKE_CROSSCOMPILING)
   set(MOLRA_XINC ${CMAKE_BINARY_DIR}/xinc)
   file(MAKE_DIRECTORY ${MOLRA_XINC})
   foreach(dep spdlog fmt rapidjson SimpleIni.h)
+    if(NOT EXISTS /usr/include/${dep})
+      message(FATAL_ERROR "/usr/include/${dep} is missing: install libspdlog-dev libfmt-dev rapidjson-dev libsimpleini-dev")
+    endif()
     if(NOT EXISTS ${MOLRA_XINC}/${dep})
       file(CREATE_LINK /usr/include/${dep} ${MOLRA_XINC}/${dep} SYMBOLIC)
     endif()
   endforeach()
-  target_include_directories(molra_deps SYSTEM INTERFACE ${MOLRA_XINC})
-  target_compile_definitions(molra_deps INTERFACE SPDLOG_HEADER_ONLY FMT_HEADER_ONLY)
+  target_include_directories(molra_dep_headers SYSTEM INTERFACE ${MOLRA_XINC})
+  target_compile_definitions(molra_dep_headers INTERFACE FMT_HEADER_ONLY SPDLOG_FMT_EXTERNAL)
 else()
   find_package(fmt REQUIRED)
   find_package(spdlog REQUIRED)
   find_package(RapidJSON REQUIRED)
   find_path(SIMPLEINI_INCLUDE_DIR SimpleIni.h REQUIRED)
-  target_link_libraries(molra_deps INTERFACE spdlog::spdlog_header_only fmt::fmt-header-only)
-  target_include_directories(molra_deps SYSTEM INTERFACE ${RapidJSON_INCLUDE_DIRS} ${RAPIDJSON_INCLUDE_DIRS}
-                                                         ${SIMPLEINI_INCLUDE_DIR})
+  target_link_libraries(molra_dep_headers INTERFACE fmt::fmt-header-only)
+  target_include_directories(molra_dep_headers SYSTEM INTERFACE
+    $<TARGET_PROPERTY:spdlog::spdlog_header_only,INTERFACE_INCLUDE_DIRECTORIES>
+    ${RapidJSON_INCLUDE_DIRS} ${RAPIDJSON_INCLUDE_DIRS} ${SIMPLEINI_INCLUDE_DIR})
+  target_compile_definitions(molra_dep_headers INTERFACE SPDLOG_FMT_EXTERNAL)
 endif()
-target_compile_definitions(molra_deps INTERFACE RAPIDJSON_HAS_STDSTRING=1)
+# Header-only spdlog costs every file that logs several seconds of compiling; its bodies are
+# compiled once instead (cmake/spdlog_compiled.cpp).
+target_compile_definitions(molra_dep_headers INTERFACE SPDLOG_COMPILED_LIB RAPIDJSON_HAS_STDSTRING=1)
+
+add_library(molra_spdlog STATIC ${CMAKE_CURRENT_LIST_DIR}/spdlog_compiled.cpp)
+target_link_libraries(molra_spdlog PUBLIC molra_dep_headers Threads::Threads)
+
+add_library(molra_deps INTERFACE)
+target_link_libraries(molra_deps INTERFACE molra_spdlog)

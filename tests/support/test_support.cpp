@@ -19,8 +19,14 @@ namespace fs = std::filesystem;
 namespace molra::test {
 
 std::string BuildDir() {
-  const char* d = std::getenv("MOLRA_BUILD_DIR");
-  return d ? d : fs::current_path().string();
+  // Fixed at the first call (main, started in the build directory), so later changes of the
+  // working directory do not move it. The Windows build under Wine gets no MOLRA_BUILD_DIR:
+  // the emulator's working directory is the build directory in the program's own terms.
+  static const std::string dir = [] {
+    const char* d = std::getenv("MOLRA_BUILD_DIR");
+    return d && *d ? std::string(d) : fs::current_path().string();
+  }();
+  return dir;
 }
 
 std::string MakeTempDir() {

@@ -7,7 +7,8 @@
 
 namespace molra::test {
 
-// The build directory (where kelapi50.dll is); tests start there.
+// The build directory (where kelapi50.dll is): MOLRA_BUILD_DIR, else the directory the test
+// program started in. Tests start there.
 std::string BuildDir();
 
 // A fresh empty directory under the system's temporary directory.

@@ -1,0 +1,69 @@
+# Shared by scripts/demo.sh and scripts/test.sh (sourced, not run): the packages the project
+# needs, their installation on Debian 12, and the builds.
+set -euo pipefail
+
+ROOT=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+OUT=${MOLRA_OUT:-$ROOT/out}          # every build of the scripts lives under out/
+JOBS=${MOLRA_JOBS:-2}
+export DEBIAN_FRONTEND=noninteractive
+
+# The Linux build: compiler, build tools and the libraries the kit and its tests use.
+LINUX_PACKAGES=(cmake ninja-build g++ libspdlog-dev libfmt-dev rapidjson-dev libsimpleini-dev
+                libgtest-dev libbenchmark-dev)
+# Everything the test suites use besides: the Windows cross build and Wine, pytest, and
+# clang with its runtime libraries for the sanitizer and fuzzing builds.
+TEST_PACKAGES=("${LINUX_PACKAGES[@]}" g++-mingw-w64-x86-64-posix wine64 python3-pytest clang
+               libclang-rt-14-dev)
+
+say() { printf '\n==> %s\n' "$*"; }
+die() { printf 'error: %s\n' "$*" >&2; exit 1; }
+
+installed() { dpkg -s "$1" 2>/dev/null | grep -q '^Status: install ok installed'; }
+
+# Installs the packages that are not installed yet (apt-get update once, before installing).
+ensure_packages() {
+  local missing=() p
+  for p in "$@"; do installed "$p" || missing+=("$p"); done
+  [ ${#missing[@]} -eq 0 ] && return 0
+  say "installing ${missing[*]}"
+  local sudo=()
+  if [ "$(id -u)" -ne 0 ]; then
+    command -v sudo >/dev/null || die "not root and no sudo: install ${missing[*]}"
+    sudo=(sudo -n)
+  fi
+  "${sudo[@]}" apt-get update -q
+  "${sudo[@]}" apt-get install -y -q --no-install-recommends "${missing[@]}"
+}
+
+# Phase timings, printed by print_timings.
+TIMINGS=()
+timed() {
+  local label=$1 start=$SECONDS rc=0
+  shift
+  "$@" || rc=$?
+  TIMINGS+=("$(printf '%-28s %5ss%s' "$label" $((SECONDS - start)) "$([ $rc -eq 0 ] || echo '  FAILED')")")
+  return $rc
+}
+print_timings() {
+  say "timings"
+  printf '  %s\n' "${TIMINGS[@]}"
+}
+
+# configure_and_build DIR [cmake arguments...]: configures and builds everything in DIR; the
+# tools' output goes to DIR/configure.log and DIR/build.log and is shown when a step fails.
+configure_and_build() {
+  local dir=$1
+  shift
+  mkdir -p "$dir"
+  cmake -S "$ROOT" -B "$dir" -G Ninja "$@" >"$dir/configure.log" 2>&1 || {
+    cat "$dir/configure.log"
+    return 1
+  }
+  cmake --build "$dir" -j "$JOBS" >"$dir/build.log" 2>&1 || {
+    grep -v '^\[[0-9]*/[0-9]*\] ' "$dir/build.log" | tail -n 200
+    return 1
+  }
+  grep -i 'warning:' "$dir/build.log" | sort -u | head -n 20 || true
+}
+
+build_linux() { configure_and_build "$OUT/linux" -DCMAKE_BUILD_TYPE=RelWithDebInfo; }

@@ -1,0 +1,112 @@
+#!/usr/bin/env bash
+# Builds everything and runs every test suite; exits non-zero when any suite fails.
+#   bash scripts/test.sh            all suites
+#   bash scripts/test.sh windows    only the named suites
+# A suite is a function suite_NAME that builds what it needs and runs its tests.
+source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
+
+SUITES=(linux windows)
+
+# run_ctest DIR: runs DIR's tests, keeps the whole output in DIR/ctest.log and shows
+# ctest's summary, or everything when a test failed.
+run_ctest() {
+  local dir=$1 rc=0
+  (cd "$dir" && ctest -j "$JOBS" --output-on-failure --no-tests=error) >"$dir/ctest.log" 2>&1 || rc=$?
+  if [ $rc -ne 0 ]; then
+    cat "$dir/ctest.log"
+  else
+    sed -n '/tests passed/,$p' "$dir/ctest.log"
+  fi
+  return $rc
+}
+
+suite_linux() {
+  say "linux: build ($OUT/linux, RelWithDebInfo)"
+  timed "linux build" build_linux || return 1
+  say "linux: ctest"
+  timed "linux test" run_ctest "$OUT/linux"
+}
+
+# --- Windows: the MinGW-w64 cross build, its tests run under Wine -------------------------
+# Every test case still runs in a Windows process of its own; what makes that cheap is one
+# wineserver kept alive for the whole run (a Wine process then starts in about 0.15 s instead
+# of several seconds). The Wine prefix belongs to the build directory, so the wineserver
+# ended afterwards is ours alone.
+WINE_BIN=/usr/lib/wine
+start_wine() {
+  export WINEPREFIX="$OUT/windows/wineprefix" WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml="
+  unset DISPLAY
+  if [ ! -f "$WINEPREFIX/system.reg" ]; then
+    # wineboot fails on the 32-bit parts that wine64 lacks; the 64-bit prefix is complete.
+    "$WINE_BIN/wine64" wineboot --init >"$OUT/windows/wineboot.log" 2>&1 || true
+    [ -f "$WINEPREFIX/system.reg" ] || { cat "$OUT/windows/wineboot.log"; return 1; }
+  fi
+  # A server left from wineboot or an interrupted run would refuse -p: end it first.
+  "$WINE_BIN/wineserver" -k 2>/dev/null || true
+  "$WINE_BIN/wineserver" -w
+  "$WINE_BIN/wineserver" -p
+  # The first program started brings up Wine's own services, which live on with the server.
+  # Start them here with neutral output: started from a test, they would hold ctest's output
+  # pipe open until the server ends.
+  "$WINE_BIN/wine64" cmd /c exit </dev/null >/dev/null 2>&1
+}
+stop_wine() {
+  [ -n "${WINEPREFIX:-}" ] || return 0
+  "$WINE_BIN/wineserver" -k 2>/dev/null || true
+  "$WINE_BIN/wineserver" -w 2>/dev/null || true
+  unset WINEPREFIX
+}
+
+build_windows() {
+  configure_and_build "$OUT/windows" -DCMAKE_BUILD_TYPE=Release \
+    -DCMAKE_TOOLCHAIN_FILE="$ROOT/cmake/mingw-w64.cmake"
+}
+
+# Only SECMOLRA_/PYSECMOLRA_ names leave the kit; the transport exports its two C++ entry
+# points under their Microsoft-decorated names.
+check_windows_exports() {
+  local objdump=x86_64-w64-mingw32-objdump bad
+  exports() { "$objdump" -p "$1" | sed -n '/\[Ordinal\/Name Pointer\] Table/,/^$/p' | awk 'NR>1 && NF {print $NF}'; }
+  bad=$(exports "$OUT/windows/src/secmolra.dll" | grep -Ev '^(PY)?SECMOLRA_' || true)
+  [ -z "$bad" ] || { echo "secmolra.dll exports more than its interface: $bad"; return 1; }
+  for name in '?Kel_GetReqBody@@YA_N_JAEAPEADAEAH@Z' '?Kel_SetWriteData@@YA_N_JPEBDH@Z'; do
+    exports "$OUT/windows/kelapi50.dll" | grep -qxF "$name" || { echo "kelapi50.dll lacks $name"; return 1; }
+  done
+  echo "exports: secmolra.dll $(exports "$OUT/windows/src/secmolra.dll" | wc -l) SECMOLRA_ names;" \
+       "kelapi50.dll $(exports "$OUT/windows/kelapi50.dll" | wc -l) names incl. the decorated two"
+}
+
+suite_windows() {
+  local rc=0
+  say "windows: build ($OUT/windows, MinGW-w64, Release)"
+  timed "windows build" build_windows || return 1
+  check_windows_exports || return 1
+  say "windows: ctest under Wine"
+  timed "wine start" start_wine || return 1
+  timed "windows test (wine)" run_ctest "$OUT/windows" || rc=$?
+  stop_wine
+  return $rc
+}
+
+# --- driver --------------------------------------------------------------------------------
+main() {
+  local suites=("$@") failed=() s
+  [ ${#suites[@]} -gt 0 ] || suites=("${SUITES[@]}")
+  for s in "${suites[@]}"; do
+    declare -F "suite_$s" >/dev/null || die "no suite '$s' (suites: ${SUITES[*]})"
+  done
+  timed "packages" ensure_packages "${TEST_PACKAGES[@]}"
+  trap stop_wine EXIT
+  trap 'exit 130' INT TERM
+  for s in "${suites[@]}"; do
+    "suite_$s" || failed+=("$s")
+  done
+  print_timings
+  if [ ${#failed[@]} -gt 0 ]; then
+    say "FAILED suites: ${failed[*]}"
+    return 1
+  fi
+  say "all suites passed: ${suites[*]}"
+}
+
+main "$@"
