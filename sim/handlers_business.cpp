@@ -28,10 +28,11 @@ constexpr BlockBusiness kBusinesses[] = {
     {19131, blk::kEntrustKfsbdbh, blk::kEntrustAnswer, blk::kAnsDjzj},
 };
 
-void KvOrderAnswer(HandlerCtx& c, const PlaceResult& r) {
+void KvOrderAnswer(HandlerCtx& c, const Customer& cu, const PlaceResult& r) {
   c.ans.Fail(r.code, r.msg);
   if (r.code <= 0) return;
   Row& row = c.ans.AddRow();
+  Put(row, fid::KHH, cu.cfg.khh);  // key/value answers name their customer
   Put(row, fid::WTH, r.wth);
   PutMoney(row, fid::DJZJ, r.djzj);
   Put(row, fid::WTSJ, r.wtsj);
@@ -85,7 +86,7 @@ void HandleKvBusiness(HandlerCtx& c) {
   in.kfsbdbh = c.req.Text(fid::KFSBDBH);
   in.side = Side::None;
   in.matchable = false;
-  KvOrderAnswer(c, PlaceOrder(c.be, *cu, in));
+  KvOrderAnswer(c, *cu, PlaceOrder(c.be, *cu, in));
 }
 
 void HandleKvWithdraw(HandlerCtx& c) {
@@ -97,6 +98,7 @@ void HandleKvWithdraw(HandlerCtx& c) {
   c.ans.Fail(r.code, r.msg);
   if (r.code <= 0) return;
   Row& row = c.ans.AddRow();
+  Put(row, fid::KHH, cu->cfg.khh);
   Put(row, fid::WTH, r.wth);
   Put(row, fid::SBJG, r.sbjg);
   Put(row, fid::CDSL, r.cdsl);

@@ -167,6 +167,7 @@ TEST_F(PushSim, IssuanceReplyReadsTheAnswerFields) {
   rapidjson::Document d = Parse(got[0].json);
   EXPECT_EQ(d["JYLX"].GetInt(), 37);
   EXPECT_EQ(d["KFSBDBH"].GetInt64(), 99);
+  EXPECT_STREQ(d["KHH"].GetString(), "1001");
   EXPECT_GT(d["WTH"].GetInt64(), 0);
   EXPECT_TRUE(d.HasMember("DJZJ"));
   EXPECT_EQ(d["RETCODE"].GetInt(), 1);
