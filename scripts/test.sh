@@ -7,12 +7,23 @@ source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
 SUITES=(linux asan tsan fuzz windows)
 
-# run_ctest DIR [ctest arguments...]: runs DIR's tests, keeps the whole output in DIR/ctest.log and shows
-# ctest's summary, or everything when a test failed.
+# run_ctest DIR [retry]: runs DIR's tests, keeps the whole output in DIR/ctest.log and shows
+# ctest's summary, or everything when a test failed. With "retry", tests that failed are run
+# once more, and if they pass then, they are named as flaky and the suite passes. CTEST_ARGS
+# adds ctest arguments (for example a label: "-L concurrency").
 run_ctest() {
-  local dir=$1 rc=0
-  shift
-  (cd "$dir" && ctest -j "$JOBS" --output-on-failure --no-tests=error "$@") >"$dir/ctest.log" 2>&1 || rc=$?
+  local dir=$1 retry=${2:-} rc=0
+  (cd "$dir" && ctest -j "$JOBS" --output-on-failure --no-tests=error ${CTEST_ARGS:-}) >"$dir/ctest.log" 2>&1 || rc=$?
+  if [ $rc -ne 0 ] && [ "$retry" = retry ] && grep -q '^The following tests FAILED:' "$dir/ctest.log"; then
+    if (cd "$dir" && ctest --rerun-failed --output-on-failure) >"$dir/ctest-retry.log" 2>&1; then
+      sed -n '/tests passed/,$p' "$dir/ctest.log"
+      echo "FLAKY: the tests above failed once and passed when run again; first output in $dir/ctest.log:"
+      awk '/\*\*\*/ {show = 1; print; next} /^ *[0-9]+\/[0-9]+ Test|tests passed/ {show = 0} show' \
+        "$dir/ctest.log" | head -n 120
+      return 0
+    fi
+    cat "$dir/ctest-retry.log" >>"$dir/ctest.log"
+  fi
   if [ $rc -ne 0 ]; then
     cat "$dir/ctest.log"
   else
@@ -21,9 +32,18 @@ run_ctest() {
   return $rc
 }
 
+# only_kit_names FILE: the exported names on stdin must all be SECMOLRA_/PYSECMOLRA_ ones.
+only_kit_names() {
+  local bad
+  bad=$(grep -Ev '^(PY)?SECMOLRA_' || true)
+  [ -z "$bad" ] || { printf '%s exports more than its interface:\n%s\n' "$1" "$bad" | head -n 20; return 1; }
+}
+
 suite_linux() {
   say "linux: build ($OUT/linux, RelWithDebInfo)"
   timed "linux build" build_linux || return 1
+  nm -D --defined-only "$OUT/linux/src/libsecmolra.so" | awk '{print $3}' |
+    only_kit_names libsecmolra.so || return 1
   say "linux: ctest"
   timed "linux test" run_ctest "$OUT/linux"
 }
@@ -51,7 +71,7 @@ suite_tsan() {
   say "tsan: build ($OUT/tsan, concurrency tests only)"
   timed "tsan build" build_tsan || return 1
   say "tsan: ctest -L concurrency"
-  timed "tsan test" run_ctest "$OUT/tsan" -L concurrency
+  CTEST_ARGS="-L concurrency" timed "tsan test" run_ctest "$OUT/tsan"
 }
 
 # Every libFuzzer target for MOLRA_FUZZ_SECONDS (default 20) on its seed corpus.
@@ -77,7 +97,9 @@ start_wine() {
   unset DISPLAY
   if [ ! -f "$WINEPREFIX/system.reg" ]; then
     # wineboot fails on the 32-bit parts that wine64 lacks; the 64-bit prefix is complete.
+    # The registry files appear when the server ends.
     "$WINE_BIN/wine64" wineboot --init >"$OUT/windows/wineboot.log" 2>&1 || true
+    "$WINE_BIN/wineserver" -w
     [ -f "$WINEPREFIX/system.reg" ] || { cat "$OUT/windows/wineboot.log"; return 1; }
   fi
   # A server left from wineboot or an interrupted run would refuse -p: end it first.
@@ -104,12 +126,13 @@ build_windows() {
 # Only SECMOLRA_/PYSECMOLRA_ names leave the kit; the transport exports its two C++ entry
 # points under their Microsoft-decorated names.
 check_windows_exports() {
-  local objdump=x86_64-w64-mingw32-objdump bad
-  exports() { "$objdump" -p "$1" | sed -n '/\[Ordinal\/Name Pointer\] Table/,/^$/p' | awk 'NR>1 && NF {print $NF}'; }
-  bad=$(exports "$OUT/windows/src/secmolra.dll" | grep -Ev '^(PY)?SECMOLRA_' || true)
-  [ -z "$bad" ] || { echo "secmolra.dll exports more than its interface: $bad"; return 1; }
+  exports() {
+    x86_64-w64-mingw32-objdump -p "$1" | sed -n '/\[Ordinal\/Name Pointer\] Table/,/^$/p' |
+      awk 'NR>1 && NF {print $NF}'
+  }
+  exports "$OUT/windows/src/secmolra.dll" | only_kit_names secmolra.dll || return 1
   for name in '?Kel_GetReqBody@@YA_N_JAEAPEADAEAH@Z' '?Kel_SetWriteData@@YA_N_JPEBDH@Z'; do
-    exports "$OUT/windows/kelapi50.dll" | grep -qxF "$name" || { echo "kelapi50.dll lacks $name"; return 1; }
+    exports "$OUT/windows/kelapi50.dll" | grep -xF "$name" >/dev/null || { echo "kelapi50.dll lacks $name"; return 1; }
   done
   echo "exports: secmolra.dll $(exports "$OUT/windows/src/secmolra.dll" | wc -l) SECMOLRA_ names;" \
        "kelapi50.dll $(exports "$OUT/windows/kelapi50.dll" | wc -l) names incl. the decorated two"
@@ -122,7 +145,9 @@ suite_windows() {
   check_windows_exports || return 1
   say "windows: ctest under Wine"
   timed "wine start" start_wine || return 1
-  timed "windows test (wine)" run_ctest "$OUT/windows" || rc=$?
+  # Wine itself very rarely fails a process (seen once in about a thousand runs: no output at
+  # all); such a test is run once more and reported as flaky.
+  timed "windows test (wine)" run_ctest "$OUT/windows" retry || rc=$?
   stop_wine
   return $rc
 }

@@ -14,15 +14,6 @@ std::mutex g_staged_mutex;
 ErrorRecord g_staged;
 }  // namespace
 
-void CopyField(char* dst, std::size_t width, const char* src) {
-  std::size_t n = 0;
-  if (src != nullptr) {
-    while (n < width && src[n] != '\0') ++n;
-    std::memcpy(dst, src, n);
-  }
-  std::memset(dst + n, 0, width - n);
-}
-
 void SetLastError(std::int64_t code, const std::string& msg, const char* func,
                   CusLoginInfo* account) {
   {

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstdint>
+#include <cstring>
 #include <string>
 
 #include "secmolra.h"
@@ -26,7 +27,15 @@ ErrorRecord GetStagedError();
 
 // Bounded copy into a fixed-width field: at most `width` bytes, the rest zero-filled, no
 // terminating NUL when the source is as long as the field or longer.
-void CopyField(char* dst, std::size_t width, const char* src);
+// Inline: the order path fills half a dozen short fields per request.
+inline void CopyField(char* dst, std::size_t width, const char* src) {
+  std::size_t n = 0;
+  if (src != nullptr) {
+    while (n < width && src[n] != '\0') ++n;
+    std::memcpy(dst, src, n);
+  }
+  std::memset(dst + n, 0, width - n);
+}
 template <std::size_t N>
 void CopyField(char (&dst)[N], const char* src) {
   CopyField(dst, N, src);

@@ -1,7 +1,7 @@
 // Batch entrust: up to 100 ordinary orders of one customer in one 19012 request, checked row
 // by row; the answer's order numbers and notes go back into the caller's rows.
 #include <algorithm>
-#include <cstdio>
+#include <charconv>
 #include <cstring>
 
 #include <fmt/format.h>
@@ -56,13 +56,49 @@ std::string RowProblem(const BatchOrderRow& r, std::size_t no) {
   return {};
 }
 
-// The row's 30 characters: exchange, code, category, price, quantity, order type.
+// Appends a value already checked to be in range (no sign) as printf's "%0<width>d" or
+// "%0<width>.<precision>f" writes it: zeros in front up to `width` characters.
+char* PutDigits(char* p, char* end, const char* digits, const char* digits_end, int width) {
+  const int len = static_cast<int>(digits_end - digits);
+  for (int i = len; i < width && p < end; ++i) *p++ = '0';
+  const int n = std::min(len, static_cast<int>(end - p));
+  std::memcpy(p, digits, static_cast<std::size_t>(n));
+  return p + n;
+}
+
+char* PutNumber(char* p, char* end, long long value, int width) {
+  char digits[24];
+  return PutDigits(p, end, digits, std::to_chars(digits, digits + sizeof digits, value).ptr, width);
+}
+
+char* PutFixed(char* p, char* end, double value, int width, int precision) {
+  char digits[48];
+  const char* last =
+      std::to_chars(digits, digits + sizeof digits, value, std::chars_format::fixed, precision).ptr;
+  return PutDigits(p, end, digits, last, width);
+}
+
+template <std::size_t N>
+char* PutText(char* p, char* end, const char (&field)[N]) {
+  const std::size_t n = std::min(TextLen(field), static_cast<std::size_t>(end - p));
+  std::memcpy(p, field, n);
+  return p + n;
+}
+
+// The row's 30 characters: exchange, code, category, price, quantity, order type, as
+// "%s%s%01d%09.3f%09lld%03d" writes them for a checked row. std::to_chars writes exactly
+// what printf writes (the price correctly rounded to 3 decimals), without parsing a format
+// for every row: a batch of 100 rows spent most of its time in snprintf.
 void PackRow(const BatchOrderRow& r, char* dst) {
   char text[64];
-  std::snprintf(text, sizeof text, "%s%s%01d%09.3f%09lld%03d", FieldText(r.Jys).c_str(),
-                FieldText(r.Zqdm).c_str(), static_cast<int>(r.Jylb), r.Wtjg,
-                static_cast<long long>(r.Wtsl), static_cast<int>(r.Ddlx));
-  std::memcpy(dst, text, std::min<std::size_t>(std::strlen(text), kBatchRowWidth));
+  char* const end = text + sizeof text;
+  char* p = PutText(text, end, r.Jys);
+  p = PutText(p, end, r.Zqdm);
+  p = PutNumber(p, end, r.Jylb, 1);
+  p = PutFixed(p, end, r.Wtjg, 9, 3);
+  p = PutNumber(p, end, r.Wtsl, 9);
+  p = PutNumber(p, end, r.Ddlx, 3);
+  std::memcpy(dst, text, std::min<std::size_t>(static_cast<std::size_t>(p - text), kBatchRowWidth));
 }
 
 // Copies a note of at most `width` bytes that stops at the first NUL and never reads past

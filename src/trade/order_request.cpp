@@ -26,6 +26,17 @@ T ReadAt(const char* answer, std::size_t offset) {
   return v;
 }
 
+// The longest answer, the batch entrust's, read on the stack.
+constexpr std::int32_t kMaxAnswer = 8192;
+static_assert(sizeof(BatchOrderAns) <= kMaxAnswer, "every answer fits");
+
+// The block head's function number from the family's code ("19001"); the codes are digits.
+std::int16_t FunctionNumber(const char* code) {
+  int n = 0;
+  for (const char* p = code; *p >= '0' && *p <= '9'; ++p) n = n * 10 + (*p - '0');
+  return static_cast<std::int16_t>(n);
+}
+
 std::string NumberText(std::int64_t number) {
   char text[32];
   std::snprintf(text, sizeof text, "%lld", static_cast<long long>(number));
@@ -36,8 +47,14 @@ std::string NumberText(std::int64_t number) {
 }  // namespace
 
 OrderRequest::OrderRequest(const OrderFamily& family, CusLoginInfo* record)
-    : family_(family), record_(record), block_(static_cast<std::size_t>(family.block_len), '\0'),
-      start_(std::chrono::steady_clock::now()) {}
+    : family_(family), record_(record), logger_(ActiveLogger()),
+      block_len_(std::min(static_cast<std::size_t>(family.block_len), kMaxBlock)) {
+  std::memset(block_, 0, block_len_);
+  if (logger_ != nullptr) {
+    line_.emplace();
+    start_ = std::chrono::steady_clock::now();
+  }
+}
 
 std::int64_t OrderRequest::Run() { return Execute(false, 0); }
 
@@ -76,7 +93,7 @@ std::int64_t OrderRequest::Execute(bool async, std::int64_t number) {
   } else {
     PutHead(token, khh);
     if (async) PutNumber(number);
-    kel::api.Kel_SetStructData(h, block_.data(), static_cast<kel::int32>(block_.size()));
+    kel::api.Kel_SetStructData(h, block_, static_cast<kel::int32>(block_len_));
   }
   LogLine(async ? number : 0);
 
@@ -91,7 +108,7 @@ std::int64_t OrderRequest::Execute(bool async, std::int64_t number) {
 
 void OrderRequest::PutHead(std::int64_t token, const std::string& khh) {
   OrderReqHead& head = Block<OrderReqHead>();
-  head.function = static_cast<std::int16_t>(std::atoi(family_.code));
+  head.function = FunctionNumber(family_.code);
   head.flag = kHeadFlag;
   head.token = token;
   head.code = 0;
@@ -101,22 +118,22 @@ void OrderRequest::PutHead(std::int64_t token, const std::string& khh) {
 
 void OrderRequest::PutNumber(std::int64_t number) {
   if (family_.number_at < 0) return;
-  CopyField(block_.data() + family_.number_at, kKfsbdbhWidth, NumberText(number).c_str());
+  CopyField(block_ + family_.number_at, kKfsbdbhWidth, NumberText(number).c_str());
 }
 
 void OrderRequest::LogLine(std::int64_t lsh) {
-  spdlog::logger* logger = ActiveLogger();
-  if (logger == nullptr || family_.log_format == nullptr) return;
+  if (logger_ == nullptr || family_.log_format == nullptr) return;
   auto cost = std::chrono::duration_cast<std::chrono::milliseconds>(
                   std::chrono::steady_clock::now() - start_)
                   .count();
-  log_args_.push_back(fmt::arg("fn", family_.name));
-  log_args_.push_back(fmt::arg("lsh", static_cast<long long>(lsh)));
-  log_args_.push_back(fmt::arg("cost", static_cast<long long>(cost)));
-  try {
-    logger->info(fmt::vformat(family_.log_format, log_args_));
-  } catch (const std::exception& e) {
-    logger->warn("{} log line: {}", family_.name, e.what());
+  line_->Add("fn", family_.name);
+  line_->Add("lsh", lsh);
+  line_->Add("cost", static_cast<long long>(cost));
+  fmt::memory_buffer text;
+  if (line_->Format(family_.log_format, text)) {
+    logger_->info(fmt::string_view(text.data(), text.size()));
+  } else {
+    logger_->warn("{} log line: a field of \"{}\" is missing", family_.name, family_.log_format);
   }
 }
 
@@ -132,17 +149,18 @@ std::int64_t OrderRequest::ReadBlockAnswer(kel::int64 session) {
     if (code > 0) code = -code;
     return Fail(code, GetErrorString(session));
   }
-  const std::int32_t capacity = family_.answer_len;
-  std::vector<char> answer(static_cast<std::size_t>(capacity), '\0');
+  alignas(8) char answer[kMaxAnswer];
+  const std::int32_t capacity = std::min(family_.answer_len, kMaxAnswer);
+  std::memset(answer, 0, static_cast<std::size_t>(capacity));
   kel::int32 len = capacity;
-  if (!kel::api.Kel_GetStructData(session, answer.data(), &len, -1)) len = 0;
+  if (!kel::api.Kel_GetStructData(session, answer, &len, -1)) len = 0;
   len = std::min(len, capacity);
 
   if (len < kAnswerHeadLen) return Fail(-205, kAnswerTooShort);
-  const AnswerHead& head = *reinterpret_cast<const AnswerHead*>(answer.data());
+  const AnswerHead& head = *reinterpret_cast<const AnswerHead*>(answer);
   if (head.code < family_.min_ok) return Fail(head.code, FieldText(head.message));
   if (len < family_.answer_len) return Fail(-205, family_.short_answer);
-  return Result(answer.data(), len);
+  return Result(answer, len);
 }
 
 std::int64_t OrderRequest::Result(const char* answer, std::int32_t len) {

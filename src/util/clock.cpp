@@ -1,6 +1,6 @@
 #include "util/clock.h"
 
-#include <cstdio>
+#include <cstring>
 
 #if defined(_WIN32)
 #include <windows.h>
@@ -35,9 +35,51 @@ LocalTime NowLocal() {
 }
 #endif
 
+namespace {
+
+void PutDigits(char* p, int value, int count) {
+  for (int i = count - 1; i >= 0; --i) {
+    p[i] = static_cast<char>('0' + value % 10);
+    value /= 10;
+  }
+}
+
+}  // namespace
+
+// Every push and reply carries a stamp: the local time of day is worked out once per
+// second and thread (localtime_r takes a process-wide lock and reads the zone rules), the
+// milliseconds each time. A change of zone offset falls on a whole second.
 void FormatLocalStamp(char* buf) {
+#if defined(_WIN32)
   LocalTime t = NowLocal();
-  std::snprintf(buf, 16, "%02d%02d%02d.%03d", t.hour, t.minute, t.second, t.millisecond);
+  const long long second = t.hour * 3600LL + t.minute * 60 + t.second;
+  const int millisecond = t.millisecond;
+#else
+  timeval tv;
+  gettimeofday(&tv, nullptr);
+  const long long second = tv.tv_sec;
+  const int millisecond = static_cast<int>(tv.tv_usec / 1000);
+#endif
+  thread_local long long cached_second = -1;
+  thread_local char hhmmss[6];
+  if (second != cached_second) {
+#if defined(_WIN32)
+    const int hour = t.hour, minute = t.minute, sec = t.second;
+#else
+    tm local;
+    time_t secs = tv.tv_sec;
+    localtime_r(&secs, &local);
+    const int hour = local.tm_hour, minute = local.tm_min, sec = local.tm_sec;
+#endif
+    PutDigits(hhmmss, hour, 2);
+    PutDigits(hhmmss + 2, minute, 2);
+    PutDigits(hhmmss + 4, sec, 2);
+    cached_second = second;
+  }
+  std::memcpy(buf, hhmmss, 6);
+  buf[6] = '.';
+  PutDigits(buf + 7, millisecond, 3);
+  buf[10] = '\0';
 }
 
 }  // namespace molra

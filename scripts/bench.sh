@@ -1,0 +1,44 @@
+#!/usr/bin/env bash
+# Builds the kit in Release with the benchmarks, runs them and prints one table: each path's
+# kit time beside its floor (the same transport calls, or the same JSON, done directly).
+#
+#   bash scripts/bench.sh            # table as text
+#   bash scripts/bench.sh --markdown # table as Markdown (docs/performance.md)
+#
+# Environment: MOLRA_BENCH_BUILD (build directory, default build-bench),
+# MOLRA_BENCH_REPETITIONS (default 5), MOLRA_BENCH_MIN_TIME (seconds per repetition, 0.3).
+set -euo pipefail
+
+root=$(cd "$(dirname "$0")/.." && pwd)
+build=${MOLRA_BENCH_BUILD:-$root/build-bench}
+reps=${MOLRA_BENCH_REPETITIONS:-5}
+min_time=${MOLRA_BENCH_MIN_TIME:-0.3}
+
+cmake -S "$root" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release -DMOLRA_BUILD_BENCH=ON \
+      -DMOLRA_BUILD_TESTS=OFF >/dev/null
+cmake --build "$build" -j2 --target molra_bench kelapi50 >&2
+
+out=$(mktemp -d /tmp/molra-bench-XXXXXX)
+trap 'rm -rf "$out"' EXIT
+cd "$build"  # the kit loads ./kelapi50.dll
+
+run() {  # name, filter, extra flags...
+  local name=$1 filter=$2
+  shift 2
+  echo "running $name" >&2
+  ./bench/molra_bench --benchmark_filter="$filter" --benchmark_out="$out/$name.json" \
+      --benchmark_out_format=json "$@" >&2
+}
+
+load_before=$(cut -d' ' -f1-3 /proc/loadavg)
+# Kit and floor repetitions interleaved at random, so that a change of load hits both.
+run times '-^memory:' --benchmark_repetitions="$reps" --benchmark_min_time="$min_time" \
+    --benchmark_report_aggregates_only=true --benchmark_enable_random_interleaving=true
+# Memory in processes of their own: the peak must not carry other benchmarks' use.
+run memory_kit '^memory:kit'
+run memory_floor '^memory:floor'
+load_after=$(cut -d' ' -f1-3 /proc/loadavg)
+
+cpu=$(grep -m1 'model name' /proc/cpuinfo | cut -d: -f2 | sed 's/^ *//')
+echo "machine: $(nproc) cores, ${cpu}; load average before ${load_before}, after ${load_after}"
+python3 "$root/scripts/bench_table.py" "$@" "$out"/*.json

@@ -1,0 +1,75 @@
+#include "log/named_line.h"
+
+#include <cstring>
+
+namespace molra {
+
+NamedLine::Field& NamedLine::Next(const char* name, Kind kind) {
+  Field& f = count_ < kMaxFields ? fields_[count_++] : spare_;
+  f.name = name;
+  f.kind = kind;
+  return f;
+}
+
+void NamedLine::AddText(const char* name, fmt::string_view text) {
+  Next(name, Kind::kText).text.assign(text.data(), text.size());
+}
+
+// From the last field back, so that a name given again counts with its last value.
+const NamedLine::Field* NamedLine::Find(fmt::string_view name) const {
+  for (int i = count_ - 1; i >= 0; --i) {
+    const fmt::string_view have = fields_[i].name;
+    if (have.size() == name.size() && (name.size() == 0 || have[0] == name[0]) &&
+        std::memcmp(have.data(), name.data(), name.size()) == 0) {
+      return &fields_[i];
+    }
+  }
+  return nullptr;
+}
+
+void NamedLine::Write(const Field& f, fmt::memory_buffer& out) {
+  switch (f.kind) {
+    case Kind::kInt: {
+      const fmt::format_int text(f.i);
+      out.append(text.data(), text.data() + text.size());
+      break;
+    }
+    case Kind::kUint: {
+      const fmt::format_int text(f.u);
+      out.append(text.data(), text.data() + text.size());
+      break;
+    }
+    case Kind::kDouble:
+      fmt::format_to(fmt::appender(out), "{}", f.d);
+      break;
+    case Kind::kText:
+      out.append(f.text.data(), f.text.data() + f.text.size());
+      break;
+  }
+}
+
+// Placeholders come every few characters: a plain scan beats strpbrk's set-up per call.
+bool NamedLine::Format(const char* format, fmt::memory_buffer& out) const {
+  const char* p = format;
+  for (;;) {
+    const char* brace = p;
+    while (*brace != '\0' && *brace != '{' && *brace != '}') ++brace;
+    out.append(p, brace);
+    if (*brace == '\0') return true;
+    if (brace[0] == brace[1]) {  // "{{" or "}}"
+      out.push_back(brace[0]);
+      p = brace + 2;
+      continue;
+    }
+    if (*brace == '}') return false;
+    const char* end = brace + 1;
+    while (*end != '\0' && *end != '}') ++end;
+    if (*end == '\0') return false;
+    const Field* f = Find(fmt::string_view(brace + 1, static_cast<std::size_t>(end - brace - 1)));
+    if (f == nullptr) return false;
+    Write(*f, out);
+    p = end + 1;
+  }
+}
+
+}  // namespace molra
