@@ -109,7 +109,7 @@ void Trade(const Customer& c, std::int64_t base, int rounds, Plan& plan) {
 }
 
 TEST_F(Concurrency, EveryReplyAndPushExactlyOnceWhileEventsArrive) {
-  constexpr int kThreadsPerCustomer = 2, kRounds = 25;
+  constexpr int kThreadsPerCustomer = 2, kRounds = 60;
   const auto start = std::chrono::steady_clock::now();
   std::vector<Plan> plans(std::size(kCustomers) * kThreadsPerCustomer);
   std::vector<std::thread> hosts;
