@@ -49,7 +49,8 @@ print_timings() {
   printf '  %s\n' "${TIMINGS[@]}"
 }
 
-# configure_and_build DIR [cmake arguments...]: configures and builds everything in DIR; the
+# configure_and_build DIR [cmake arguments...]: configures and builds everything in DIR (only
+# the targets named in BUILD_TARGETS when that is set); the
 # tools' output goes to DIR/configure.log and DIR/build.log and is shown when a step fails.
 configure_and_build() {
   local dir=$1
@@ -59,7 +60,9 @@ configure_and_build() {
     cat "$dir/configure.log"
     return 1
   }
-  cmake --build "$dir" -j "$JOBS" >"$dir/build.log" 2>&1 || {
+  local targets=()
+  [ -z "${BUILD_TARGETS:-}" ] || targets=(--target $BUILD_TARGETS)
+  cmake --build "$dir" -j "$JOBS" "${targets[@]}" >"$dir/build.log" 2>&1 || {
     grep -v '^\[[0-9]*/[0-9]*\] ' "$dir/build.log" | tail -n 200
     return 1
   }
@@ -67,3 +70,29 @@ configure_and_build() {
 }
 
 build_linux() { configure_and_build "$OUT/linux" -DCMAKE_BUILD_TYPE=RelWithDebInfo; }
+
+# The libFuzzer build (clang, every object instrumented): scripts/test.sh and scripts/fuzz.sh.
+build_fuzz() {
+  CC=clang CXX=clang++ BUILD_TARGETS=molra_fuzzers configure_and_build "$OUT/fuzz" \
+    -DCMAKE_BUILD_TYPE=RelWithDebInfo -DMOLRA_BUILD_FUZZ=ON -DMOLRA_BUILD_TESTS=OFF
+}
+FUZZ_TARGETS=(push_fuzz replies_fuzz order_answer_fuzz config_fuzz adapters_fuzz)
+
+# run_fuzzer TARGET SECONDS: runs one target on a scratch copy of its seed corpus (new
+# inputs go to $OUT/fuzz/corpus/TARGET, the repository's seeds are only read); a crash, a
+# sanitizer report or a leak fails it and leaves the reproducer in $OUT/fuzz/artifacts.
+run_fuzzer() {
+  local target=$1 seconds=$2 dir="$OUT/fuzz" rc=0
+  mkdir -p "$dir/corpus/$target" "$dir/artifacts"
+  "$dir/fuzz/$target" -max_total_time="$seconds" -print_final_stats=1 -timeout=10 -rss_limit_mb=4096 \
+    -artifact_prefix="$dir/artifacts/$target-" "$dir/corpus/$target" "$ROOT/fuzz/corpus/$target" \
+    >"$dir/$target.log" 2>&1 || rc=$?
+  if [ $rc -ne 0 ]; then
+    tail -n 60 "$dir/$target.log"
+  else
+    printf '  %-20s %10s runs in %ss, corpus %s\n' "$target" \
+      "$(sed -n 's/^stat::number_of_executed_units: *//p' "$dir/$target.log")" "$seconds" \
+      "$(ls "$dir/corpus/$target" "$ROOT/fuzz/corpus/$target" | grep -vc ':$')"
+  fi
+  return $rc
+}

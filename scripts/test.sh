@@ -5,14 +5,15 @@
 # A suite is a function suite_NAME that builds what it needs and runs its tests.
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
-SUITES=(linux windows python)
+SUITES=(linux python asan tsan fuzz windows)
 
 # run_ctest DIR [retry]: runs DIR's tests, keeps the whole output in DIR/ctest.log and shows
 # ctest's summary, or everything when a test failed. With "retry", tests that failed are run
-# once more, and if they pass then, they are named as flaky and the suite passes.
+# once more, and if they pass then, they are named as flaky and the suite passes. CTEST_ARGS
+# adds ctest arguments (for example a label: "-L concurrency").
 run_ctest() {
   local dir=$1 retry=${2:-} rc=0
-  (cd "$dir" && ctest -j "$JOBS" --output-on-failure --no-tests=error) >"$dir/ctest.log" 2>&1 || rc=$?
+  (cd "$dir" && ctest -j "$JOBS" --output-on-failure --no-tests=error ${CTEST_ARGS:-}) >"$dir/ctest.log" 2>&1 || rc=$?
   if [ $rc -ne 0 ] && [ "$retry" = retry ] && grep -q '^The following tests FAILED:' "$dir/ctest.log"; then
     if (cd "$dir" && ctest --rerun-failed --output-on-failure) >"$dir/ctest-retry.log" 2>&1; then
       sed -n '/tests passed/,$p' "$dir/ctest.log"
@@ -58,6 +59,44 @@ suite_python() {
   say "python: pytest against $OUT/linux"
   timed "python build" build_linux || return 1  # nothing to do after the linux suite
   timed "python test" run_pytest
+}
+
+# --- Sanitizers and fuzzing ----------------------------------------------------------------
+# Any sanitizer report ends its process with a failure, so a report fails the test.
+export ASAN_OPTIONS="halt_on_error=1:abort_on_error=1:detect_leaks=1:detect_stack_use_after_return=1"
+export UBSAN_OPTIONS="halt_on_error=1:print_stacktrace=1"
+export TSAN_OPTIONS="halt_on_error=1:exitcode=66:second_deadlock_stack=1"
+
+# The whole Linux suite under AddressSanitizer with UndefinedBehaviorSanitizer.
+suite_asan() {
+  say "asan: build ($OUT/asan, Debug, address+undefined)"
+  timed "asan build" configure_and_build "$OUT/asan" -DCMAKE_BUILD_TYPE=Debug -DMOLRA_SANITIZE=address || return 1
+  say "asan: ctest"
+  timed "asan test" run_ctest "$OUT/asan"
+}
+
+# The tests labelled "concurrency" under ThreadSanitizer; only their executables are built.
+build_tsan() {
+  BUILD_TARGETS=molra_concurrency_tests configure_and_build "$OUT/tsan" -DCMAKE_BUILD_TYPE=Debug \
+    -DMOLRA_SANITIZE=thread
+}
+suite_tsan() {
+  say "tsan: build ($OUT/tsan, concurrency tests only)"
+  timed "tsan build" build_tsan || return 1
+  say "tsan: ctest -L concurrency"
+  CTEST_ARGS="-L concurrency" timed "tsan test" run_ctest "$OUT/tsan"
+}
+
+# Every libFuzzer target for MOLRA_FUZZ_SECONDS (default 20) on its seed corpus.
+suite_fuzz() {
+  local t rc=0
+  say "fuzz: build ($OUT/fuzz, clang, fuzzer+address+undefined)"
+  timed "fuzz build" build_fuzz || return 1
+  say "fuzz: ${MOLRA_FUZZ_SECONDS:-20} s per target"
+  for t in "${FUZZ_TARGETS[@]}"; do
+    timed "fuzz $t" run_fuzzer "$t" "${MOLRA_FUZZ_SECONDS:-20}" || rc=1
+  done
+  return $rc
 }
 
 # --- Windows: the MinGW-w64 cross build, its tests run under Wine -------------------------

@@ -37,10 +37,10 @@ TEST(LastError, LongMessageIsKeptWholeButCutTo256UnterminatedBytesInTheAccount) 
   std::string got;
   EXPECT_EQ(LastError(&got), -77);
   EXPECT_EQ(got, msg);
-  EXPECT_EQ(acc.ErrorCode, -77);
+  EXPECT_EQ(V(acc.ErrorCode), -77);
   EXPECT_EQ(std::string(acc.ErrorMsg, 256), msg.substr(0, 256));
   // The record ends with the message field: nothing was written past it.
-  EXPECT_EQ(acc.Token, 0x5a5a5a5a5a5a5a5aLL);
+  EXPECT_EQ(V(acc.Token), 0x5a5a5a5a5a5a5a5aLL);
 }
 
 TEST(LastError, ShortMessageZeroFillsTheAccountField) {

@@ -106,7 +106,7 @@ TEST_F(LoginTest, TradeLoginExChecksItsRecord) {
   // KHH given, password empty: refused by the login, and the record gets its own copy.
   EXPECT_EQ(SECMOLRA_TradeLoginEx("T", &info), -221);
   EXPECT_EQ(Err(), "客户号或密码为空");
-  EXPECT_EQ(info.ErrorCode, -221);
+  EXPECT_EQ(V(info.ErrorCode), -221);
   EXPECT_STREQ(info.ErrorMsg, "客户号或密码为空");
 }
 
@@ -165,11 +165,11 @@ TEST_F(LoginTest, QueryCusNodeinfoAppendsTheTypeFourNodesOnly) {
   list[0].NodeID = 99;
   EXPECT_EQ(SECMOLRA_QueryCusNodeinfo("T", "1003", list), 1);
   ASSERT_EQ(list.size(), 2u);
-  EXPECT_EQ(list[0].NodeID, 99);  // appended, not replaced
+  EXPECT_EQ(V(list[0].NodeID), 99);  // appended, not replaced
   EXPECT_STREQ(list[1].KHH, "1003");
-  EXPECT_EQ(list[1].SystemType, 4);
-  EXPECT_EQ(list[1].Reserved, 0);
-  EXPECT_EQ(list[1].NodeID, 3);
+  EXPECT_EQ(V(list[1].SystemType), 4);
+  EXPECT_EQ(V(list[1].Reserved), 0);
+  EXPECT_EQ(V(list[1].NodeID), 3);
   EXPECT_EQ(SECMOLRA_QueryCusNodeinfo("T", "1002", list), 2);
   EXPECT_EQ(list.size(), 4u);
   EXPECT_EQ(list[2].NodeID + list[3].NodeID, 3);

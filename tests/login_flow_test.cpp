@@ -102,11 +102,11 @@ TEST_F(LoginTest, DirectLoginRegistersTheCustomerAsDefault) {
   ASSERT_NE(rec, nullptr);
   EXPECT_STREQ(rec->khh, "1001");
   EXPECT_STREQ(rec->password, "111111");
-  EXPECT_EQ(rec->token, token);
-  EXPECT_EQ(rec->node_id, 1);
-  EXPECT_EQ(rec->wtfs_number, 7);
+  EXPECT_EQ(V(rec->token), token);
+  EXPECT_EQ(V(rec->node_id), 1);
+  EXPECT_EQ(V(rec->wtfs_number), 7);
   EXPECT_STREQ(rec->wtfs, "7");
-  EXPECT_EQ(rec->reserved, 0);
+  EXPECT_EQ(V(rec->reserved), 0);
   EXPECT_EQ(molra::NodeTable().Get("1001"), 1);
   EXPECT_EQ(molra::Registry().DefaultKhh(0), "1001");
   EXPECT_EQ(molra::Registry().DefaultKhh(4), "1001");
@@ -145,7 +145,7 @@ TEST_F(LoginTest, AuthenticationTokenWithLettersIsTheCustomerNumber) {
   StartDefault("", "use3rd=0\n");
   LOGIN_SIM_FN(KelSim_SetKvAnswer)("A00401", 1, "ok", "605=1001|1600=abc");
   EXPECT_EQ(SECMOLRA_TradeLogin("T", "1001", "111111"), 1001);
-  EXPECT_EQ(molra::Registry().Find(4, "1001")->token, 1001);
+  EXPECT_EQ(V(molra::Registry().Find(4, "1001")->token), 1001);
   // A numeric text is taken as it stands.
   LOGIN_SIM_FN(KelSim_SetKvAnswer)("A00401", 1, "ok", "605=1001|1600=4711");
   EXPECT_EQ(SECMOLRA_TradeLogin("T", "1001", "111111"), 4711);
@@ -196,7 +196,7 @@ TEST_F(LoginTest, TwoTypeFourNodesWithoutAChoiceAre226) {
 TEST_F(LoginTest, TypeFiveNodeIsIgnoredAndTheTypeFourNodeIsUsed) {
   StartDefault();
   ASSERT_GT(SECMOLRA_TradeLogin("T", "1003", "333333"), 0) << Err();
-  EXPECT_EQ(molra::Registry().Find(4, "1003")->node_id, 3);
+  EXPECT_EQ(V(molra::Registry().Find(4, "1003")->node_id), 3);
   EXPECT_EQ(molra::NodeTable().Get("1003"), 3);
   EXPECT_TRUE(Contains(LoginCalls(Sim::Get().CallLog())[3], "Kel_SetNodeId(3)"));
 }
@@ -219,8 +219,8 @@ TEST_F(LoginTest, SetCusNodeIdIsResetByLoginWhileLoginExWithANodeSkipsTheNodeLis
   info.Token = -1;
   int64_t token = SECMOLRA_TradeLoginEx("T", &info);
   ASSERT_GT(token, 0) << Err();
-  EXPECT_EQ(info.Token, token);
-  EXPECT_EQ(info.NodeID, 2);
+  EXPECT_EQ(V(info.Token), token);
+  EXPECT_EQ(V(info.NodeID), 2);
   EXPECT_EQ(LastRequest("D00749"), "<none>");
   EXPECT_TRUE(Contains(Sim::Get().CallLog(), "Kel_CreateHead"));
   EXPECT_EQ(molra::NodeTable().Get("1002"), 2);
@@ -233,12 +233,12 @@ TEST_F(LoginTest, LoginExWithoutANodeWritesTheResolvedNodeBack) {
   std::strcpy(info.Node, "NODE-X");
   std::strcpy(info.WTFS, "32");
   ASSERT_GT(SECMOLRA_TradeLoginEx("T", &info), 0) << Err();
-  EXPECT_EQ(info.NodeID, 3);
+  EXPECT_EQ(V(info.NodeID), 3);
   std::vector<std::string> calls = LoginCalls(Sim::Get().CallLog());
   ASSERT_GE(calls.size(), 4u);
   EXPECT_EQ(calls[1], "Kel_SetWTFS(32)");
   EXPECT_EQ(calls[2], "Kel_SetNode(NODE-X)");
-  EXPECT_EQ(molra::Registry().Find(4, "1003")->wtfs_number, 32);
+  EXPECT_EQ(V(molra::Registry().Find(4, "1003")->wtfs_number), 32);
 }
 
 TEST_F(LoginTest, FailedRunOfTheLoginIs204AndReleasesTheSession) {
@@ -247,7 +247,7 @@ TEST_F(LoginTest, FailedRunOfTheLoginIs204AndReleasesTheSession) {
   LOGIN_SIM_FN(KelSim_FailRun)(1);
   EXPECT_EQ(SECMOLRA_TradeLoginEx("T", &info), -204);
   EXPECT_EQ(Err(), "发送请求失败");
-  EXPECT_EQ(info.ErrorCode, -204);
+  EXPECT_EQ(V(info.ErrorCode), -204);
   EXPECT_TRUE(Contains(Log(), "AccountInfo::Login：发送请求失败"));
   EXPECT_EQ(LOGIN_SIM_FN(KelSim_OpenSessions)(), 0);
 }

@@ -139,10 +139,10 @@ TEST_F(Account, NodeOperationsSendTheirFieldsAndTheRatioReadsBack) {
             "605=1002|511=RMB|716=|935=1|936=2|940=0.300000|941=0.700000|730=");
   std::vector<ZJHBCLRecord> ratios;
   ASSERT_EQ(SECMOLRA_QueryZJHBCL("1002", "", ratios), 1) << Err();
-  EXPECT_EQ(ratios[0].Node1, 1);
-  EXPECT_EQ(ratios[0].Node2, 2);
-  EXPECT_DOUBLE_EQ(ratios[0].Ratio1, 0.3);
-  EXPECT_DOUBLE_EQ(ratios[0].Ratio2, 0.7);
+  EXPECT_EQ(V(ratios[0].Node1), 1);
+  EXPECT_EQ(V(ratios[0].Node2), 2);
+  EXPECT_DOUBLE_EQ(V(ratios[0].Ratio1), 0.3);
+  EXPECT_DOUBLE_EQ(V(ratios[0].Ratio2), 0.7);
   // Nodes the customer does not have: the back end refuses under the method's name.
   ExpectError(SECMOLRA_ModifyZJHBCL(4, "1002", "", 1, 3, 0.5, 0.5, ""), -109,
               "nodes 1 and 3 are not two trading nodes of the customer", "AccountInfo::ModifyZJHBCL");

@@ -89,7 +89,7 @@ TEST_F(Adapter, ETFShareAdapterRunsTheWorkerAfterItsOwnCheck) {
   Fill(recs);
   Sim::Get().ClearCallLog();
   EXPECT_EQ(PYSECMOLRA_QueryETFShare("1001", "510050", recs, 2), 3);
-  EXPECT_EQ(recs[1].FESL, 2);
+  EXPECT_EQ(V(recs[1].FESL), 2);
   EXPECT_EQ(LastRequest("D00754"), "605=1001|9225=510050");
   // Its own check runs before any request.
   Sim::Get().ClearCallLog();
@@ -102,12 +102,12 @@ TEST_F(Adapter, FundAndNodeListAdapters) {
   Fill(fund);
   EXPECT_EQ(PYSECMOLRA_QueryFundInfo("1001", fund, 1), 1);
   EXPECT_STREQ(fund[0].KHH, "1001");
-  EXPECT_EQ(fund[0].Amount1, fund[0].Amount2);
+  EXPECT_EQ(V(fund[0].Amount1), V(fund[0].Amount2));
   CusNodeInfo nodes[1];
   Fill(nodes);
   EXPECT_EQ(PYSECMOLRA_QueryCusNodeinfo("T", "1002", nodes, 1), 2);
-  EXPECT_EQ(nodes[0].SystemType, 4);
-  EXPECT_EQ(nodes[0].NodeID, 1);
+  EXPECT_EQ(V(nodes[0].SystemType), 4);
+  EXPECT_EQ(V(nodes[0].NodeID), 1);
   Fill(nodes);
   EXPECT_EQ(PYSECMOLRA_QueryCusNodeinfo("T", nullptr, nodes, 1), -221);
   EXPECT_TRUE(Untouched(nodes[0]));

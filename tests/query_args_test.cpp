@@ -159,7 +159,7 @@ TEST_F(QueryArgs, ExFormCopiesTheWorkerErrorIntoTheCallersRecord) {
   info.ErrorCode = -5;
   std::strcpy(info.KHH, "");
   EXPECT_EQ(SECMOLRA_QueryFundInfoEx(&info, list), -221);
-  EXPECT_EQ(info.ErrorCode, -5);  // the export's own checks leave the record alone
+  EXPECT_EQ(V(info.ErrorCode), -5);  // the export's own checks leave the record alone
 }
 
 TEST_F(QueryArgs, SixteenByteCustomerNumberIsReadWithoutItsTerminator) {

@@ -68,14 +68,14 @@ TEST_F(QueryFrame, FundTotalAddsInOrderAndBothFirstAmountsCarryKey709) {
   EXPECT_EQ(Text(r.ZJZH, 16), "Z001");
   EXPECT_EQ(Text(r.BZ, 4), "RMB");
   EXPECT_EQ(Text(r.Text2, 16), "T2");
-  EXPECT_EQ(r.Amount1, 1.0);
-  EXPECT_EQ(r.Amount2, 1.0);
-  EXPECT_EQ(r.Amount3, 3.5);
-  EXPECT_EQ(r.Amount6, 6.0);
-  EXPECT_EQ(r.Total, 1e16);
-  EXPECT_EQ(r.Amount7, 1e16);
-  EXPECT_EQ(r.Amount8, 8.0);
-  EXPECT_EQ(r.Amount9, 1.0);
+  EXPECT_EQ(V(r.Amount1), 1.0);
+  EXPECT_EQ(V(r.Amount2), 1.0);
+  EXPECT_EQ(V(r.Amount3), 3.5);
+  EXPECT_EQ(V(r.Amount6), 6.0);
+  EXPECT_EQ(V(r.Total), 1e16);
+  EXPECT_EQ(V(r.Amount7), 1e16);
+  EXPECT_EQ(V(r.Amount8), 8.0);
+  EXPECT_EQ(V(r.Amount9), 1.0);
   EXPECT_EQ(std::string(r.Reserved, sizeof r.Reserved), std::string(sizeof r.Reserved, '\0'));
   EXPECT_EQ(std::string(r.Reserved2, 16), std::string(16, '\0'));
 }
@@ -216,22 +216,22 @@ TEST_F(QueryFrame, OrderRowFillsEveryFieldAtItsOffsetAndCutsLongTexts) {
   const OrderRecord& r = list[0];
   EXPECT_EQ(std::string(r.ZQMC, 33), name.substr(0, 33));  // no terminator when full
   EXPECT_EQ(Text(r.ZQDM, 9), "600000");
-  EXPECT_EQ(r.WTH, 123456789012);
-  EXPECT_EQ(r.JYLB, 2);
-  EXPECT_EQ(r.WTSL, 300);
-  EXPECT_EQ(r.WTJG, 10.25);
-  EXPECT_EQ(r.DDLX, -4);
+  EXPECT_EQ(V(r.WTH), 123456789012);
+  EXPECT_EQ(V(r.JYLB), 2);
+  EXPECT_EQ(V(r.WTSL), 300);
+  EXPECT_EQ(V(r.WTJG), 10.25);
+  EXPECT_EQ(V(r.DDLX), -4);
   EXPECT_EQ(Text(r.WTSJ, 13), "09:31:02");
-  EXPECT_EQ(r.CJSL, 100);
-  EXPECT_EQ(r.CJJG, 10.2);
-  EXPECT_EQ(r.CJJE, 1020.0);
-  EXPECT_EQ(r.CDSL, 200);
-  EXPECT_EQ(r.SBJG, 3);
+  EXPECT_EQ(V(r.CJSL), 100);
+  EXPECT_EQ(V(r.CJJG), 10.2);
+  EXPECT_EQ(V(r.CJJE), 1020.0);
+  EXPECT_EQ(V(r.CDSL), 200);
+  EXPECT_EQ(V(r.SBJG), 3);
   EXPECT_EQ(Text(r.JGSM, 128), "refused");
   EXPECT_EQ(Text(r.CXBZ, 2), "W");
-  EXPECT_EQ(r.KFSBDBH, 424242);
-  EXPECT_EQ(r.WTPCH, 17);
-  EXPECT_EQ(r.DJZJ, 3075.5);
+  EXPECT_EQ(V(r.KFSBDBH), 424242);
+  EXPECT_EQ(V(r.WTPCH), 17);
+  EXPECT_EQ(V(r.DJZJ), 3075.5);
   EXPECT_EQ(Text(r.ZJZH, 31), "F001");
   EXPECT_EQ(Text(r.BZ, 4), "HKD");
   EXPECT_EQ(std::string(r.Reserved, 100), std::string(100, '\0'));
@@ -246,22 +246,22 @@ TEST_F(QueryFrame, MatchPositionAndETFRowsFillTheirRecords) {
   std::vector<PositionRecord> p;
   std::vector<ETFShareRecord> e;
   ASSERT_EQ(SECMOLRA_QueryMatchs("1001", 0, 0, 10, 0, "", "", 0, m), 1);
-  EXPECT_EQ(m[0].WTH, 9);
-  EXPECT_EQ(m[0].CJSL, 50);
-  EXPECT_EQ(m[0].CJJE, 475.0);
+  EXPECT_EQ(V(m[0].WTH), 9);
+  EXPECT_EQ(V(m[0].CJSL), 50);
+  EXPECT_EQ(V(m[0].CJJE), 475.0);
   EXPECT_EQ(Text(m[0].CJBH, 31), "C77");
   EXPECT_EQ(Text(m[0].CJSJ, 13), "10:00:01");
-  EXPECT_EQ(m[0].KFSBDBH, 5);
+  EXPECT_EQ(V(m[0].KFSBDBH), 5);
   ASSERT_EQ(SECMOLRA_QueryPositions("1001", 0, 10, 0, "", "", "", 0, p), 1);
-  EXPECT_EQ(p[0].GFYE, 1000);
-  EXPECT_EQ(p[0].KMSL, 600);
-  EXPECT_EQ(p[0].CBJ, 8.5);
-  EXPECT_EQ(p[0].ZXJ, 9.0);
-  EXPECT_EQ(p[0].ZXSZ, 9000.0);
-  EXPECT_EQ(p[0].FDYK, 500.0);
+  EXPECT_EQ(V(p[0].GFYE), 1000);
+  EXPECT_EQ(V(p[0].KMSL), 600);
+  EXPECT_EQ(V(p[0].CBJ), 8.5);
+  EXPECT_EQ(V(p[0].ZXJ), 9.0);
+  EXPECT_EQ(V(p[0].ZXSZ), 9000.0);
+  EXPECT_EQ(V(p[0].FDYK), 500.0);
   ASSERT_EQ(SECMOLRA_QueryETFShare("1001", "510050", e), 2);
   EXPECT_EQ(Text(e[1].ZQDM, 9), "600036");
-  EXPECT_EQ(e[1].FESL, 300);
+  EXPECT_EQ(V(e[1].FESL), 300);
   EXPECT_EQ(Text(e[0].JJDM, 9), "510050");
 }
 
@@ -272,13 +272,13 @@ TEST_F(QueryFrame, NodeFundQueriesReadTheirRows) {
   std::vector<ZJHBCLRecord> ratio;
   std::vector<JDKYZJRecord> funds;
   ASSERT_EQ(SECMOLRA_QueryZJHBCL("1001", "", ratio), 1) << Err();
-  EXPECT_EQ(ratio[0].Node1, 1);
-  EXPECT_EQ(ratio[0].Node2, 2);
-  EXPECT_EQ(ratio[0].Ratio2, 0.7);
+  EXPECT_EQ(V(ratio[0].Node1), 1);
+  EXPECT_EQ(V(ratio[0].Node2), 2);
+  EXPECT_EQ(V(ratio[0].Ratio2), 0.7);
   ASSERT_EQ(SECMOLRA_QueryJDKYZJ("1001", "", funds), 2) << Err();
-  EXPECT_EQ(funds[1].NodeID, 2);
-  EXPECT_EQ(funds[0].KYZJ, 500.5);
-  EXPECT_EQ(funds[0].Reserved, 0);
+  EXPECT_EQ(V(funds[1].NodeID), 2);
+  EXPECT_EQ(V(funds[0].KYZJ), 500.5);
+  EXPECT_EQ(V(funds[0].Reserved), 0);
 }
 
 namespace {
@@ -304,8 +304,8 @@ TEST_F(QueryFrame, PSQYStopsWhenTheAnswerCodeTurnsNegativeBeforeARow) {
   ExpectError(r, -7, "PSQY broke", "QueryPSQY");
   // Rows appended before the error stay; key 507 filters nothing here.
   ASSERT_EQ(list.size(), 2u);
-  EXPECT_EQ(list[0].Value1, 1);
-  EXPECT_EQ(list[1].Value1, 2);
+  EXPECT_EQ(V(list[0].Value1), 1);
+  EXPECT_EQ(V(list[1].Value1), 2);
   EXPECT_EQ(g_code_calls, 4);
   EXPECT_EQ(OpenSessions(), 0);
 }
@@ -315,7 +315,7 @@ TEST_F(QueryFrame, PSQYRereadsTheCodeBeforeEveryRowAndKeepsRowsWithNegativeState
   Script("D00985", 0, "", "605=1001|599=SH|571=A1|724=1|1179=10|507=-1\n605=1001|724=2|1179=20");
   std::vector<PSQYRecord> list;
   ASSERT_EQ(SECMOLRA_QueryPSQY("1001", "SH", "A1", list), 2) << Err();
-  EXPECT_EQ(list[1].Value2, 20);
+  EXPECT_EQ(V(list[1].Value2), 20);
   EXPECT_EQ(Text(list[0].GDH, 12), "A1");
   EXPECT_EQ(Text(list[1].GDH, 12), "");  // an absent text is empty, not the previous row's
   std::string log = Sim::Get().CallLog();

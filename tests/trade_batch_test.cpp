@@ -64,7 +64,7 @@ TEST_F(Batch, FirstBadRowAloneIsReportedAndNothingIsSent) {
   EXPECT_EQ(Send(rows), -221);
   EXPECT_EQ(Message(), "编号3委托数量[1000000000]不合法，应在(0-999999999]");
   EXPECT_FALSE(Sent());
-  EXPECT_EQ(rows[0].Wth, 0);
+  EXPECT_EQ(V(rows[0].Wth), 0);
 }
 
 TEST_F(Batch, EachCheckHasItsMessage) {
@@ -100,9 +100,9 @@ TEST_F(Batch, AnswerIsWrittenBackIntoTheRows) {
   Answer("19012", ans);
   std::vector<BatchOrderRow> rows{Row(), Row(), Row()};
   EXPECT_EQ(Send(rows), 2);
-  EXPECT_EQ(rows[0].Wth, 11);
-  EXPECT_EQ(rows[1].Wth, 0);
-  EXPECT_EQ(rows[2].Wth, 13);
+  EXPECT_EQ(V(rows[0].Wth), 11);
+  EXPECT_EQ(V(rows[1].Wth), 0);
+  EXPECT_EQ(V(rows[2].Wth), 13);
   EXPECT_EQ(std::string(rows[1].Msg), "资金不足");
   EXPECT_EQ(std::string(rows[0].Msg), std::string(64, 'a') + "资金不足");
   EXPECT_EQ(std::string(rows[2].Msg), "");
@@ -136,10 +136,10 @@ TEST_F(Batch, PlainArrayAdapterCopiesResultsBackOnlyWhenSynchronous) {
   Answer("19012", ans);
   BatchOrderRow rows[2] = {Row(), Row()};
   EXPECT_EQ(PYSECMOLRA_BatchOrderEntrust("1001", 8, rows, 2), 2);
-  EXPECT_EQ(rows[0].Wth, 21);
-  EXPECT_EQ(rows[1].Wth, 22);
+  EXPECT_EQ(V(rows[0].Wth), 21);
+  EXPECT_EQ(V(rows[1].Wth), 22);
 
   BatchOrderRow again[1] = {Row()};
   EXPECT_EQ(PYSECMOLRA_BatchOrderEntrust_ASync("1001", 9, again, 1), 9);
-  EXPECT_EQ(again[0].Wth, 0);
+  EXPECT_EQ(V(again[0].Wth), 0);
 }

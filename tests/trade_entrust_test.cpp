@@ -136,7 +136,7 @@ TEST_F(Entrust, CustomerNotLoggedInIsRecordedInTheAccountToo) {
   EXPECT_LE(r, 0);
   std::string msg;
   EXPECT_EQ(LastError(&msg), r);
-  EXPECT_EQ(rec.ErrorCode, r);
+  EXPECT_EQ(V(rec.ErrorCode), r);
   EXPECT_EQ(std::string(rec.ErrorMsg), msg);
   EXPECT_NE(LogText().find("OrderEntrust：" + msg), std::string::npos);
 }

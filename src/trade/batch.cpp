@@ -33,19 +33,21 @@ std::size_t TextLen(const char (&f)[N]) {
 
 // The first failing check of a row, as the message recorded with -221; empty when the row
 // is valid. `no` counts rows from 1.
+// The row's members are misaligned: fmt takes its arguments by reference, so it is given
+// copies.
 std::string RowProblem(const BatchOrderRow& r, std::size_t no) {
   if (TextLen(r.Jys) != 2) return fmt::format("编号{0}交易所[{1}]不合法", no, FieldText(r.Jys));
   if (TextLen(r.Zqdm) != 6) {
     return fmt::format("编号{0}证券代码[{1}]不合法", no, FieldText(r.Zqdm));
   }
   if (r.Jylb != 1 && r.Jylb != 2) {
-    return fmt::format("编号{0}交易类别[{1}]不合法，应在[JYLB_BUY、JYLB_SALE]", no, r.Jylb);
+    return fmt::format("编号{0}交易类别[{1}]不合法，应在[JYLB_BUY、JYLB_SALE]", no, std::int32_t{r.Jylb});
   }
   if (!(r.Wtjg > 0.0 && r.Wtjg < kPriceBound)) {
-    return fmt::format("编号{0}委托价格[{1}]不合法，应在(0.000-99999.99]", no, r.Wtjg);
+    return fmt::format("编号{0}委托价格[{1}]不合法，应在(0.000-99999.99]", no, double{r.Wtjg});
   }
   if (r.Wtsl < 1 || r.Wtsl > kMaxQuantity) {
-    return fmt::format("编号{0}委托数量[{1}]不合法，应在(0-999999999]", no, r.Wtsl);
+    return fmt::format("编号{0}委托数量[{1}]不合法，应在(0-999999999]", no, std::int64_t{r.Wtsl});
   }
   if (static_cast<std::uint32_t>(r.Ddlx) > kMaxOrderType) {
     return fmt::format("编号{0}订单类型[{1}]不合法，应在[0-999]", no,

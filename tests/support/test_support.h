@@ -36,6 +36,14 @@ class Sim {
   void* module_ = nullptr;
 };
 
+// A copy of a value. Members of packed records are often misaligned, and binding a
+// reference to one (gtest's assertions take their arguments by reference) is undefined:
+// pass V(record.Field) instead.
+template <typename T>
+T V(T v) {
+  return v;
+}
+
 // The kit's last error as (code, message).
 std::int64_t LastError(std::string* msg = nullptr);
 

@@ -1,0 +1,70 @@
+// Every reply handler with an answer of any length and content: structured or not, any
+// code and message, any request block (the customer number and batch rows are read from
+// it), any answer fields for the key/value businesses. The handler owns the session: it
+// must release it exactly once on every path.
+#include <cstdint>
+#include <cstdlib>
+#include <string>
+
+#include "fuzz_input.h"
+#include "push/replies.h"
+#include "secmolra.h"
+#include "support/fake_kel.h"
+#include "util/field_ids.h"
+
+
+namespace {
+
+using Handler = bool (*)(kel::int64);
+constexpr Handler kHandlers[] = {
+    molra::Sc_Order_AsyncFuncProcess,       molra::Sc_BatchOrder_AsyncFuncProcess,
+    molra::Sc_ETFSG_AsyncFuncProcess,       molra::Sc_ETFSH_AsyncFuncProcess,
+    molra::Sc_ZQHG_AsyncFuncProcess,        molra::Sc_ZQCRK_AsyncFuncProcess,
+    molra::Sc_LOF_AsyncFuncProcess,         molra::Sc_PHDJ_AsyncFuncProcess,
+    molra::Sc_FXYW_AsyncFuncProcess,        molra::Sc_FJY_AsyncFuncProcess,
+    molra::Sc_OrderWithDraw_AsyncFuncProcess, molra::Sc_BatchOrderWithDraw_AsyncFuncProcess,
+    molra::Sc_ETFWithDraw_AsyncFuncProcess, molra::Sc_ZQHGWithDraw_AsyncFuncProcess,
+    molra::Sc_LOFWithDraw_AsyncFuncProcess, molra::Sc_PHDJWithDraw_AsyncFuncProcess,
+    molra::Sc_FXYWWithDraw_AsyncFuncProcess,
+};
+constexpr std::size_t kHandlerCount = sizeof kHandlers / sizeof kHandlers[0];
+
+std::size_t g_sink = 0;
+void OnFunction(const char* time, const char* json, int32_t type) {
+  g_sink += std::string(time).size() + std::string(json).size() + static_cast<std::size_t>(type);
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  molra::fuzz::Input in(data, size);
+  const std::uint8_t which = in.Byte();
+  const std::uint8_t flags = in.Byte();
+  // Half of the runs without a function callback: an acceptable answer is then dropped.
+  SECMOLRA_SetFuncCallback((flags & 1) != 0 ? OnFunction : nullptr);
+
+  molra::test::FakeKel kel;
+  molra::test::FakeSession s;
+  s.is_struct = (flags & 2) != 0;
+  s.code = in.Int32();
+  s.message = in.Text(300);
+  s.data = in.Int32();
+  if ((flags & 4) != 0) {
+    const std::size_t req_len = static_cast<std::size_t>(in.Byte()) * 16;
+    std::string req;
+    for (std::size_t i = 0; i < req_len && in.left() > 0; ++i) req.push_back(static_cast<char>(in.Byte()));
+    s.request = req;
+  }
+  if ((flags & 8) != 0) {
+    for (int id : {fid::KHH, fid::WTH, fid::WTSJ, fid::DJZJ, fid::SBJG}) {
+      s.items[id] = in.Text(40);
+    }
+  }
+  std::vector<char> answer = in.Rest();
+  s.answer.assign(answer.begin(), answer.end());
+
+  const std::int64_t h = kel.Add(s);
+  kHandlers[which % kHandlerCount](h);
+  if (kel.Releases(h) != 1) std::abort();  // leaked or released twice
+  return 0;
+}

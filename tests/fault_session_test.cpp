@@ -1,0 +1,238 @@
+// Transport faults under every order family, every query and every account operation:
+// no session, Kel_Run failing, Kel_Write failing, and answers one byte short of each length
+// the kit checks (and exactly long enough). Each call reports the documented code and
+// message and leaves no session open.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "support/host_callbacks.h"
+#include "support/order_calls.h"
+#include "support/trade_fixture.h"
+
+using namespace molra::test;
+using molra::trade::Fam;
+
+namespace {
+
+class Faults : public TradeTest {
+ protected:
+  static std::int32_t OpenSessions() { return KELSIM(KelSim_OpenSessions)(); }
+};
+
+// Every synchronous and asynchronous order call without a session: -202 with the
+// connection layer's message, nothing sent.
+TEST_F(Faults, NoSessionInEveryOrderFamily) {
+  int cases = 0;
+  for (const OrderCall& c : OrderCalls()) {
+    for (auto call : {c.sync, c.async}) {
+      if (call == nullptr) continue;
+      ++cases;
+      const std::int32_t open = OpenSessions();
+      KELSIM(KelSim_FailAllocSession)(1);
+      EXPECT_EQ(call(), -202) << c.name;
+      EXPECT_EQ(Message(), "发起会话失败") << c.name;
+      KELSIM(KelSim_WaitIdle)();
+      EXPECT_EQ(OpenSessions(), open) << c.name;
+    }
+  }
+  EXPECT_EQ(cases, 44);
+  // Nothing but the connection checks and the refused allocations reached the transport.
+  std::vector<std::string> calls = Calls();
+  EXPECT_EQ(std::count(calls.begin(), calls.end(), "Kel_AllocateSession"), cases);
+  for (const std::string& c : calls) EXPECT_TRUE(c == "Kel_AllocateSession" || c == "Kel_IsConnect") << c;
+}
+
+// Queries and account operations: the same -202 and message.
+struct OtherCall {
+  const char* name;
+  std::int64_t (*call)();
+};
+const OtherCall kOtherCalls[] = {
+    {"QueryFundInfo", [] { std::vector<FundRecord> l; return SECMOLRA_QueryFundInfo("1001", l); }},
+    {"QueryAccInfo", [] { std::vector<AccountRecord> l; return SECMOLRA_QueryAccInfo("1001", l); }},
+    {"QueryPSQY", [] { std::vector<PSQYRecord> l; return SECMOLRA_QueryPSQY("1001", "SH", "", l); }},
+    {"QueryOrders", [] { std::vector<OrderRecord> l; return SECMOLRA_QueryOrders("1001", 0, 0, 0, 0, "", "", 0, l); }},
+    {"QueryMatchs", [] { std::vector<MatchRecord> l; return SECMOLRA_QueryMatchs("1001", 0, 0, 0, 0, "", "", 0, l); }},
+    {"QueryPositions", [] { std::vector<PositionRecord> l; return SECMOLRA_QueryPositions("1001", 0, 0, 0, "", "", "", 0, l); }},
+    {"QueryETFShare", [] { std::vector<ETFShareRecord> l; return SECMOLRA_QueryETFShare("1001", "510050", l); }},
+    {"QueryZJHBCL", [] { std::vector<ZJHBCLRecord> l; return SECMOLRA_QueryZJHBCL("1001", "", l); }},
+    {"QueryJDKYZJ", [] { std::vector<JDKYZJRecord> l; return SECMOLRA_QueryJDKYZJ("1001", "", l); }},
+    {"ModifyPwd", [] { return SECMOLRA_ModifyPwd("1001", "111111", "123456", 1); }},
+    {"FundTransIn", [] { return SECMOLRA_FundTransIn("1001", "111111", 1.0, "", "", "", ""); }},
+    {"FundTransOut", [] { return SECMOLRA_FundTransOut("1001", "111111", 1.0, "", "", "", ""); }},
+};
+
+TEST_F(Faults, NoSessionInEveryQueryAndAccountOperation) {
+  for (const OtherCall& c : kOtherCalls) {
+    const std::int32_t open = OpenSessions();
+    KELSIM(KelSim_FailAllocSession)(1);
+    EXPECT_EQ(c.call(), -202) << c.name;
+    EXPECT_EQ(Message(), "发起会话失败") << c.name;
+    EXPECT_EQ(OpenSessions(), open) << c.name;
+  }
+}
+
+TEST_F(Faults, RunFailingInEverySynchronousCall) {
+  for (const OrderCall& c : OrderCalls()) {
+    const std::int32_t open = OpenSessions();
+    KELSIM(KelSim_FailRun)(1);
+    EXPECT_EQ(c.sync(), -204) << c.name;
+    EXPECT_EQ(Message(), "发送请求失败") << c.name;
+    EXPECT_EQ(OpenSessions(), open) << c.name;
+  }
+  for (const OtherCall& c : kOtherCalls) {
+    const std::int32_t open = OpenSessions();
+    KELSIM(KelSim_FailRun)(1);
+    EXPECT_EQ(c.call(), -204) << c.name;
+    EXPECT_EQ(Message(), "发送请求失败") << c.name;
+    EXPECT_EQ(OpenSessions(), open) << c.name;
+  }
+}
+
+TEST_F(Faults, WriteFailingInEveryAsynchronousCall) {
+  HostCallbacks host;
+  for (const OrderCall& c : OrderCalls()) {
+    if (c.async == nullptr) continue;
+    const std::int32_t open = OpenSessions();
+    KELSIM(KelSim_FailWrite)(1);
+    EXPECT_EQ(c.async(), -204) << c.name;
+    EXPECT_EQ(Message(), "发送请求失败") << c.name;
+    KELSIM(KelSim_WaitIdle)();
+    EXPECT_EQ(OpenSessions(), open) << c.name << ": the unsent session is released";
+  }
+  EXPECT_TRUE(host.Functions().empty()) << "no reply for a request never sent";
+}
+
+// The block families' answer lengths: below 430 the common message, below the family's own
+// length its message; the full length is accepted (the order number or quantity read).
+struct LengthCheck {
+  Fam fam;
+  const char* code;
+  int full;
+  const char* short_msg;
+};
+const LengthCheck kLengthChecks[] = {
+    {Fam::kOrderEntrust, "19001", 472, "应答数据包不正确2"},
+    {Fam::kBatchEntrust, "19012", 7663, "应答数据包不正确2"},
+    {Fam::kETFSubscribe, "19013", 472, "应答数据包不正确"},
+    {Fam::kETFRedeem, "19014", 472, "应答数据包不正确"},
+    {Fam::kZQHGEntrust, "19042", 472, "应答数据包不正确2"},
+    {Fam::kZQHGCrk, "19043", 472, "应答数据包不正确2"},
+    {Fam::kLof, "19025", 472, "应答数据包不正确2"},  // synchronous: the common 472
+    {Fam::kPHDJEntrust, "19131", 472, "应答数据包不正确2"},
+    {Fam::kOrderWithdraw, "19002", 516, "应答数据包不正确"},
+    {Fam::kETFWithdraw, "19020", 517, "应答数据包不正确"},
+    {Fam::kZQHGWithdraw, "19044", 512, "应答数据包不正确"},
+    {Fam::kLOFWithdraw, "19026", 516, "应答数据包不正确"},
+    {Fam::kPHDJWithdraw, "19002", 516, "应答数据包不正确"},
+    {Fam::kBatchWithdraw, "19063", 6459, "应答数据包不正确"},
+    {Fam::kTradableQty, "19011", 438, "应答数据包不正确"},
+    {Fam::kETFTradableQty, "19024", 434, "应答数据包不正确"},
+    {Fam::kZQHGTradableQty, "19045", 438, "应答数据包不正确"},
+    {Fam::kLOFTradableQty, "19028", 438, "应答数据包不正确"},
+    {Fam::kPHDJTradableQty, "19133", 438, "应答数据包不正确"},
+};
+
+const OrderCall& CallOf(Fam fam) {
+  for (const OrderCall& c : OrderCalls()) {
+    if (c.fam == fam) return c;
+  }
+  throw std::logic_error("no call for a family");
+}
+
+TEST_F(Faults, SynchronousAnswersOneByteShortAtEveryLengthCheck) {
+  for (const LengthCheck& l : kLengthChecks) {
+    const OrderCall& c = CallOf(l.fam);
+    const std::int32_t open = OpenSessions();
+    Answer(l.code, AnswerBlock(429, 1));
+    EXPECT_EQ(c.sync(), -205) << c.name << " 429";
+    EXPECT_EQ(Message(), "应答数据包不正确1") << c.name;
+    Answer(l.code, AnswerBlock(static_cast<std::size_t>(l.full - 1), 1));
+    EXPECT_EQ(c.sync(), -205) << c.name << " " << l.full - 1;
+    EXPECT_EQ(Message(), l.short_msg) << c.name;
+    ByteBlock full = AnswerBlock(static_cast<std::size_t>(l.full), 1);
+    if (l.full >= 451 && l.fam != Fam::kBatchEntrust) full.Num<std::int64_t>(443, 4242);
+    if (l.full >= 438 && l.full < 451) full.Num<double>(430, 42.0);
+    if (l.fam == Fam::kETFTradableQty) full.Num<std::int32_t>(430, 42);
+    Answer(l.code, full);
+    const std::int64_t ok = c.sync();
+    // The family's result: the order number, the quantity, or the answer's return code.
+    EXPECT_TRUE(ok == 4242 || ok == 42 || (l.fam == Fam::kBatchWithdraw && ok == 1) ||
+                (l.fam == Fam::kBatchEntrust && ok == 1))
+        << c.name << " " << ok << " " << Message();
+    EXPECT_EQ(OpenSessions(), open) << c.name;
+    KELSIM(KelSim_ClearAnswers)();
+  }
+}
+
+// The back end's own answers cut one byte short (KelSim_SetAnswerLength) for the families
+// it accepts as called.
+TEST_F(Faults, BackEndAnswersCutOneByteShort) {
+  const LengthCheck* accepted[] = {&kLengthChecks[0], &kLengthChecks[7], &kLengthChecks[14],
+                                   &kLengthChecks[15], &kLengthChecks[16], &kLengthChecks[18]};
+  for (const LengthCheck* l : accepted) {
+    const OrderCall& c = CallOf(l->fam);
+    ASSERT_GE(c.sync(), 0) << c.name << " is accepted uncut: " << Message();
+    KELSIM(KelSim_SetAnswerLength)(l->code, l->full - 1);
+    EXPECT_EQ(c.sync(), -205) << c.name;
+    EXPECT_EQ(Message(), l->short_msg) << c.name;
+    KELSIM(KelSim_SetAnswerLength)(l->code, 429);
+    EXPECT_EQ(c.sync(), -205) << c.name;
+    EXPECT_EQ(Message(), "应答数据包不正确1") << c.name;
+  }
+}
+
+// Asynchronous replies one byte short: the reply handler refuses the answer (-205 under its
+// own name), delivers nothing and releases the session.
+struct ReplyCheck {
+  Fam fam;
+  const char* code;
+  int min_len;
+  const char* handler;
+};
+const ReplyCheck kReplyChecks[] = {
+    {Fam::kOrderEntrust, "19001", 472, "Sc_Order_AsyncFuncProcess"},
+    {Fam::kBatchEntrust, "19012", 7663, "Sc_BatchOrder_AsyncFuncProcess"},
+    {Fam::kETFSubscribe, "19013", 472, "Sc_ETFSG_AsyncFuncProcess"},
+    {Fam::kETFRedeem, "19014", 472, "Sc_ETFSH_AsyncFuncProcess"},
+    {Fam::kZQHGEntrust, "19042", 472, "Sc_ZQHG_AsyncFuncProcess"},
+    {Fam::kZQHGCrk, "19043", 472, "Sc_ZQCRK_AsyncFuncProcess"},
+    {Fam::kLof, "19025", 475, "Sc_LOF_AsyncFuncProcess"},
+    {Fam::kPHDJEntrust, "19131", 472, "Sc_PHDJ_AsyncFuncProcess"},
+    {Fam::kOrderWithdraw, "19002", 516, "Sc_OrderWithDraw_AsyncFuncProcess"},
+    {Fam::kBatchWithdraw, "19063", 6459, "Sc_BatchOrderWithDraw_AsyncFuncProcess"},
+    {Fam::kETFWithdraw, "19020", 517, "Sc_ETFWithDraw_AsyncFuncProcess"},
+    {Fam::kZQHGWithdraw, "19044", 512, "Sc_ZQHGWithDraw_AsyncFuncProcess"},
+    {Fam::kLOFWithdraw, "19026", 516, "Sc_LOFWithDraw_AsyncFuncProcess"},
+    {Fam::kPHDJWithdraw, "19002", 516, "Sc_PHDJWithDraw_AsyncFuncProcess"},
+};
+
+TEST_F(Faults, AsynchronousRepliesOneByteShort) {
+  HostCallbacks host;
+  std::size_t delivered = 0;
+  for (const ReplyCheck& r : kReplyChecks) {
+    const OrderCall& c = CallOf(r.fam);
+    const std::int32_t open = OpenSessions();
+    for (int len : {429, r.min_len - 1}) {
+      Answer(r.code, AnswerBlock(static_cast<std::size_t>(len), 1));
+      SECMOLRA_SetLastError(0, "", nullptr, nullptr);
+      ASSERT_GT(c.async(), 0) << c.name << " " << Message();
+      KELSIM(KelSim_WaitIdle)();
+      EXPECT_EQ(LastError(), -205) << r.handler << " " << len;
+      EXPECT_EQ(Message(), len == 429 ? "应答数据包不正确1" : "应答数据包不正确") << r.handler;
+      EXPECT_NE(LogText().find(std::string(r.handler) + "：" + Message()), std::string::npos) << r.handler;
+      EXPECT_EQ(host.Functions().size(), delivered) << r.handler << ": a refused reply is not delivered";
+    }
+    Answer(r.code, AnswerBlock(static_cast<std::size_t>(r.min_len), 1));
+    ASSERT_GT(c.async(), 0) << c.name;
+    KELSIM(KelSim_WaitIdle)();
+    EXPECT_EQ(host.Functions().size(), ++delivered) << r.handler << ": the full length is delivered";
+    EXPECT_EQ(OpenSessions(), open) << r.handler;
+  }
+}
+
+}  // namespace
