@@ -1,7 +1,7 @@
 // Replies and pushes that arrive after SECMOLRA_Exit has begun: requests still in flight
 // when the host exits, a host callback still running while another thread exits, pushes
 // sent after the exit. (Host threads must have finished their own calls before one of them
-// calls SECMOLRA_Exit: see "Caller obligations" in docs/reliability.md.) Nothing crashes, nothing is delivered twice, every session is
+// calls SECMOLRA_Exit: see "Caller obligations" in README.md.) Nothing crashes, nothing is delivered twice, every session is
 // released, and calls after the exit fail with the documented code.
 #include <gtest/gtest.h>
 

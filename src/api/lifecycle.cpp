@@ -95,9 +95,14 @@ SECMOLRA_API bool SECMOLRA_SetKelWriteLog(bool enable) {
   return kel::api.Kel_WriteLog != nullptr && kel::api.Kel_WriteLog(enable);
 }
 
-SECMOLRA_API void SECMOLRA_SetProfilePath(const char* path) { Kit().SetProfilePath(path); }
+// A null path leaves the setting as it was: there is no result to report it through.
+SECMOLRA_API void SECMOLRA_SetProfilePath(const char* path) {
+  if (path != nullptr) Kit().SetProfilePath(path);
+}
 
-SECMOLRA_API void SECMOLRA_SetLogPath(const char* path) { Kit().SetLogPath(path); }
+SECMOLRA_API void SECMOLRA_SetLogPath(const char* path) {
+  if (path != nullptr) Kit().SetLogPath(path);
+}
 
 SECMOLRA_API void SECMOLRA_SetMsgCallback(SECMOLRA_MsgCallback cb) {
   MOLRA_LOG_INFO("{} effective:{}", "SECMOLRA_SetMsgCallback", reinterpret_cast<void*>(cb));
