@@ -1,6 +1,6 @@
 // spdlog's compiled part, built once for the kit. Every other translation unit sees spdlog
 // with SPDLOG_COMPILED_LIB (declarations only), so the library's bodies are compiled here
-// instead of in each file that logs. fmt stays header-only. The symbols stay inside the
+// instead of in each file that logs. The symbols stay inside the
 // kit: they are hidden like the rest of its code.
 #if !defined(SPDLOG_COMPILED_LIB)
 #error SPDLOG_COMPILED_LIB must be defined for this file

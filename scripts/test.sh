@@ -136,8 +136,9 @@ stop_wine() {
 }
 
 build_windows() {
-  configure_and_build "$OUT/windows" -DCMAKE_BUILD_TYPE=Release \
-    -DCMAKE_TOOLCHAIN_FILE="$ROOT/cmake/mingw-w64.cmake"
+  # -O2 rather than CMake's -O3 for Release: as fast for this code, and quicker to compile.
+  configure_and_build "$OUT/windows" -DCMAKE_BUILD_TYPE=Release -DCMAKE_CXX_FLAGS_RELEASE="-O2 -DNDEBUG" \
+    -DCMAKE_C_FLAGS_RELEASE="-O2 -DNDEBUG" -DCMAKE_TOOLCHAIN_FILE="$ROOT/cmake/mingw-w64.cmake"
 }
 
 # Only SECMOLRA_/PYSECMOLRA_ names leave the kit; the transport exports its two C++ entry

@@ -8,7 +8,7 @@
 
 namespace sim {
 namespace {
-std::mutex g_mutex;
+std::mutex g_log_mutex;
 std::string g_log;
 std::atomic<bool> g_on{true};
 // A long-running host that never clears the log keeps its most recent part.
@@ -19,7 +19,7 @@ bool CallLogOn() { return g_on.load(std::memory_order_relaxed) && !BenchMode(); 
 void SetCallLog(bool on) { g_on = on; }
 
 void Trace(const std::string& line) {
-  std::lock_guard<std::mutex> lock(g_mutex);
+  std::lock_guard<std::mutex> lock(g_log_mutex);
   if (g_log.size() + line.size() > kMaxLog) {
     std::size_t cut = g_log.find('\n', g_log.size() / 2);
     g_log.erase(0, cut == std::string::npos ? g_log.size() : cut + 1);
@@ -29,12 +29,12 @@ void Trace(const std::string& line) {
 }
 
 std::string CallLogText() {
-  std::lock_guard<std::mutex> lock(g_mutex);
+  std::lock_guard<std::mutex> lock(g_log_mutex);
   return g_log;
 }
 
 void ClearCallLog() {
-  std::lock_guard<std::mutex> lock(g_mutex);
+  std::lock_guard<std::mutex> lock(g_log_mutex);
   g_log.clear();
 }
 

@@ -29,7 +29,7 @@ std::string Pad(const std::string& prefix, const std::string& khh, std::size_t w
   return s + khh;
 }
 
-CustomerCfg Customer(const std::string& khh, const std::string& pwd, std::vector<NodeCfg> nodes) {
+CustomerCfg MakeCustomer(const std::string& khh, const std::string& pwd, std::vector<NodeCfg> nodes) {
   CustomerCfg c;
   c.khh = khh;
   c.password = pwd;
@@ -93,16 +93,16 @@ Config DefaultConfig() {
   esz.constituents = {{"SZ", "000001", 1000, 1}, {"SZ", "000002", 500, 1}};
   c.etfs = {e50, e300, esz};
 
-  CustomerCfg c1 = Customer("1001", "111111", {{1, 4}});
+  CustomerCfg c1 = MakeCustomer("1001", "111111", {{1, 4}});
   c1.positions = {{"SH", "600000", 10000, 10000, 9.50},  {"SH", "600036", 2000, 2000, 30.00},
                   {"SH", "601318", 1000, 1000, 48.00},   {"SZ", "000001", 5000, 5000, 11.00},
                   {"SH", "510050", 100000, 100000, 2.40}};
-  CustomerCfg c2 = Customer("1002", "222222", {{1, 4}, {2, 4}});
+  CustomerCfg c2 = MakeCustomer("1002", "222222", {{1, 4}, {2, 4}});
   c2.positions = {{"SZ", "000002", 3000, 3000, 18.00}};
-  CustomerCfg c3 = Customer("1003", "333333", {{3, 4}, {4, 5}});
+  CustomerCfg c3 = MakeCustomer("1003", "333333", {{3, 4}, {4, 5}});
   c3.positions = {{"SH", "600000", 500, 500, 10.20}};
-  CustomerCfg c4 = Customer("1004", "444444", {{4, 5}});
-  CustomerCfg c5 = Customer("1005", "555555", {{1, 4}});
+  CustomerCfg c4 = MakeCustomer("1004", "444444", {{4, 5}});
+  CustomerCfg c5 = MakeCustomer("1005", "555555", {{1, 4}});
   c5.token_text = "abc";
   c5.bad_fund_row = true;
   c.customers = {c1, c2, c3, c4, c5};
@@ -145,7 +145,7 @@ bool LoadConfigFile(const std::string& path, Config& out, std::string* error) {
     keys.sort(CSimpleIniA::Entry::LoadOrder());
     auto get = [&](const char* key, const char* def) { return std::string(ini.GetValue(sec.pItem, key, def)); };
     if (parts.size() == 2 && parts[0] == "customer") {
-      CustomerCfg cu = Customer(parts[1], get("password", ""), ParseNodes(get("nodes", "1:4")));
+      CustomerCfg cu = MakeCustomer(parts[1], get("password", ""), ParseNodes(get("nodes", "1:4")));
       cu.name = get("name", cu.name.c_str());
       cu.zjzh = get("zjzh", cu.zjzh.c_str());
       cu.gdh_sh = get("gdh_sh", cu.gdh_sh.c_str());

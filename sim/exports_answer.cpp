@@ -8,18 +8,10 @@ using sim::LogCall;
 
 namespace {
 
-template <typename F>
-bool With(kel::int64 session, F f) {
-  sim::SessionPtr s = sim::core().FindSession(session);
-  if (!s) return false;
-  f(*s);
-  return true;
-}
-
 // The value of an answer field, copied; false when absent.
 bool Item(kel::int64 session, kel::int32 fieldId, kel::int32 row, std::string* out) {
   bool found = false;
-  With(session, [&](sim::Session& s) {
+  sim::WithSession(session, [&](sim::Session& s) {
     if (const std::string* v = s.ans.Find(fieldId, row)) {
       *out = *v;
       found = true;
@@ -40,14 +32,14 @@ const std::string* BlockAt(const sim::Session& s, kel::int32 index) {
 KEL_EXPORT kel::int32 Kel_GetCode(kel::int64 session) {
   LogCall("Kel_GetCode", session);
   kel::int32 v = 0;
-  With(session, [&](sim::Session& s) { v = s.ans.code; });
+  sim::WithSession(session, [&](sim::Session& s) { v = s.ans.code; });
   return v;
 }
 
 KEL_EXPORT const char* Kel_GetErrMsg(kel::int64 session, char* buf, kel::int32* len) {
   LogCall("Kel_GetErrMsg", session);
   std::string msg;
-  if (!With(session, [&](sim::Session& s) { msg = s.ans.msg; })) {
+  if (!sim::WithSession(session, [&](sim::Session& s) { msg = s.ans.msg; })) {
     if (len) *len = 0;
     if (buf && len) buf[0] = '\0';
     return buf;
@@ -59,14 +51,14 @@ KEL_EXPORT const char* Kel_GetErrMsg(kel::int64 session, char* buf, kel::int32* 
 KEL_EXPORT kel::int32 Kel_GetCount(kel::int64 session) {
   LogCall("Kel_GetCount", session);
   kel::int32 v = 0;
-  With(session, [&](sim::Session& s) { v = static_cast<kel::int32>(s.ans.rows.size()); });
+  sim::WithSession(session, [&](sim::Session& s) { v = static_cast<kel::int32>(s.ans.rows.size()); });
   return v;
 }
 
 KEL_EXPORT kel::int32 Kel_GetColumnCount(kel::int64 session) {
   LogCall("Kel_GetColumnCount", session);
   kel::int32 v = 0;
-  With(session, [&](sim::Session& s) {
+  sim::WithSession(session, [&](sim::Session& s) {
     if (!s.ans.rows.empty()) v = static_cast<kel::int32>(s.ans.rows[0].size());
   });
   return v;
@@ -111,7 +103,7 @@ KEL_EXPORT bool Kel_GetItemBuf(kel::int64 session, kel::int32 fieldId, char* buf
   LogCall("Kel_GetItemBuf", session, fieldId, row);
   std::string v;
   bool found = false;
-  With(session, [&](sim::Session& s) {
+  sim::WithSession(session, [&](sim::Session& s) {
     if (fieldId == 0) {
       found = !s.body.empty();
       v = s.body;
@@ -132,7 +124,7 @@ KEL_EXPORT const char* Kel_GetValWithIdByIndex(kel::int64 session, kel::int32 in
   LogCall("Kel_GetValWithIdByIndex", session, index, row);
   sim::Field f{0, {}};
   bool found = false;
-  With(session, [&](sim::Session& s) {
+  sim::WithSession(session, [&](sim::Session& s) {
     std::size_t r = row < 0 ? 0 : static_cast<std::size_t>(row);
     if (r < s.ans.rows.size() && index >= 0 && static_cast<std::size_t>(index) < s.ans.rows[r].size()) {
       f = s.ans.rows[r][static_cast<std::size_t>(index)];
@@ -147,7 +139,7 @@ KEL_EXPORT const char* Kel_GetValWithIdByIndex(kel::int64 session, kel::int32 in
 KEL_EXPORT bool Kel_IsStruct(kel::int64 session, kel::int32 index) {
   LogCall("Kel_IsStruct", session, index);
   bool v = false;
-  With(session, [&](sim::Session& s) { v = BlockAt(s, index) != nullptr; });
+  sim::WithSession(session, [&](sim::Session& s) { v = BlockAt(s, index) != nullptr; });
   return v;
 }
 
@@ -155,7 +147,7 @@ KEL_EXPORT bool Kel_GetStructData(kel::int64 session, char* buf, kel::int32* len
   LogCall("Kel_GetStructData", session, index);
   std::string v;
   bool found = false;
-  With(session, [&](sim::Session& s) {
+  sim::WithSession(session, [&](sim::Session& s) {
     if (const std::string* b = BlockAt(s, index)) {
       v = *b;
       found = true;
@@ -172,7 +164,7 @@ KEL_EXPORT const char* Kel_GetStructDataEx(kel::int64 session, kel::int32* len, 
   LogCall("Kel_GetStructDataEx", session, index);
   const char* p = nullptr;
   kel::int32 n = 0;
-  With(session, [&](sim::Session& s) {
+  sim::WithSession(session, [&](sim::Session& s) {
     if (const std::string* b = BlockAt(s, index)) {
       p = b->data();
       n = static_cast<kel::int32>(b->size());
@@ -186,7 +178,7 @@ KEL_EXPORT const char* Kel_GetReqStructData(kel::int64 session, kel::int32* len)
   LogCall("Kel_GetReqStructData", session);
   const char* p = nullptr;
   kel::int32 n = 0;
-  With(session, [&](sim::Session& s) {
+  sim::WithSession(session, [&](sim::Session& s) {
     if (s.req.is_block) {
       p = s.req.block.data();
       n = static_cast<kel::int32>(s.req.block.size());
@@ -199,7 +191,7 @@ KEL_EXPORT const char* Kel_GetReqStructData(kel::int64 session, kel::int32* len)
 KEL_EXPORT bool Kel_GetBody(kel::int64 session, char* buf, kel::int32* len) {
   LogCall("Kel_GetBody", session);
   std::string v;
-  bool found = With(session, [&](sim::Session& s) { v = s.body; });
+  bool found = sim::WithSession(session, [&](sim::Session& s) { v = s.body; });
   if (!found || v.empty()) {
     if (len) *len = 0;
     return false;

@@ -11,17 +11,8 @@ using sim::LogCall;
 
 namespace {
 
-// Runs f on the session; false when the session is unknown.
-template <typename F>
-bool With(kel::int64 session, F f) {
-  sim::SessionPtr s = sim::core().FindSession(session);
-  if (!s) return false;
-  f(*s);
-  return true;
-}
-
 bool SetField(kel::int64 session, kel::int32 id, std::string value) {
-  return With(session, [&](sim::Session& s) { s.req.SetField(id, std::move(value)); });
+  return sim::WithSession(session, [&](sim::Session& s) { s.req.SetField(id, std::move(value)); });
 }
 
 // The connection of a session is open and up; its send time is noted.
@@ -38,71 +29,71 @@ bool Sendable(const sim::Session& s) {
 
 KEL_EXPORT void Kel_SetTimeOut(kel::int64 session, kel::int32 seconds) {
   LogCall("Kel_SetTimeOut", session, seconds);
-  With(session, [&](sim::Session& s) { s.set.timeout = seconds; });
+  sim::WithSession(session, [&](sim::Session& s) { s.set.timeout = seconds; });
 }
 KEL_EXPORT void Kel_SetWTFS(kel::int64 session, const char* wtfs) {
   LogCall("Kel_SetWTFS", session, wtfs);
-  With(session, [&](sim::Session& s) { s.set.wtfs = wtfs ? wtfs : ""; });
+  sim::WithSession(session, [&](sim::Session& s) { s.set.wtfs = wtfs ? wtfs : ""; });
 }
 KEL_EXPORT void Kel_SetFBDM(kel::int64 session, const char* fbdm) {
   LogCall("Kel_SetFBDM", session, fbdm);
-  With(session, [&](sim::Session& s) { s.set.fbdm = fbdm ? fbdm : ""; });
+  sim::WithSession(session, [&](sim::Session& s) { s.set.fbdm = fbdm ? fbdm : ""; });
 }
 KEL_EXPORT void Kel_SetDestFBDM(kel::int64 session, const char* fbdm) {
   LogCall("Kel_SetDestFBDM", session, fbdm);
-  With(session, [&](sim::Session& s) { s.set.dest_fbdm = fbdm ? fbdm : ""; });
+  sim::WithSession(session, [&](sim::Session& s) { s.set.dest_fbdm = fbdm ? fbdm : ""; });
 }
 KEL_EXPORT void Kel_SetNode(kel::int64 session, const char* node) {
   LogCall("Kel_SetNode", session, node);
-  With(session, [&](sim::Session& s) { s.set.node = node ? node : ""; });
+  sim::WithSession(session, [&](sim::Session& s) { s.set.node = node ? node : ""; });
 }
 KEL_EXPORT void Kel_SetGYDM(kel::int64 session, const char* gydm) {
   LogCall("Kel_SetGYDM", session, gydm);
-  With(session, [&](sim::Session& s) { s.set.gydm = gydm ? gydm : ""; });
+  sim::WithSession(session, [&](sim::Session& s) { s.set.gydm = gydm ? gydm : ""; });
 }
 KEL_EXPORT void Kel_SetUserHeadInfo(kel::int64 session, const char* info) {
   LogCall("Kel_SetUserHeadInfo", session, info);
-  With(session, [&](sim::Session& s) { s.set.user_head = info ? info : ""; });
+  sim::WithSession(session, [&](sim::Session& s) { s.set.user_head = info ? info : ""; });
 }
 KEL_EXPORT void Kel_SetNodeId(kel::int64 session, kel::int32 nodeId) {
   LogCall("Kel_SetNodeId", session, nodeId);
-  With(session, [&](sim::Session& s) { s.set.node_id = nodeId; });
+  sim::WithSession(session, [&](sim::Session& s) { s.set.node_id = nodeId; });
 }
 KEL_EXPORT void Kel_SetSystemId(kel::int64 session, kel::int32 systemId) {
   LogCall("Kel_SetSystemId", session, systemId);
-  With(session, [&](sim::Session& s) { s.set.system_id = systemId; });
+  sim::WithSession(session, [&](sim::Session& s) { s.set.system_id = systemId; });
 }
 KEL_EXPORT kel::int32 Kel_GetSystemId(kel::int64 session) {
   LogCall("Kel_GetSystemId", session);
   kel::int32 v = 0;
-  With(session, [&](sim::Session& s) { v = s.set.system_id; });
+  sim::WithSession(session, [&](sim::Session& s) { v = s.set.system_id; });
   return v;
 }
 KEL_EXPORT kel::int32 Kel_GetNodeId(kel::int64 session) {
   LogCall("Kel_GetNodeId", session);
   kel::int32 v = 0;
-  With(session, [&](sim::Session& s) { v = s.set.node_id; });
+  sim::WithSession(session, [&](sim::Session& s) { v = s.set.node_id; });
   return v;
 }
 KEL_EXPORT bool Kel_SetSysInfo(kel::int64 session, kel::int32 kind, kel::int32 fieldId) {
   LogCall("Kel_SetSysInfo", session, kind, fieldId);
-  return With(session, [&](sim::Session& s) { s.set.sysinfo.emplace_back(kind, fieldId); });
+  return sim::WithSession(session, [&](sim::Session& s) { s.set.sysinfo.emplace_back(kind, fieldId); });
 }
 KEL_EXPORT kel::int64 Kel_GetToken(kel::int64 session) {
   LogCall("Kel_GetToken", session);
   kel::int64 v = 0;
-  With(session, [&](sim::Session& s) { v = s.set.token; });
+  sim::WithSession(session, [&](sim::Session& s) { v = s.set.token; });
   return v;
 }
 KEL_EXPORT void Kel_SetToken(kel::int64 session, kel::int64 token) {
   LogCall("Kel_SetToken", session, token);
-  With(session, [&](sim::Session& s) { s.set.token = token; });
+  sim::WithSession(session, [&](sim::Session& s) { s.set.token = token; });
 }
 
 KEL_EXPORT bool Kel_CreateHead(kel::int64 session, const char* funcCode) {
   LogCall("Kel_CreateHead", session, funcCode);
   if (funcCode == nullptr || *funcCode == '\0') return false;
-  return With(session, [&](sim::Session& s) {
+  return sim::WithSession(session, [&](sim::Session& s) {
     s.req.Clear();
     s.req.raw_func = funcCode;
     s.req.func = sim::NormaliseFuncCode(funcCode);
@@ -145,7 +136,7 @@ KEL_EXPORT bool Kel_SetItemBuf(kel::int64 session, kel::int32 fieldId, const cha
 KEL_EXPORT bool Kel_SetStructData(kel::int64 session, const char* block, kel::int32 len) {
   LogCall("Kel_SetStructData", session, len);
   if (block == nullptr || len < 2) return false;
-  return With(session, [&](sim::Session& s) {
+  return sim::WithSession(session, [&](sim::Session& s) {
     s.req.Clear();
     s.req.is_block = true;
     s.req.block.assign(block, static_cast<std::size_t>(len));
@@ -157,18 +148,18 @@ KEL_EXPORT bool Kel_SetStructData(kel::int64 session, const char* block, kel::in
 
 KEL_EXPORT void Kel_SetSessData(kel::int64 session, kel::int64 data) {
   LogCall("Kel_SetSessData", session, data);
-  With(session, [&](sim::Session& s) { s.data = data; });
+  sim::WithSession(session, [&](sim::Session& s) { s.data = data; });
 }
 KEL_EXPORT kel::int64 Kel_GetSessData(kel::int64 session) {
   LogCall("Kel_GetSessData", session);
   kel::int64 v = 0;
-  With(session, [&](sim::Session& s) { v = s.data; });
+  sim::WithSession(session, [&](sim::Session& s) { v = s.data; });
   return v;
 }
 
 KEL_EXPORT bool Kel_RegReplyCallFunc(kel::int64 session, kel::ReplyFn fn) {
   LogCall("Kel_RegReplyCallFunc", session, sim::Ptr{reinterpret_cast<const void*>(fn)});
-  return With(session, [&](sim::Session& s) { s.reply_fn = fn; });
+  return sim::WithSession(session, [&](sim::Session& s) { s.reply_fn = fn; });
 }
 
 KEL_EXPORT bool Kel_Run(kel::int64 session) {
@@ -208,6 +199,6 @@ KEL_EXPORT bool Kel_Write(kel::int64 session) {
 KEL_EXPORT bool Kel_IsReplyed(kel::int64 session) {
   LogCall("Kel_IsReplyed", session);
   bool v = false;
-  With(session, [&](sim::Session& s) { v = s.replied; });
+  sim::WithSession(session, [&](sim::Session& s) { v = s.replied; });
   return v;
 }

@@ -77,6 +77,15 @@ struct Core {
 
 Core& core();
 
+// Runs f on the session; false when the session is unknown.
+template <typename F>
+bool WithSession(std::int64_t session, F f) {
+  SessionPtr s = core().FindSession(session);
+  if (!s) return false;
+  f(*s);
+  return true;
+}
+
 // Counts one queued delivery; KelSim_WaitIdle waits until none is left.
 void PostEvent(std::function<void()> task);
 void PostReply(std::function<void()> task);

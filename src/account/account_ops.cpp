@@ -43,11 +43,6 @@ const Method kModifyRatio{"AccountInfo::ModifyZJHBCL", "910004", true, Result::k
 constexpr std::int32_t kSystemType = 4;
 constexpr std::int32_t kLoginType = 6;
 
-std::int64_t Fail(std::int64_t code, const std::string& msg, const char* func) {
-  SetLastError(code, msg, func, nullptr);
-  return code;
-}
-
 bool Missing(const char* s) { return s == nullptr || *s == '\0'; }
 
 // Export step: the logged-in customer, or false with the lookup's error under `func`.

@@ -22,6 +22,13 @@ void SetLastError(std::int64_t code, const std::string& msg, const char* func,
                   CusLoginInfo* account);
 ErrorRecord GetLastErrorRecord();
 
+// SetLastError, then the code: `return Fail(...)` ends a failing step.
+inline std::int64_t Fail(std::int64_t code, const std::string& msg, const char* func,
+                         CusLoginInfo* account = nullptr) {
+  SetLastError(code, msg, func, account);
+  return code;
+}
+
 void StageError(std::int32_t code, const std::string& msg);
 ErrorRecord GetStagedError();
 

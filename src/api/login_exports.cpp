@@ -25,11 +25,6 @@ namespace text = login_text;
 constexpr const char* kTradeDateCode = "A00066";
 constexpr kel::int32 kTradeDateTimeoutSeconds = 2;
 
-std::int64_t Fail(std::int64_t code, const std::string& message, const char* func) {
-  SetLastError(code, message, func, nullptr);
-  return code;
-}
-
 // The customer's connection set for a key, after the configuration checks that login and
 // the node-list query share. On failure the last error is set and `code` holds the result.
 struct SetResult {

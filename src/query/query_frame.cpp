@@ -9,16 +9,6 @@
 
 namespace molra::query {
 
-namespace {
-
-std::int64_t Fail(std::int64_t code, const std::string& msg, const char* func,
-                  CusLoginInfo* info) {
-  SetLastError(code, msg, func, info);
-  return code;
-}
-
-}  // namespace
-
 CusLoginInfo MakeLoginInfo(const char* khh) {
   CusLoginInfo info{};
   info.NodeID = -1;

@@ -10,10 +10,6 @@
 
 namespace molra::trade {
 
-namespace {
-constexpr kel::int32 kPricePrecision = 6;
-}  // namespace
-
 std::int64_t Refuse(const OrderFamily& family, CusLoginInfo* record, std::int64_t code,
                     const char* msg) {
   SetLastError(code, msg, family.name, record);

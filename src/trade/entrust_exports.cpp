@@ -43,6 +43,8 @@ std::int64_t EtfWithRecord(const char* func, CusLoginInfo* rec, const char* jys,
 
 std::uint8_t Low8(std::int64_t v) { return static_cast<std::uint8_t>(v); }
 
+// The family each export places its order in.
+namespace target {
 const Target kOrder = Fixed(Fam::kOrderEntrust);
 const Target kPhdj = Fixed(Fam::kPHDJEntrust);
 const Target kZqhg = ByCategory(Biz::kZQHG);
@@ -51,6 +53,7 @@ const Target kLof = ByCategory(Biz::kLof);
 const Target kFxyw = ByCategory(Biz::kFXYW);
 const Target kDzjy = ByCategory(Biz::kDZJY);
 const Target kFjy = ByCategory(Biz::kFJY);
+}  // namespace target
 
 }  // namespace
 }  // namespace molra::trade
@@ -64,14 +67,14 @@ extern "C" {
 SECMOLRA_API int64_t SECMOLRA_OrderEntrust(const char* lpKhh, const char* lpJys,
                                            const char* lpZqdm, int32_t nJylb, int64_t lWtsl,
                                            double lfWtjg, int64_t lDdlx, const char* lpGdh) {
-  return Plain("SECMOLRA_OrderEntrust", kOrder, lpKhh, lpGdh,
+  return Plain("SECMOLRA_OrderEntrust", target::kOrder, lpKhh, lpGdh,
                {lpJys, lpZqdm, nJylb, lWtsl, lfWtjg, lDdlx, Low8(lDdlx)}, kSync);
 }
 
 SECMOLRA_API int64_t SECMOLRA_OrderEntrustEx(CusLoginInfo* info, const char* lpJys,
                                              const char* lpZqdm, int32_t nJylb, int64_t lWtsl,
                                              double lfWtjg, int64_t lDdlx) {
-  return WithRecord("SECMOLRA_OrderEntrustEx", kOrder, info,
+  return WithRecord("SECMOLRA_OrderEntrustEx", target::kOrder, info,
                     {lpJys, lpZqdm, nJylb, lWtsl, lfWtjg, lDdlx, Low8(lDdlx)}, kSync);
 }
 
@@ -79,7 +82,7 @@ SECMOLRA_API int64_t SECMOLRA_OrderEntrust_ASync(const char* lpKhh, const char* 
                                                  const char* lpZqdm, int32_t nJylb,
                                                  int64_t lWtsl, double lfWtjg, int64_t lDdlx,
                                                  const char* lpGdh, int64_t nKFSBDBH) {
-  return Plain("SECMOLRA_OrderEntrust_ASync", kOrder, lpKhh, lpGdh,
+  return Plain("SECMOLRA_OrderEntrust_ASync", target::kOrder, lpKhh, lpGdh,
                {lpJys, lpZqdm, nJylb, lWtsl, lfWtjg, lDdlx, Low8(lDdlx)}, Async(nKFSBDBH));
 }
 
@@ -87,7 +90,7 @@ SECMOLRA_API int64_t SECMOLRA_OrderEntrustEx_ASync(CusLoginInfo* info, const cha
                                                    const char* lpZqdm, int32_t nJylb,
                                                    int64_t lWtsl, double lfWtjg, int64_t lDdlx,
                                                    int64_t nKFSBDBH) {
-  return WithRecord("SECMOLRA_OrderEntrustEx_ASync", kOrder, info,
+  return WithRecord("SECMOLRA_OrderEntrustEx_ASync", target::kOrder, info,
                     {lpJys, lpZqdm, nJylb, lWtsl, lfWtjg, lDdlx, Low8(lDdlx)}, Async(nKFSBDBH));
 }
 
@@ -128,14 +131,14 @@ SECMOLRA_API int64_t SECMOLRA_ETFEntrustEx_ASync(CusLoginInfo* info, const char*
 SECMOLRA_API int64_t SECMOLRA_ZQHGEntrust(const char* lpKhh, const char* lpJys,
                                           const char* lpZqdm, int32_t nJylb, int32_t lWtsl,
                                           double lfWtjg, int64_t lDdlx, const char* lpGdh) {
-  return Plain("SECMOLRA_ZQHGEntrust", kZqhg, lpKhh, lpGdh,
+  return Plain("SECMOLRA_ZQHGEntrust", target::kZqhg, lpKhh, lpGdh,
                {lpJys, lpZqdm, nJylb, lWtsl, lfWtjg, lDdlx, Low8(lDdlx)}, kSync);
 }
 
 SECMOLRA_API int64_t SECMOLRA_ZQHGEntrustEx(CusLoginInfo* info, const char* lpJys,
                                             const char* lpZqdm, int32_t nJylb, int32_t lWtsl,
                                             double lfWtjg, int64_t lDdlx) {
-  return WithRecord("SECMOLRA_ZQHGEntrustEx", kZqhg, info,
+  return WithRecord("SECMOLRA_ZQHGEntrustEx", target::kZqhg, info,
                     {lpJys, lpZqdm, nJylb, lWtsl, lfWtjg, lDdlx, Low8(lDdlx)}, kSync);
 }
 
@@ -143,7 +146,7 @@ SECMOLRA_API int64_t SECMOLRA_ZQHGEntrust_ASync(const char* lpKhh, const char* l
                                                 const char* lpZqdm, int32_t nJylb, int32_t lWtsl,
                                                 double lfWtjg, int64_t lDdlx, const char* lpGdh,
                                                 int64_t nKFSBDBH) {
-  return Plain("SECMOLRA_ZQHGEntrust_ASync", kZqhg, lpKhh, lpGdh,
+  return Plain("SECMOLRA_ZQHGEntrust_ASync", target::kZqhg, lpKhh, lpGdh,
                {lpJys, lpZqdm, nJylb, lWtsl, lfWtjg, lDdlx, Low8(lDdlx)}, Async(nKFSBDBH));
 }
 
@@ -151,7 +154,7 @@ SECMOLRA_API int64_t SECMOLRA_ZQHGEntrustEx_ASync(CusLoginInfo* info, const char
                                                   const char* lpZqdm, int32_t nJylb,
                                                   int32_t lWtsl, double lfWtjg, int64_t lDdlx,
                                                   int64_t nKFSBDBH) {
-  return WithRecord("SECMOLRA_ZQHGEntrustEx_ASync", kZqhg, info,
+  return WithRecord("SECMOLRA_ZQHGEntrustEx_ASync", target::kZqhg, info,
                     {lpJys, lpZqdm, nJylb, lWtsl, lfWtjg, lDdlx, Low8(lDdlx)}, Async(nKFSBDBH));
 }
 
@@ -159,27 +162,27 @@ SECMOLRA_API int64_t SECMOLRA_ZQHGEntrustEx_ASync(CusLoginInfo* info, const char
 
 SECMOLRA_API int64_t SECMOLRA_ZQHGCrk(const char* lpKhh, const char* lpJys, const char* lpZqdm,
                                       int32_t nJylb, int32_t lWtsl, const char* lpGdh) {
-  return Plain("SECMOLRA_ZQHGCrk", kCrk, lpKhh, lpGdh, {lpJys, lpZqdm, nJylb, lWtsl, 0, 0, 0},
+  return Plain("SECMOLRA_ZQHGCrk", target::kCrk, lpKhh, lpGdh, {lpJys, lpZqdm, nJylb, lWtsl, 0, 0, 0},
                kSync);
 }
 
 SECMOLRA_API int64_t SECMOLRA_ZQHGCrkEx(CusLoginInfo* info, const char* lpJys,
                                         const char* lpZqdm, int32_t nJylb, int32_t lWtsl) {
-  return WithRecord("SECMOLRA_ZQHGCrkEx", kCrk, info, {lpJys, lpZqdm, nJylb, lWtsl, 0, 0, 0},
+  return WithRecord("SECMOLRA_ZQHGCrkEx", target::kCrk, info, {lpJys, lpZqdm, nJylb, lWtsl, 0, 0, 0},
                     kSync);
 }
 
 SECMOLRA_API int64_t SECMOLRA_ZQHGCrk_ASync(const char* lpKhh, const char* lpJys,
                                             const char* lpZqdm, int32_t nJylb, int32_t lWtsl,
                                             const char* lpGdh, int64_t nKFSBDBH) {
-  return Plain("SECMOLRA_ZQHGCrk_ASync", kCrk, lpKhh, lpGdh,
+  return Plain("SECMOLRA_ZQHGCrk_ASync", target::kCrk, lpKhh, lpGdh,
                {lpJys, lpZqdm, nJylb, lWtsl, 0, 0, 0}, Async(nKFSBDBH));
 }
 
 SECMOLRA_API int64_t SECMOLRA_ZQHGCrkEx_ASync(CusLoginInfo* info, const char* lpJys,
                                               const char* lpZqdm, int32_t nJylb, int32_t lWtsl,
                                               int64_t nKFSBDBH) {
-  return WithRecord("SECMOLRA_ZQHGCrkEx_ASync", kCrk, info,
+  return WithRecord("SECMOLRA_ZQHGCrkEx_ASync", target::kCrk, info,
                     {lpJys, lpZqdm, nJylb, lWtsl, 0, 0, 0}, Async(nKFSBDBH));
 }
 
@@ -188,13 +191,13 @@ SECMOLRA_API int64_t SECMOLRA_ZQHGCrkEx_ASync(CusLoginInfo* info, const char* lp
 SECMOLRA_API int64_t SECMOLRA_Lof(const char* lpKhh, const char* lpJys, const char* lpZqdm,
                                   int32_t nJylb, int32_t lWtsl, double lwtjg, char flag,
                                   const char* lpGdh) {
-  return Plain("SECMOLRA_Lof", kLof, lpKhh, lpGdh,
+  return Plain("SECMOLRA_Lof", target::kLof, lpKhh, lpGdh,
                {lpJys, lpZqdm, nJylb, lWtsl, lwtjg, 0, static_cast<std::uint8_t>(flag)}, kSync);
 }
 
 SECMOLRA_API int64_t SECMOLRA_LofEx(CusLoginInfo* info, const char* lpJys, const char* lpZqdm,
                                     int32_t nJylb, int32_t lWtsl, double lwtjg, char flag) {
-  return WithRecord("SECMOLRA_LofEx", kLof, info,
+  return WithRecord("SECMOLRA_LofEx", target::kLof, info,
                     {lpJys, lpZqdm, nJylb, lWtsl, lwtjg, 0, static_cast<std::uint8_t>(flag)},
                     kSync);
 }
@@ -203,7 +206,7 @@ SECMOLRA_API int64_t SECMOLRA_Lof_ASync(const char* lpKhh, const char* lpJys,
                                         const char* lpZqdm, int32_t nJylb, int32_t lWtsl,
                                         double lwtjg, char flag, const char* lpGdh,
                                         int64_t nKFSBDBH) {
-  return Plain("SECMOLRA_Lof_ASync", kLof, lpKhh, lpGdh,
+  return Plain("SECMOLRA_Lof_ASync", target::kLof, lpKhh, lpGdh,
                {lpJys, lpZqdm, nJylb, lWtsl, lwtjg, 0, static_cast<std::uint8_t>(flag)},
                Async(nKFSBDBH));
 }
@@ -211,7 +214,7 @@ SECMOLRA_API int64_t SECMOLRA_Lof_ASync(const char* lpKhh, const char* lpJys,
 SECMOLRA_API int64_t SECMOLRA_LofEx_ASync(CusLoginInfo* info, const char* lpJys,
                                           const char* lpZqdm, int32_t nJylb, int32_t lWtsl,
                                           double lwtjg, char flag, int64_t nKFSBDBH) {
-  return WithRecord("SECMOLRA_LofEx_ASync", kLof, info,
+  return WithRecord("SECMOLRA_LofEx_ASync", target::kLof, info,
                     {lpJys, lpZqdm, nJylb, lWtsl, lwtjg, 0, static_cast<std::uint8_t>(flag)},
                     Async(nKFSBDBH));
 }
@@ -221,14 +224,14 @@ SECMOLRA_API int64_t SECMOLRA_LofEx_ASync(CusLoginInfo* info, const char* lpJys,
 SECMOLRA_API int64_t SECMOLRA_PHDJEntrust(const char* lpKhh, const char* lpJys,
                                           const char* lpZqdm, int32_t nJylb, int64_t lWtsl,
                                           double lfWtjg, int64_t lDdlx, const char* lpGdh) {
-  return Plain("SECMOLRA_PHDJEntrust", kPhdj, lpKhh, lpGdh,
+  return Plain("SECMOLRA_PHDJEntrust", target::kPhdj, lpKhh, lpGdh,
                {lpJys, lpZqdm, nJylb, lWtsl, lfWtjg, lDdlx, Low8(lDdlx)}, kSync);
 }
 
 SECMOLRA_API int64_t SECMOLRA_PHDJEntrustEx(CusLoginInfo* info, const char* lpJys,
                                             const char* lpZqdm, int32_t nJylb, int64_t lWtsl,
                                             double lfWtjg, int64_t lDdlx) {
-  return WithRecord("SECMOLRA_PHDJEntrustEx", kPhdj, info,
+  return WithRecord("SECMOLRA_PHDJEntrustEx", target::kPhdj, info,
                     {lpJys, lpZqdm, nJylb, lWtsl, lfWtjg, lDdlx, Low8(lDdlx)}, kSync);
 }
 
@@ -236,7 +239,7 @@ SECMOLRA_API int64_t SECMOLRA_PHDJEntrust_ASync(const char* lpKhh, const char* l
                                                 const char* lpZqdm, int32_t nJylb, int64_t lWtsl,
                                                 double lfWtjg, int64_t lDdlx, const char* lpGdh,
                                                 int64_t nKFSBDBH) {
-  return Plain("SECMOLRA_PHDJEntrust_ASync", kPhdj, lpKhh, lpGdh,
+  return Plain("SECMOLRA_PHDJEntrust_ASync", target::kPhdj, lpKhh, lpGdh,
                {lpJys, lpZqdm, nJylb, lWtsl, lfWtjg, lDdlx, Low8(lDdlx)}, Async(nKFSBDBH));
 }
 
@@ -244,7 +247,7 @@ SECMOLRA_API int64_t SECMOLRA_PHDJEntrustEx_ASync(CusLoginInfo* info, const char
                                                   const char* lpZqdm, int32_t nJylb,
                                                   int64_t lWtsl, double lfWtjg, int64_t lDdlx,
                                                   int64_t nKFSBDBH) {
-  return WithRecord("SECMOLRA_PHDJEntrustEx_ASync", kPhdj, info,
+  return WithRecord("SECMOLRA_PHDJEntrustEx_ASync", target::kPhdj, info,
                     {lpJys, lpZqdm, nJylb, lWtsl, lfWtjg, lDdlx, Low8(lDdlx)}, Async(nKFSBDBH));
 }
 
@@ -253,14 +256,14 @@ SECMOLRA_API int64_t SECMOLRA_PHDJEntrustEx_ASync(CusLoginInfo* info, const char
 SECMOLRA_API int64_t SECMOLRA_FXYW(const char* lpKhh, const char* lpJys, const char* lpZqdm,
                                    int32_t nJylb, int64_t lWtsl, double lwtjg, int64_t lDdlx,
                                    const char* lpGdh) {
-  return Plain("SECMOLRA_FXYW", kFxyw, lpKhh, lpGdh,
+  return Plain("SECMOLRA_FXYW", target::kFxyw, lpKhh, lpGdh,
                {lpJys, lpZqdm, nJylb, lWtsl, lwtjg, lDdlx, 0}, kSync);
 }
 
 SECMOLRA_API int64_t SECMOLRA_FXYWEx(CusLoginInfo* info, const char* lpJys, const char* lpZqdm,
                                      int32_t nJylb, int64_t lWtsl, double lwtjg,
                                      int64_t lDdlx) {
-  return WithRecord("SECMOLRA_FXYWEx", kFxyw, info,
+  return WithRecord("SECMOLRA_FXYWEx", target::kFxyw, info,
                     {lpJys, lpZqdm, nJylb, lWtsl, lwtjg, lDdlx, 0}, kSync);
 }
 
@@ -268,14 +271,14 @@ SECMOLRA_API int64_t SECMOLRA_FXYW_ASync(const char* lpKhh, const char* lpJys,
                                          const char* lpZqdm, int32_t nJylb, int64_t lWtsl,
                                          double lwtjg, int64_t lDdlx, const char* lpGdh,
                                          int64_t nKFSBDBH) {
-  return Plain("SECMOLRA_FXYW_ASync", kFxyw, lpKhh, lpGdh,
+  return Plain("SECMOLRA_FXYW_ASync", target::kFxyw, lpKhh, lpGdh,
                {lpJys, lpZqdm, nJylb, lWtsl, lwtjg, lDdlx, 0}, Async(nKFSBDBH));
 }
 
 SECMOLRA_API int64_t SECMOLRA_FXYWEx_ASync(CusLoginInfo* info, const char* lpJys,
                                            const char* lpZqdm, int32_t nJylb, int64_t lWtsl,
                                            double lwtjg, int64_t lDdlx, int64_t nKFSBDBH) {
-  return WithRecord("SECMOLRA_FXYWEx_ASync", kFxyw, info,
+  return WithRecord("SECMOLRA_FXYWEx_ASync", target::kFxyw, info,
                     {lpJys, lpZqdm, nJylb, lWtsl, lwtjg, lDdlx, 0}, Async(nKFSBDBH));
 }
 
@@ -287,7 +290,7 @@ SECMOLRA_API int64_t SECMOLRA_DZJY(const char* lpKhh, const char* lpJys, const c
                                    const char* lpLxdh, const char* lpHyh, const char* lpDfgdh,
                                    int32_t nPddm, int32_t nTdbz) {
   const DzjyArgs d{lpDfxw, lpLxr, lpLxdh, lpHyh, lpDfgdh, nPddm, nTdbz};
-  return Plain("SECMOLRA_DZJY", kDzjy, lpKhh, lpGdh,
+  return Plain("SECMOLRA_DZJY", target::kDzjy, lpKhh, lpGdh,
                {lpJys, lpZqdm, nJylb, lWtsl, lwtjg, lDdlx, 0}, kSync, &d);
 }
 
@@ -297,7 +300,7 @@ SECMOLRA_API int64_t SECMOLRA_DZJYEx(CusLoginInfo* info, const char* lpJys, cons
                                      const char* lpHyh, const char* lpDfgdh, int32_t nPddm,
                                      int32_t nTdbz) {
   const DzjyArgs d{lpDfxw, lpLxr, lpLxdh, lpHyh, lpDfgdh, nPddm, nTdbz};
-  return WithRecord("SECMOLRA_DZJYEx", kDzjy, info,
+  return WithRecord("SECMOLRA_DZJYEx", target::kDzjy, info,
                     {lpJys, lpZqdm, nJylb, lWtsl, lwtjg, lDdlx, 0}, kSync, &d);
 }
 
@@ -306,13 +309,13 @@ SECMOLRA_API int64_t SECMOLRA_DZJYEx(CusLoginInfo* info, const char* lpJys, cons
 SECMOLRA_API int64_t SECMOLRA_FJY(const char* lpKhh, const char* lpJys, const char* lpZqdm,
                                   int32_t nJylb, int64_t lWtsl, double lwtjg, int64_t lDdlx,
                                   const char* lpGdh) {
-  return Plain("SECMOLRA_FJY", kFjy, lpKhh, lpGdh,
+  return Plain("SECMOLRA_FJY", target::kFjy, lpKhh, lpGdh,
                {lpJys, lpZqdm, nJylb, lWtsl, lwtjg, lDdlx, 0}, kSync);
 }
 
 SECMOLRA_API int64_t SECMOLRA_FJYEx(CusLoginInfo* info, const char* lpJys, const char* lpZqdm,
                                     int32_t nJylb, int64_t lWtsl, double lwtjg, int64_t lDdlx) {
-  return WithRecord("SECMOLRA_FJYEx", kFjy, info, {lpJys, lpZqdm, nJylb, lWtsl, lwtjg, lDdlx, 0},
+  return WithRecord("SECMOLRA_FJYEx", target::kFjy, info, {lpJys, lpZqdm, nJylb, lWtsl, lwtjg, lDdlx, 0},
                     kSync);
 }
 
@@ -320,14 +323,14 @@ SECMOLRA_API int64_t SECMOLRA_FJY_ASync(const char* lpKhh, const char* lpJys,
                                         const char* lpZqdm, int32_t nJylb, int64_t lWtsl,
                                         double lwtjg, int64_t lDdlx, const char* lpGdh,
                                         int64_t nKFSBDBH) {
-  return Plain("SECMOLRA_FJY_ASync", kFjy, lpKhh, lpGdh,
+  return Plain("SECMOLRA_FJY_ASync", target::kFjy, lpKhh, lpGdh,
                {lpJys, lpZqdm, nJylb, lWtsl, lwtjg, lDdlx, 0}, Async(nKFSBDBH));
 }
 
 SECMOLRA_API int64_t SECMOLRA_FJYEx_ASync(CusLoginInfo* info, const char* lpJys,
                                           const char* lpZqdm, int32_t nJylb, int64_t lWtsl,
                                           double lwtjg, int64_t lDdlx, int64_t nKFSBDBH) {
-  return WithRecord("SECMOLRA_FJYEx_ASync", kFjy, info,
+  return WithRecord("SECMOLRA_FJYEx_ASync", target::kFjy, info,
                     {lpJys, lpZqdm, nJylb, lWtsl, lwtjg, lDdlx, 0}, Async(nKFSBDBH));
 }
 

@@ -25,6 +25,8 @@ namespace molra::trade {
 constexpr std::int32_t kAnswerHeadLen = 430;
 constexpr const char* kAnswerTooShort = "应答数据包不正确1";
 constexpr const char* kSendFailed = "发送请求失败";
+// Decimal places of a price set as a key/value field.
+constexpr kel::int32 kPricePrecision = 6;
 
 class OrderRequest {
  public:

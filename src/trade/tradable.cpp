@@ -13,8 +13,6 @@ namespace molra::trade {
 
 namespace {
 
-constexpr kel::int32 kPricePrecision = 6;
-
 Target TargetOf(Fam fam) {
   switch (fam) {
     case Fam::kLOFTradableQty:

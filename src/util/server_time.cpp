@@ -17,7 +17,7 @@ std::atomic<std::int64_t> g_system_date{0};
 std::atomic<std::int64_t> g_offset_ms{0};
 
 constexpr const char* kServerTimeCode = "A00001";
-constexpr const char* kFunc = "GetCurTime";
+constexpr const char* kCurTimeFunc = "GetCurTime";
 constexpr int kServerTextCap = 128;
 
 std::string ServerTimeText(kel::int64 session) {
@@ -36,13 +36,13 @@ bool GetCurTime() {
   std::shared_ptr<KelComm::KelConn> conn = Registry().DefaultConn(0);
   KelSession session = conn ? AllocManagementSession(*conn) : KelSession();
   if (!session) {
-    SetLastError(-202, GetStagedError().message, kFunc, nullptr);
+    SetLastError(-202, GetStagedError().message, kCurTimeFunc, nullptr);
     return false;
   }
   std::string t0 = LocalStamp();
   CreateHead(session, kServerTimeCode);
   if (!kel::api.Kel_Run(session.handle())) {
-    SetLastError(-204, "发送请求失败", kFunc, nullptr);
+    SetLastError(-204, "发送请求失败", kCurTimeFunc, nullptr);
     return false;
   }
   if (kel::api.Kel_GetCode(session.handle()) <= 0) return false;
