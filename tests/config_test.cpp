@@ -1,11 +1,10 @@
-// "molra.ini": location, value rules, the GLOBAL section and connection sections.
+// "molra.ini": location, value rules and the GLOBAL section (sections: conn_profile_test).
 #include <gtest/gtest.h>
 
 #include <cstring>
 #include <string>
 
 #include "api/kit_state.h"
-#include "config/conn_profile.h"
 #include "config/ini_file.h"
 #include "secmolra.h"
 #include "support/test_support.h"
@@ -76,83 +75,4 @@ TEST(GlobalSection, SectionsAndKeysIgnoreCaseAndTheFileIsReadAfresh) {
   EXPECT_TRUE(CommInit());
   EXPECT_FALSE(Global().struct_push_msg);
   EXPECT_EQ(Global().confirm_msg_func, "DM0003");
-}
-
-TEST(ConnSection, DefaultsOfAnEmptySection) {
-  WriteIni("[K]\n");
-  IniFile ini;
-  ASSERT_TRUE(ini.Load(ConfigFilePath()));
-  ConnProfile p;
-  std::memset(&p, 0x7f, sizeof p);
-  ConnSectionInfo info = ReadConnProfile(ini, "K", p);
-  EXPECT_EQ(info.system_type, 4);
-  EXPECT_FALSE(info.connect_with_ua);
-  EXPECT_STREQ(p.yybbh, "0");
-  EXPECT_STREQ(p.addr, "");
-  EXPECT_STREQ(p.name, "");
-  EXPECT_TRUE(p.use3rd);
-  EXPECT_FALSE(p.use_traders);
-  EXPECT_FALSE(p.cancel_resub);
-  EXPECT_TRUE(p.trade_addr_defaulted);
-  EXPECT_EQ(p.reserved, 0);
-}
-
-TEST(ConnSection, AddressesDefaultInChain) {
-  WriteIni("[A]\naddr=m:1\n[B]\naddr=m:1\ntradeaddr=t:2\n[C]\naddr=m:1\ntradeaddr=t:2\nqueryaddr=q:3\n");
-  IniFile ini;
-  ASSERT_TRUE(ini.Load(ConfigFilePath()));
-  ConnProfile p;
-  ReadConnProfile(ini, "A", p);
-  EXPECT_STREQ(p.trade_addr, "m:1");
-  EXPECT_STREQ(p.subscribe_addr, "m:1");
-  EXPECT_STREQ(p.query_addr, "m:1");
-  EXPECT_TRUE(p.trade_addr_defaulted);
-  ReadConnProfile(ini, "B", p);
-  EXPECT_STREQ(p.trade_addr, "t:2");
-  EXPECT_STREQ(p.subscribe_addr, "t:2");
-  EXPECT_STREQ(p.query_addr, "t:2");
-  EXPECT_FALSE(p.trade_addr_defaulted);
-  ReadConnProfile(ini, "C", p);
-  EXPECT_STREQ(p.query_addr, "q:3");
-  EXPECT_STREQ(p.subscribe_addr, "t:2");
-}
-
-TEST(ConnSection, ValuesAndBooleansWithTheirOwnDefaults) {
-  WriteIni(
-      "[k]\nsystemtype=0x1A\nName=0123456789012345678901234567890123\nexchange=SHSE\n"
-      "use3rd=of\nusetraders=1\ncancelkelresub=on\nConnWithUA=TRUE\nyybbh=8\n"
-      "[u1]\nuse3rd=x\nConnWithUA=yes\nSystemType=12abc\n[u2]\nConnWithUA=1\nSystemType=0x\n"
-      "[u3]\nConnWithUA=on\nuse3rd=off\n");
-  IniFile ini;
-  ASSERT_TRUE(ini.Load(ConfigFilePath()));
-  ConnProfile p;
-  ConnSectionInfo info = ReadConnProfile(ini, "K", p);
-  EXPECT_EQ(info.system_type, 26);
-  EXPECT_TRUE(info.connect_with_ua);
-  EXPECT_EQ(std::string(p.name, sizeof p.name), "012345678901234567890123456789012");  // 33, no NUL
-  EXPECT_EQ(std::string(p.exchange, 3), "SHS");
-  EXPECT_FALSE(p.use3rd);
-  EXPECT_TRUE(p.use_traders);
-  EXPECT_TRUE(p.cancel_resub);
-  EXPECT_STREQ(p.yybbh, "8");
-  info = ReadConnProfile(ini, "u1", p);
-  EXPECT_TRUE(p.use3rd);
-  EXPECT_FALSE(info.connect_with_ua);
-  EXPECT_EQ(info.system_type, 4);
-  info = ReadConnProfile(ini, "u2", p);
-  EXPECT_FALSE(info.connect_with_ua);
-  EXPECT_EQ(info.system_type, 4);
-  info = ReadConnProfile(ini, "u3", p);
-  EXPECT_FALSE(info.connect_with_ua);
-  EXPECT_FALSE(p.use3rd);
-}
-
-TEST(ConnSection, UnreadableFileLeavesEveryKeyAtItsDefault) {
-  SECMOLRA_SetProfilePath((MakeTempDir() + "/").c_str());
-  IniFile ini;
-  EXPECT_FALSE(ini.Load(ConfigFilePath()));
-  ConnProfile p;
-  ConnSectionInfo info = ReadConnProfile(ini, "K", p);
-  EXPECT_EQ(info.system_type, 4);
-  EXPECT_TRUE(p.use3rd);
 }

@@ -99,6 +99,7 @@ TEST_F(ConnPoolTest, ConnectFailureStagesTransportTextKeyAndAddress) {
   fake::S().last_err = "connection refused";
   EXPECT_EQ(pool().GetConnection("1001", "K"), nullptr);
   EXPECT_EQ(Staged(), "connect failed.connection refused[key:K,addr:q]\n");
+  EXPECT_EQ(molra::GetStagedError().code, 0);
   EXPECT_EQ(fake::S().caps.back(), 128);  // the transport's text is read into 128 bytes
   EXPECT_EQ(fake::Calls("Kel_Connect(s"), "");  // nothing after the failure
   EXPECT_EQ(fake::Calls("Kel_SetConnEvent").find(",fn)"), std::string::npos);  // never registered

@@ -53,12 +53,16 @@ TEST(ConnProfile, SectionWithOnlyAddrTakesEveryDefault) {
 }
 
 TEST(ConnProfile, SubscribeAndQueryDefaultToTheTradeAddressNotTheManagementOne) {
-  UseIni("[K]\naddr=m:1\ntradeaddr=t:2\nqueryaddr=q:3\n");
+  UseIni("[K]\naddr=m:1\ntradeaddr=t:2\nqueryaddr=q:3\n[T]\naddr=m:1\ntradeaddr=t:2\n");
   molra::ConnProfile p = Read("K");
   EXPECT_FALSE(p.trade_addr_defaulted);
   EXPECT_EQ(FIELD(p, trade_addr), "t:2");
   EXPECT_EQ(FIELD(p, subscribe_addr), "t:2");
   EXPECT_EQ(FIELD(p, query_addr), "q:3");
+  p = Read("T");
+  EXPECT_FALSE(p.trade_addr_defaulted);
+  EXPECT_EQ(FIELD(p, subscribe_addr), "t:2");
+  EXPECT_EQ(FIELD(p, query_addr), "t:2");
 }
 
 TEST(ConnProfile, EveryKeyLandsInItsField) {

@@ -1,10 +1,11 @@
 // The connection manager end to end: the kit started with SECMOLRA_Init on the simulated
-// transport, molra.ini in a temporary profile directory.
+// transport, molra.ini in a temporary profile directory. Each rule of connecting, failing,
+// sessions and events is tested against the transport double (conn_pool_test,
+// conn_events_test); here the whole paths run on the simulator and its threads.
 #include <gtest/gtest.h>
 
 #include <atomic>
 #include <filesystem>
-#include <mutex>
 #include <string>
 #include <thread>
 #include <vector>
@@ -111,48 +112,6 @@ TEST_F(ConnSim, ConnectOpensFourConnectionsBindsTheCustomerAndRegistersEvents) {
   EXPECT_EQ(Connections(), 4);
 }
 
-TEST_F(ConnSim, SectionWithOnlyAddrConnectsFourTimesToItWithoutBinding) {
-  Start("[K]\naddr=" + kM + "\n");
-  ASSERT_NE(Get(), nullptr);
-  EXPECT_EQ(CallsOf({"Kel_Connect", "Kel_SetCustomerForBindThread"}),
-            "Kel_Connect(" + kM + ",,,10)\nKel_Connect(" + kM + ",,,10)\nKel_Connect(" + kM +
-                ",,,10)\nKel_Connect(" + kM + ",,,10)\n");
-  EXPECT_NE(SIM_FN(KelSim_ConnectionByAddr)(kM.c_str(), 3), 0);
-}
-
-TEST_F(ConnSim, TradersModeBindsNobody) {
-  Start(kFourAddrs + "usetraders=1\n");
-  ASSERT_NE(Get(), nullptr);
-  EXPECT_EQ(CallsOf({"Kel_SetCustomerForBindThread"}), "");
-}
-
-TEST_F(ConnSim, CertificateIsSetBeforeConnecting) {
-  Start(kFourAddrs + "CertFile=client.pfx\nCertPwd=secret\n");
-  ASSERT_NE(Get(), nullptr);
-  EXPECT_EQ(CallsOf({"Kel_SetAppInfo", "Kel_SetCertFile"}),
-            "Kel_SetAppInfo(molra,)\nKel_SetCertFile(client.pfx,secret,,,1)\n");
-}
-
-TEST_F(ConnSim, BackupWithAnotherSystemTypeFailsEveryConnect) {
-  Start(kFourAddrs + "backup=BK\n[BK]\naddr=127.0.0.1:9201\nSystemType=3\n");
-  for (int i = 0; i < 2; ++i) {
-    EXPECT_EQ(Get(), nullptr);
-    EXPECT_EQ(Staged(), "主备连接系统类型不一致");
-  }
-  EXPECT_EQ(CallsOf({"Kel_Connect"}), "");
-  EXPECT_EQ(CallsOf({"Kel_SetDefaultSystemId"}),
-            "Kel_SetDefaultSystemId(4)\nKel_SetDefaultSystemId(3)\n"
-            "Kel_SetDefaultSystemId(4)\nKel_SetDefaultSystemId(3)\n");
-}
-
-TEST_F(ConnSim, ConnectFailuresNameTheTransportTextKeyAndAddress) {
-  Start("[K]\naddr=" + kM + "\ntradeaddr=10.9.9.9:1\n");
-  EXPECT_EQ(Get(), nullptr);
-  EXPECT_EQ(Staged(), "connect failed.connect to 10.9.9.9:1 refused[key:K,addr:10.9.9.9:1]\n");
-  EXPECT_EQ(molra::GetStagedError().code, 0);
-  EXPECT_EQ(Connections(), 0);  // the dropped set closed its management connection
-}
-
 TEST_F(ConnSim, FailedSetIsRetriedInFullByTheNextRequest) {
   Start(kFourAddrs);
   SIM_FN(KelSim_FailConnect)(kS.c_str(), 1);
@@ -166,107 +125,6 @@ TEST_F(ConnSim, FailedSetIsRetriedInFullByTheNextRequest) {
                                           ",u,p,10)\nKel_Connect(" + kQ + ",u,p,10)\nKel_Connect(" +
                                           kS + ",u,p,10)\n");
   EXPECT_EQ(Connections(), 4);
-}
-
-TEST_F(ConnSim, BindFailureIsStaged) {
-  Start(kFourAddrs);
-  SIM_FN(KelSim_FailBind)(1);
-  EXPECT_EQ(Get(), nullptr);
-  EXPECT_EQ(Staged(), "conn bind customer failed[key:K,addr:" + kT + ",khh:1001]\n");
-}
-
-TEST_F(ConnSim, BrokenSetIsRefusedButKept) {
-  Start(kFourAddrs);
-  auto set = Get();
-  SIM_FN(KelSim_BreakConnection)(set->subscribe_handle, 5);
-  EXPECT_EQ(Get("1001", ""), nullptr);
-  EXPECT_EQ(Staged(), "交易、订阅连接已失效");
-  SIM_FN(KelSim_BreakConnection)(set->mgmt_handle, 5);
-  EXPECT_EQ(Get("1001", "K"), nullptr);
-  EXPECT_EQ(Staged(), "认证管理连接已失效");
-  SIM_FN(KelSim_RestoreConnection)(set->mgmt_handle);
-  SIM_FN(KelSim_RestoreConnection)(set->subscribe_handle);
-  SIM_FN(KelSim_WaitIdle)();
-  EXPECT_EQ(Get("1001", ""), set);
-  EXPECT_EQ(Get("1002", ""), nullptr);
-  EXPECT_EQ(Staged(), "客户未连接登录，无法获取连接");
-}
-
-TEST_F(ConnSim, TwoBreaksAndTwoRecoveriesReachTheHostTwice) {
-  Start(kFourAddrs);
-  auto set = Get();
-  Sim::Get().ClearCallLog();
-  SIM_FN(KelSim_BreakConnection)(set->trade_handle, 71);
-  SIM_FN(KelSim_BreakConnection)(set->subscribe_handle, 72);
-  SIM_FN(KelSim_RestoreConnection)(set->trade_handle);
-  SIM_FN(KelSim_RestoreConnection)(set->subscribe_handle);
-  auto events = HostEvents();
-  ASSERT_EQ(events.size(), 2u);
-  EXPECT_EQ(events[0].khh, "1001");
-  EXPECT_EQ(events[0].name, "Main");
-  EXPECT_EQ(events[0].event, 71);
-  EXPECT_EQ(events[0].reserved, 0);
-  EXPECT_EQ(events[1].event, 0);
-  EXPECT_EQ(set->broken_count.load(), 0);
-  // Each recovered connection was bound to the customer again.
-  EXPECT_EQ(CallsOf({"Kel_SetCustomerForBindThread"}),
-            "Kel_SetCustomerForBindThread(" + N(set->trade_handle) + ",1001)\n"
-            "Kel_SetCustomerForBindThread(" + N(set->subscribe_handle) + ",1001)\n");
-}
-
-TEST_F(ConnSim, RecoveryWithoutBreakIsSilentAndTheNextBreakToo) {
-  Start(kFourAddrs);
-  auto set = Get();
-  SIM_FN(KelSim_RaiseConnEvent)(set->query_handle, 0);
-  SIM_FN(KelSim_WaitIdle)();
-  EXPECT_EQ(set->broken_count.load(), -1);
-  SIM_FN(KelSim_BreakConnection)(set->trade_handle, 8);
-  SIM_FN(KelSim_WaitIdle)();
-  EXPECT_EQ(set->broken_count.load(), 0);
-  EXPECT_TRUE(HostEvents().empty());
-}
-
-TEST_F(ConnSim, SubscribeRecoveryCancelsThePrimarySubscriptionsWhenConfigured) {
-  Start(kFourAddrs + "cancelkelresub=1\n");
-  auto set = Get();
-  set->slots[0][KelConn::kConfirmSlot] = 41;
-  set->slots[0][KelConn::kReportSlot] = 43;
-  SIM_FN(KelSim_BreakConnection)(set->subscribe_handle, 3);
-  SIM_FN(KelSim_RestoreConnection)(set->subscribe_handle);
-  SIM_FN(KelSim_WaitIdle)();
-  std::string calls = CallsOf({"Kel_AllocateSession", "Kel_Unsubscribe", "Kel_ReleaseSession"});
-  const std::string sub = N(set->subscribe_handle);
-  const std::string session = FirstArg(calls, "Kel_Unsubscribe");
-  EXPECT_EQ(calls, "Kel_AllocateSession(" + sub + ")\nKel_Unsubscribe(" + session +
-                       ",41)\nKel_Unsubscribe(" + session + ",43)\nKel_ReleaseSession(" + session +
-                       ")\n");
-  EXPECT_EQ(OpenSessions(), 0);
-}
-
-TEST_F(ConnSim, SessionsOfEveryRoleAreReleasedAndConnectWithUaPrefixesSixCharacterCodes) {
-  Start(kFourAddrs + "ConnWithUA=true\n");
-  auto set = Get();
-  {
-    molra::KelSession m = molra::AllocManagementSession(*set);
-    molra::KelSession t = molra::AllocTradeSession(*set);
-    molra::KelSession q = molra::AllocQuerySession(*set);
-    molra::KelSession s = molra::AllocSubscribeSession(*set);
-    ASSERT_TRUE(m && t && q && s);
-    EXPECT_EQ(OpenSessions(), 4);
-    Sim::Get().ClearCallLog();
-    molra::CreateHead(t, "610301");
-    molra::CreateHead(t, "A000010");
-    EXPECT_EQ(CallsOf({"Kel_CreateHead"}), "Kel_CreateHead(" + N(t.handle()) + ",H610301)\n"
-                                           "Kel_CreateHead(" + N(t.handle()) + ",A000010)\n");
-  }
-  EXPECT_EQ(OpenSessions(), 0);
-  SIM_FN(KelSim_FailAllocSession)(1);
-  EXPECT_FALSE(molra::AllocTradeSession(*set));
-  EXPECT_EQ(Staged(), "发起会话失败");
-  SIM_FN(KelSim_BreakConnection)(set->query_handle, 2);
-  EXPECT_FALSE(molra::AllocQuerySession(*set));
-  EXPECT_EQ(Staged(), "未连接，无法发起会话");
-  EXPECT_EQ(OpenSessions(), 0);
 }
 
 TEST_F(ConnSim, LongAnswerTextsAreReadWhole) {

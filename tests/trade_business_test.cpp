@@ -37,12 +37,6 @@ TEST_F(Business, EtfRedemptionStepAndRequestNumber) {
   EXPECT_EQ(Text(b, 142, 21), step);  // full field, no NUL
 }
 
-TEST_F(Business, EtfShortAnswerHasTheMessageWithoutDigit) {
-  Answer("19013", AnswerBlock(460, 1));
-  EXPECT_EQ(SECMOLRA_ETFEntrust("1001", "SH", "510050", 29, 1, kGdhSH, "x"), -205);
-  EXPECT_EQ(Message(), "应答数据包不正确");
-}
-
 TEST_F(Business, BlockBusinessesShareTheEntrustHeadWithTheirOwnLengths) {
   struct Case {
     const char* func;

@@ -13,10 +13,8 @@ TEST_F(Tradable, QuantityIsTruncatedTowardZero) {
   EXPECT_EQ(SECMOLRA_TradableQty("1001", "SH", "600000", 1, 10.0, 0, kGdhSH), 1234);
 }
 
-TEST_F(Tradable, AnswerShortOfTheMinimumIsIncorrect) {
-  Answer("19011", AnswerBlock(437, 1).Num<double>(430, 5.0));
-  EXPECT_EQ(SECMOLRA_TradableQty("1001", "SH", "600000", 1, 10.0, 0, kGdhSH), -205);
-  EXPECT_EQ(Message(), "应答数据包不正确");
+// Answers short of each family's length: fault_session_test.
+TEST_F(Tradable, RefusalReturnsTheCodeWithTheAnswersMessage) {
   Answer("19011", AnswerBlock(438, -4, "停牌"));
   EXPECT_EQ(SECMOLRA_TradableQty("1001", "SH", "600000", 1, 10.0, 0, kGdhSH), -4);
   EXPECT_EQ(Message(), "停牌");

@@ -1,6 +1,6 @@
 // Withdrawals against the simulated back end: the 139-byte block of each family, where the
-// request numbers go, the answer lengths that differ by family, the key/value withdrawals
-// and the batch withdrawal.
+// request numbers go, the key/value withdrawals and the batch withdrawal (the answer
+// lengths of every family: fault_session_test).
 #include <gtest/gtest.h>
 
 #include "support/trade_fixture.h"
@@ -45,28 +45,6 @@ TEST_F(Withdraw, FunctionCodesPerFamily) {
   EXPECT_EQ(Num<std::int16_t>(Request("19020"), 0), 19020);
   EXPECT_EQ(Num<std::int16_t>(Request("19044"), 0), 19044);
   EXPECT_EQ(Num<std::int16_t>(Request("19026"), 0), 19026);
-}
-
-TEST_F(Withdraw, AnswerMustReachTheFamilysLength) {
-  Answer("19002", AnswerBlock(500, 1).Num<std::int64_t>(443, 1));
-  EXPECT_EQ(SECMOLRA_OrderWithdraw("1001", "SH", 5), -205);
-  EXPECT_EQ(Message(), "应答数据包不正确");
-
-  // 516 bytes satisfy the ordinary family, not the ETF one (517).
-  Answer("19020", AnswerBlock(516, 1).Num<std::int64_t>(443, 1));
-  EXPECT_EQ(SECMOLRA_ETFWithdraw("1001", "SH", 5), -205);
-  Answer("19020", AnswerBlock(517, 1).Num<std::int64_t>(443, 61));
-  EXPECT_EQ(SECMOLRA_ETFWithdraw("1001", "SH", 5), 61);
-
-  // The repurchase withdrawal's answer is 512 bytes.
-  Answer("19044", AnswerBlock(512, 1).Num<std::int64_t>(443, 62));
-  EXPECT_EQ(SECMOLRA_ZQHGWithdraw("1001", "SH", 5), 62);
-  Answer("19044", AnswerBlock(511, 1));
-  EXPECT_EQ(SECMOLRA_ZQHGWithdraw("1001", "SH", 5), -205);
-
-  Answer("19026", AnswerBlock(429, 1));
-  EXPECT_EQ(SECMOLRA_LOFWithdraw("1001", "SH", 5), -205);
-  EXPECT_EQ(Message(), "应答数据包不正确1");
 }
 
 TEST_F(Withdraw, KeyValueFamiliesSendTheirFieldsInOrder) {
