@@ -43,10 +43,7 @@ class ConnEventsTest : public ::testing::Test {
     return set;
   }
 
-  std::string Log() {
-    if (auto* l = molra::g_logger.load()) l->flush();
-    return ReadFile(logdir_ + "/molra_" + Today() + ".log");
-  }
+  std::string Log() { return KitLog(logdir_); }
 
   std::string logdir_;
 };

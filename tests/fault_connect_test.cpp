@@ -14,11 +14,6 @@ namespace {
 
 #define FAULT_SIM(name) LOGIN_SIM_FN(name)
 
-std::string Message() {
-  std::string m;
-  LastError(&m);
-  return m;
-}
 
 struct ConnectFault {
   const char* addr;   // the connection that fails
@@ -37,8 +32,8 @@ TEST_P(ConnectFaults, LoginReportsTheFailedConnectAndKeepsNothingOpen) {
     FAULT_SIM(KelSim_FailConnect)(f.addr, count);
     EXPECT_EQ(SECMOLRA_TradeLogin("T", "1001", "111111"), 0) << f.addr;
     EXPECT_EQ(LastError(), 0);
-    EXPECT_EQ(Message(), std::string("connect failed.connect to ") + f.addr + " timed out[key:T,addr:" +
-                             f.addr + "]\n");
+    EXPECT_EQ(LastErrorText(), std::string("connect failed.connect to ") + f.addr +
+                                   " timed out[key:T,addr:" + f.addr + "]\n");
     EXPECT_EQ(Count(Sim::Get().CallLog(), "Kel_Connect("), static_cast<std::size_t>(f.opened_before + 1));
     EXPECT_EQ(FAULT_SIM(KelSim_ConnectionCount)(), 0) << "the dropped set closes what it opened";
     EXPECT_EQ(FAULT_SIM(KelSim_OpenSessions)(), 0);
@@ -57,7 +52,7 @@ TEST_F(LoginTest, BindFailureFailsTheLoginAndALaterLoginBinds) {
     FAULT_SIM(KelSim_FailBind)(count);
     EXPECT_EQ(SECMOLRA_TradeLogin("T", "1001", "111111"), 0);
     EXPECT_EQ(LastError(), 0);
-    EXPECT_EQ(Message(), "conn bind customer failed[key:T,addr:127.0.0.1:9102,khh:1001]\n");
+    EXPECT_EQ(LastErrorText(), "conn bind customer failed[key:T,addr:127.0.0.1:9102,khh:1001]\n");
     EXPECT_EQ(FAULT_SIM(KelSim_ConnectionCount)(), 0);
     EXPECT_EQ(FAULT_SIM(KelSim_OpenSessions)(), 0);
     FAULT_SIM(KelSim_FailBind)(0);
@@ -74,7 +69,7 @@ TEST_F(LoginTest, EveryConnectFailingLeavesOtherCustomersServed) {
   ASSERT_GT(SECMOLRA_TradeLogin("T", "1001", "111111"), 0);
   FAULT_SIM(KelSim_FailConnect)(nullptr, -1);
   EXPECT_EQ(SECMOLRA_TradeLogin("T", "1002", "222222"), 0);
-  EXPECT_EQ(Message().rfind("connect failed.", 0), 0u) << Message();
+  EXPECT_EQ(LastErrorText().rfind("connect failed.", 0), 0u) << LastErrorText();
   FAULT_SIM(KelSim_FailConnect)(nullptr, 0);
   EXPECT_GT(SECMOLRA_TradableQty("1001", "SH", "600000", 1, 10.0, 0, "A000001001"), 0)
       << "the first customer's set is untouched";

@@ -13,12 +13,6 @@ using molra::TextToMs;
 
 namespace {
 
-std::string Err() {
-  std::string m;
-  LastError(&m);
-  return m;
-}
-
 int64_t LocalReading() { return TextToMs(molra::LocalStamp().c_str()); }
 
 }  // namespace
@@ -119,7 +113,7 @@ TEST_F(LoginTest, LoginMeasuresDateAndOffsetOnTheManagementConnection) {
   bool stable = false;
   for (int attempt = 0; attempt < 3 && !stable; ++attempt) {
     int64_t before = LocalReading();
-    ASSERT_GT(SECMOLRA_TradeLogin("T", "1001", "111111"), 0) << Err();
+    ASSERT_GT(SECMOLRA_TradeLogin("T", "1001", "111111"), 0) << LastErrorText();
     SECMOLRA_GetReviseTime(buf);
     as_long = SECMOLRA_GetReviseTimeAsLong();
     stable = LocalReading() == before;
@@ -137,7 +131,7 @@ TEST_F(LoginTest, LoginMeasuresDateAndOffsetOnTheManagementConnection) {
 
 TEST_F(LoginTest, ServerTimeQueryReadsItsAnswerInOrder) {
   StartDefault();
-  ASSERT_GT(SECMOLRA_TradeLogin("T", "1001", "111111"), 0) << Err();
+  ASSERT_GT(SECMOLRA_TradeLogin("T", "1001", "111111"), 0) << LastErrorText();
   std::string calls = Sim::Get().CallLog();
   std::size_t head = calls.find("A00001)\n");
   ASSERT_NE(head, std::string::npos);
@@ -161,7 +155,7 @@ TEST_F(LoginTest, ServerTimeQueryReadsItsAnswerInOrder) {
 TEST_F(LoginTest, SystemDateNotPositiveInTheAnswerIsAskedAgain) {
   StartDefault();
   LOGIN_SIM_FN(KelSim_SetKvAnswer)("A00001", 1, "", "578=0|1219=10:00:00");
-  ASSERT_GT(SECMOLRA_TradeLogin("T", "1001", "111111"), 0) << Err();
+  ASSERT_GT(SECMOLRA_TradeLogin("T", "1001", "111111"), 0) << LastErrorText();
   Sim::Get().ClearCallLog();
   EXPECT_EQ(SECMOLRA_GetSystemDate(), 0);
   EXPECT_NE(Sim::Get().CallLog().find("A00001"), std::string::npos);
@@ -171,16 +165,16 @@ TEST_F(LoginTest, SystemDateNotPositiveInTheAnswerIsAskedAgain) {
 
 TEST_F(LoginTest, ServerTimeFailuresAreRecordedUnderGetCurTime) {
   StartDefault();
-  ASSERT_GT(SECMOLRA_TradeLogin("T", "1001", "111111"), 0) << Err();
+  ASSERT_GT(SECMOLRA_TradeLogin("T", "1001", "111111"), 0) << LastErrorText();
   int64_t offset = molra::TimeOffsetMs();
   LOGIN_SIM_FN(KelSim_FailRun)(1);
   EXPECT_FALSE(molra::GetCurTime());
   EXPECT_EQ(LastError(), -204);
-  EXPECT_EQ(Err(), "发送请求失败");
+  EXPECT_EQ(LastErrorText(), "发送请求失败");
   LOGIN_SIM_FN(KelSim_FailAllocSession)(1);
   EXPECT_FALSE(molra::GetCurTime());
   EXPECT_EQ(LastError(), -202);
-  EXPECT_EQ(Err(), "发起会话失败");
+  EXPECT_EQ(LastErrorText(), "发起会话失败");
   // A refused query changes nothing.
   LOGIN_SIM_FN(KelSim_SetKvAnswer)("A00001", -3, "busy", "578=1|1219=01:00:00");
   EXPECT_FALSE(molra::GetCurTime());

@@ -8,15 +8,6 @@
 
 using namespace molra::test;
 
-namespace {
-
-std::string Err() {
-  std::string m;
-  LastError(&m);
-  return m;
-}
-
-}  // namespace
 
 TEST_F(LoginTest, TradeLoginRefusesNullArgumentsAsIllegal) {
   StartDefault();
@@ -25,7 +16,7 @@ TEST_F(LoginTest, TradeLoginRefusesNullArgumentsAsIllegal) {
     SECMOLRA_SetLastError(0, "", nullptr, nullptr);
     EXPECT_EQ(SECMOLRA_TradeLogin(a[0], a[1], a[2]), -221);
     EXPECT_EQ(LastError(), -221);
-    EXPECT_EQ(Err(), "非法参数");
+    EXPECT_EQ(LastErrorText(), "非法参数");
   }
   EXPECT_EQ(Sim::Get().CallLog(), "");
 }
@@ -33,16 +24,16 @@ TEST_F(LoginTest, TradeLoginRefusesNullArgumentsAsIllegal) {
 TEST_F(LoginTest, TradeLoginRefusesEmptyKeyOrCustomerBeforeConnecting) {
   StartDefault();
   EXPECT_EQ(SECMOLRA_TradeLogin("", "1001", "111111"), -221);
-  EXPECT_EQ(Err(), "配置名、客户号、交易密码不能为空");
+  EXPECT_EQ(LastErrorText(), "配置名、客户号、交易密码不能为空");
   EXPECT_EQ(SECMOLRA_TradeLogin("T", "", "111111"), -221);
-  EXPECT_EQ(Err(), "配置名、客户号、交易密码不能为空");
+  EXPECT_EQ(LastErrorText(), "配置名、客户号、交易密码不能为空");
   EXPECT_EQ(Sim::Get().CallLog(), "");
 }
 
 TEST_F(LoginTest, EmptyPasswordPassesTheExportAndIsRefusedByTheLogin) {
   StartDefault();
   EXPECT_EQ(SECMOLRA_TradeLogin("T", "1001", ""), -221);
-  EXPECT_EQ(Err(), "客户号或密码为空");
+  EXPECT_EQ(LastErrorText(), "客户号或密码为空");
   // It got as far as the connection set, and no request went out.
   std::string calls = Sim::Get().CallLog();
   EXPECT_NE(calls.find("Kel_Connect(127.0.0.1:9101"), std::string::npos);
@@ -54,7 +45,7 @@ TEST_F(LoginTest, MissingConfigurationFileIsReportedWithItsFullPath) {
   StartDefault();
   std::remove((profile_ + "molra.ini").c_str());
   EXPECT_EQ(SECMOLRA_TradeLogin("T", "1001", "111111"), -206);
-  EXPECT_EQ(Err(), "读取配置文件[" + profile_ + "molra.ini]失败");
+  EXPECT_EQ(LastErrorText(), "读取配置文件[" + profile_ + "molra.ini]失败");
   std::vector<CusNodeInfo> list;
   EXPECT_EQ(SECMOLRA_QueryCusNodeinfo("T", "1001", list), -206);
   EXPECT_TRUE(list.empty());
@@ -64,7 +55,7 @@ TEST_F(LoginTest, MissingConfigurationFileIsReportedWithItsFullPath) {
 TEST_F(LoginTest, KeyOfAnotherSystemTypeIsUnknown) {
   StartDefault("", "SystemType=5\n");
   EXPECT_EQ(SECMOLRA_TradeLogin("T", "1001", "111111"), -223);
-  EXPECT_EQ(Err(), "未知系统类型");
+  EXPECT_EQ(LastErrorText(), "未知系统类型");
   std::vector<CusNodeInfo> list;
   EXPECT_EQ(SECMOLRA_QueryCusNodeinfo("T", "1001", list), -223);
   EXPECT_EQ(Sim::Get().CallLog().find("Kel_Connect"), std::string::npos);
@@ -76,7 +67,7 @@ TEST_F(LoginTest, AbsentKeyReadsTheDefaultSystemTypeAndFailsToConnect) {
   // what the caller gets, with its message in the last error.
   EXPECT_EQ(SECMOLRA_TradeLogin("NOSUCHKEY", "1001", "111111"), 0);
   EXPECT_EQ(LastError(), 0);
-  EXPECT_EQ(Err().rfind("connect failed.", 0), 0u) << Err();
+  EXPECT_EQ(LastErrorText().rfind("connect failed.", 0), 0u) << LastErrorText();
 }
 
 TEST_F(LoginTest, ConnectionFailureReturnsTheStagedCodeAndMessage) {
@@ -85,7 +76,7 @@ TEST_F(LoginTest, ConnectionFailureReturnsTheStagedCodeAndMessage) {
   SECMOLRA_SetLastError(-1, "before", nullptr, nullptr);
   EXPECT_EQ(SECMOLRA_TradeLogin("T", "1001", "111111"), 0);
   EXPECT_EQ(LastError(), 0);
-  std::string m = Err();
+  std::string m = LastErrorText();
   EXPECT_EQ(m.rfind("connect failed.", 0), 0u) << m;
   EXPECT_NE(m.find("[key:T,addr:127.0.0.1:9102]"), std::string::npos) << m;
   EXPECT_EQ(molra::Registry().DefaultKhh(0), "");
@@ -95,17 +86,17 @@ TEST_F(LoginTest, TradeLoginExChecksItsRecord) {
   StartDefault();
   CusLoginInfo info{};
   EXPECT_EQ(SECMOLRA_TradeLoginEx(nullptr, &info), -221);
-  EXPECT_EQ(Err(), "非法参数");
+  EXPECT_EQ(LastErrorText(), "非法参数");
   EXPECT_EQ(SECMOLRA_TradeLoginEx("T", nullptr), -221);
-  EXPECT_EQ(Err(), "非法参数");
+  EXPECT_EQ(LastErrorText(), "非法参数");
   EXPECT_EQ(SECMOLRA_TradeLoginEx("T", &info), -221);
-  EXPECT_EQ(Err(), "配置名、客户号、交易密码不能为空");
+  EXPECT_EQ(LastErrorText(), "配置名、客户号、交易密码不能为空");
   std::strcpy(info.KHH, "1001");
   EXPECT_EQ(SECMOLRA_TradeLoginEx("", &info), -221);
-  EXPECT_EQ(Err(), "配置名、客户号、交易密码不能为空");
+  EXPECT_EQ(LastErrorText(), "配置名、客户号、交易密码不能为空");
   // KHH given, password empty: refused by the login, and the record gets its own copy.
   EXPECT_EQ(SECMOLRA_TradeLoginEx("T", &info), -221);
-  EXPECT_EQ(Err(), "客户号或密码为空");
+  EXPECT_EQ(LastErrorText(), "客户号或密码为空");
   EXPECT_EQ(V(info.ErrorCode), -221);
   EXPECT_STREQ(info.ErrorMsg, "客户号或密码为空");
 }
@@ -121,15 +112,15 @@ TEST_F(LoginTest, TradeLoginExReadsAFullWidthUnterminatedCustomerNumber) {
   // Exactly the sixteen characters went out, and the back end refused the customer.
   std::string req = LastRequest("610301");
   EXPECT_EQ(req.rfind("605=1234567890123456|598=", 0), 0u) << req;
-  EXPECT_NE(Err().find("does not exist"), std::string::npos) << Err();
+  EXPECT_NE(LastErrorText().find("does not exist"), std::string::npos) << LastErrorText();
 }
 
 TEST_F(LoginTest, LogoutChecksItsArgumentAndResetsTheCustomer) {
   StartDefault();
   EXPECT_EQ(SECMOLRA_TradeLogout(nullptr), -221);
-  EXPECT_EQ(Err(), "非法参数");
+  EXPECT_EQ(LastErrorText(), "非法参数");
   EXPECT_EQ(SECMOLRA_TradeLogout(""), -221);
-  EXPECT_EQ(Err(), "客户号不能为空");
+  EXPECT_EQ(LastErrorText(), "客户号不能为空");
 
   ASSERT_GT(SECMOLRA_TradeLogin("T", "1001", "111111"), 0);
   ASSERT_NE(molra::Registry().Find(4, "1001"), nullptr);
@@ -185,7 +176,7 @@ TEST_F(LoginTest, QueryCusNodeinfoChecksItsArguments) {
   EXPECT_EQ(SECMOLRA_QueryCusNodeinfo(nullptr, "1001", list), -221);
   EXPECT_EQ(SECMOLRA_QueryCusNodeinfo("T", nullptr, list), -221);
   EXPECT_EQ(SECMOLRA_QueryCusNodeinfo("", "1001", list), -221);
-  EXPECT_EQ(Err(), "非法参数");
+  EXPECT_EQ(LastErrorText(), "非法参数");
   EXPECT_EQ(Sim::Get().CallLog(), "");
 }
 
@@ -193,7 +184,7 @@ TEST_F(LoginTest, QueryCusNodeinfoReportsTheBackEndsRefusal) {
   StartDefault();
   std::vector<CusNodeInfo> list;
   EXPECT_EQ(SECMOLRA_QueryCusNodeinfo("T", "4242", list), -102);
-  EXPECT_NE(Err().find("4242"), std::string::npos);
+  EXPECT_NE(LastErrorText().find("4242"), std::string::npos);
   EXPECT_TRUE(list.empty());
 }
 
@@ -201,7 +192,7 @@ TEST_F(LoginTest, TradeDateWithNobodyLoggedInReportsTheStagedRecord) {
   StartDefault();
   molra::StageError(0, "客户未连接登录，无法获取连接");
   EXPECT_EQ(SECMOLRA_GetTradeDate(), 0);
-  EXPECT_EQ(Err(), "客户未连接登录，无法获取连接");
+  EXPECT_EQ(LastErrorText(), "客户未连接登录，无法获取连接");
   EXPECT_NE(Log().find("GetTradeDate：客户未连接登录，无法获取连接"), std::string::npos);
 }
 
@@ -223,12 +214,12 @@ TEST_F(LoginTest, TradeDateFailuresAreRecordedUnderItsName) {
   ASSERT_GT(SECMOLRA_TradeLogin("T", "1001", "111111"), 0);
   LOGIN_SIM_FN(KelSim_FailRun)(1);
   EXPECT_EQ(SECMOLRA_GetTradeDate(), -204);
-  EXPECT_EQ(Err(), "发送请求失败");
+  EXPECT_EQ(LastErrorText(), "发送请求失败");
   LOGIN_SIM_FN(KelSim_SetKvAnswer)("A00066", -7, "no date today", "");
   EXPECT_EQ(SECMOLRA_GetTradeDate(), -7);
-  EXPECT_EQ(Err(), "no date today");
+  EXPECT_EQ(LastErrorText(), "no date today");
   LOGIN_SIM_FN(KelSim_FailAllocSession)(1);
   EXPECT_EQ(SECMOLRA_GetTradeDate(), -202);
-  EXPECT_EQ(Err(), "发起会话失败");
+  EXPECT_EQ(LastErrorText(), "发起会话失败");
   EXPECT_NE(Log().find("GetTradeDate：发送请求失败"), std::string::npos);
 }

@@ -14,12 +14,6 @@ using namespace molra::test;
 
 namespace {
 
-std::string Err() {
-  std::string m;
-  LastError(&m);
-  return m;
-}
-
 // The calls from the password encoding to the run of the login, with each call's session
 // argument dropped ("Kel_SetNode(4101,N1)" reads "Kel_SetNode(N1)").
 std::vector<std::string> LoginCalls(const std::string& log) {
@@ -71,7 +65,7 @@ TEST_F(LoginTest, DirectFormSendsSettingsAndFieldsInOrderOnTheTradeConnection) {
   ASSERT_TRUE(SECMOLRA_SetNode("N1"));
   Sim::Get().ClearCallLog();
   int64_t token = SECMOLRA_TradeLogin("T", "1001", "111111");
-  ASSERT_GT(token, 0) << Err();
+  ASSERT_GT(token, 0) << LastErrorText();
   std::string calls = Sim::Get().CallLog();
   std::string req = LastRequest("610301");
   std::size_t pwd_end = req.find("|781=");
@@ -97,7 +91,7 @@ TEST_F(LoginTest, DirectLoginRegistersTheCustomerAsDefault) {
   StartDefault();
   ASSERT_TRUE(SECMOLRA_SetWTFS("7"));
   int64_t token = SECMOLRA_TradeLogin("T", "1001", "111111");
-  ASSERT_GT(token, 0) << Err();
+  ASSERT_GT(token, 0) << LastErrorText();
   auto rec = molra::Registry().Find(4, "1001");
   ASSERT_NE(rec, nullptr);
   EXPECT_STREQ(rec->khh, "1001");
@@ -119,7 +113,7 @@ TEST_F(LoginTest, DirectLoginRegistersTheCustomerAsDefault) {
 TEST_F(LoginTest, AuthenticationFormSendsOperatorCodeSystemTypeAndAppFields) {
   StartDefault("", "use3rd=0\n");
   int64_t token = SECMOLRA_TradeLogin("T", "1001", "111111");
-  ASSERT_GT(token, 0) << Err();
+  ASSERT_GT(token, 0) << LastErrorText();
   std::string calls = Sim::Get().CallLog();
   std::string req = LastRequest("A00401");
   std::size_t pwd_end = req.find("|781=");
@@ -158,7 +152,7 @@ TEST_F(LoginTest, DirectTokenWithLettersReadsAsZeroAndIsReportedAs220) {
   EXPECT_EQ(SECMOLRA_TradeLogin("T", "1001", "111111"), -220);
   // -220 is not recorded: the last error is what the login left.
   EXPECT_EQ(LastError(), -5);
-  EXPECT_EQ(Err(), "left alone");
+  EXPECT_EQ(LastErrorText(), "left alone");
 }
 
 TEST_F(LoginTest, AnswerCodeZeroIsReportedAs220WithTheAnswersMessage) {
@@ -166,7 +160,7 @@ TEST_F(LoginTest, AnswerCodeZeroIsReportedAs220WithTheAnswersMessage) {
   LOGIN_SIM_FN(KelSim_SetKvAnswer)("610301", 0, "nothing to say", "");
   EXPECT_EQ(SECMOLRA_TradeLogin("T", "1001", "111111"), -220);
   EXPECT_EQ(LastError(), 0);
-  EXPECT_EQ(Err(), "nothing to say");
+  EXPECT_EQ(LastErrorText(), "nothing to say");
   EXPECT_EQ(molra::Registry().Find(4, "1001"), nullptr);
   EXPECT_EQ(LOGIN_SIM_FN(KelSim_SubscriptionCount)("1001"), 0);
   CusLoginInfo info = Record("1001", "111111", 1);
@@ -177,7 +171,7 @@ TEST_F(LoginTest, RefusedLoginReturnsTheBackEndsCodeAndKeepsTheNodeWriteBack) {
   StartDefault();
   EXPECT_EQ(SECMOLRA_TradeLogin("T", "1001", "wrong"), -108);
   EXPECT_EQ(LastError(), -108);
-  EXPECT_EQ(Err(), "wrong trade password");
+  EXPECT_EQ(LastErrorText(), "wrong trade password");
   EXPECT_TRUE(Contains(Log(), "AccountInfo::Login：wrong trade password"));
   EXPECT_EQ(molra::Registry().Find(4, "1001"), nullptr);
   EXPECT_EQ(molra::Registry().DefaultKhh(0), "");
@@ -188,14 +182,14 @@ TEST_F(LoginTest, RefusedLoginReturnsTheBackEndsCodeAndKeepsTheNodeWriteBack) {
 TEST_F(LoginTest, TwoTypeFourNodesWithoutAChoiceAre226) {
   StartDefault();
   EXPECT_EQ(SECMOLRA_TradeLogin("T", "1002", "222222"), -226);
-  EXPECT_EQ(Err(), "客户存在多个节点，未指定交易节点");
+  EXPECT_EQ(LastErrorText(), "客户存在多个节点，未指定交易节点");
   EXPECT_EQ(LastRequest("610301"), "<none>");
   EXPECT_EQ(molra::Registry().Find(4, "1002"), nullptr);
 }
 
 TEST_F(LoginTest, TypeFiveNodeIsIgnoredAndTheTypeFourNodeIsUsed) {
   StartDefault();
-  ASSERT_GT(SECMOLRA_TradeLogin("T", "1003", "333333"), 0) << Err();
+  ASSERT_GT(SECMOLRA_TradeLogin("T", "1003", "333333"), 0) << LastErrorText();
   EXPECT_EQ(V(molra::Registry().Find(4, "1003")->node_id), 3);
   EXPECT_EQ(molra::NodeTable().Get("1003"), 3);
   EXPECT_TRUE(Contains(LoginCalls(Sim::Get().CallLog())[3], "Kel_SetNodeId(3)"));
@@ -204,7 +198,7 @@ TEST_F(LoginTest, TypeFiveNodeIsIgnoredAndTheTypeFourNodeIsUsed) {
 TEST_F(LoginTest, NoTypeFourNodeIs227) {
   StartDefault();
   EXPECT_EQ(SECMOLRA_TradeLogin("T", "1004", "444444"), -227);
-  EXPECT_EQ(Err(), "客户未开通WOQ交易");
+  EXPECT_EQ(LastErrorText(), "客户未开通WOQ交易");
 }
 
 TEST_F(LoginTest, SetCusNodeIdIsResetByLoginWhileLoginExWithANodeSkipsTheNodeList) {
@@ -218,7 +212,7 @@ TEST_F(LoginTest, SetCusNodeIdIsResetByLoginWhileLoginExWithANodeSkipsTheNodeLis
   CusLoginInfo info = Record("1002", "222222", 2);
   info.Token = -1;
   int64_t token = SECMOLRA_TradeLoginEx("T", &info);
-  ASSERT_GT(token, 0) << Err();
+  ASSERT_GT(token, 0) << LastErrorText();
   EXPECT_EQ(V(info.Token), token);
   EXPECT_EQ(V(info.NodeID), 2);
   EXPECT_EQ(LastRequest("D00749"), "<none>");
@@ -232,7 +226,7 @@ TEST_F(LoginTest, LoginExWithoutANodeWritesTheResolvedNodeBack) {
   CusLoginInfo info = Record("1003", "333333", 0);
   std::strcpy(info.Node, "NODE-X");
   std::strcpy(info.WTFS, "32");
-  ASSERT_GT(SECMOLRA_TradeLoginEx("T", &info), 0) << Err();
+  ASSERT_GT(SECMOLRA_TradeLoginEx("T", &info), 0) << LastErrorText();
   EXPECT_EQ(V(info.NodeID), 3);
   std::vector<std::string> calls = LoginCalls(Sim::Get().CallLog());
   ASSERT_GE(calls.size(), 4u);
@@ -246,7 +240,7 @@ TEST_F(LoginTest, FailedRunOfTheLoginIs204AndReleasesTheSession) {
   CusLoginInfo info = Record("1001", "111111", 1);
   LOGIN_SIM_FN(KelSim_FailRun)(1);
   EXPECT_EQ(SECMOLRA_TradeLoginEx("T", &info), -204);
-  EXPECT_EQ(Err(), "发送请求失败");
+  EXPECT_EQ(LastErrorText(), "发送请求失败");
   EXPECT_EQ(V(info.ErrorCode), -204);
   EXPECT_TRUE(Contains(Log(), "AccountInfo::Login：发送请求失败"));
   EXPECT_EQ(LOGIN_SIM_FN(KelSim_OpenSessions)(), 0);
@@ -265,7 +259,7 @@ TEST_F(LoginTest, NoSessionIs202WithTheStagedMessage) {
   CusLoginInfo info = Record("1001", "111111", 1);
   LOGIN_SIM_FN(KelSim_FailAllocSession)(1);
   EXPECT_EQ(SECMOLRA_TradeLoginEx("T", &info), -202);
-  EXPECT_EQ(Err(), "发起会话失败");
+  EXPECT_EQ(LastErrorText(), "发起会话失败");
   LOGIN_SIM_FN(KelSim_FailAllocSession)(1);
   EXPECT_EQ(SECMOLRA_TradeLogin("T", "1001", "111111"), -202);
   EXPECT_TRUE(Contains(Log(), "AccountInfo::AcctManage::GetAccountJDBH：发起会话失败"));
@@ -278,7 +272,7 @@ TEST_F(LoginTest, LoginWithoutAnAddressRecordIs224) {
   std::string msg;
   EXPECT_EQ(molra::AccountInfo::Login(keyless, info, &msg), -224);
   EXPECT_EQ(msg, "无法获取到连接信息");
-  EXPECT_EQ(Err(), "无法获取到连接信息");
+  EXPECT_EQ(LastErrorText(), "无法获取到连接信息");
 }
 
 TEST_F(LoginTest, AuthenticationFormNeedsTheCustomersSetInThePool) {
@@ -300,7 +294,7 @@ TEST_F(LoginTest, NodeListOfAnotherSystemTypeIsInvalid) {
   conn->system_type = 6;
   std::vector<CusNodeInfo> list;
   EXPECT_EQ(molra::AccountInfo::AcctManage::GetAccountJDBH("1001", *conn, list, 0), -223);
-  EXPECT_EQ(Err(), "无效系统类型6");
+  EXPECT_EQ(LastErrorText(), "无效系统类型6");
   EXPECT_EQ(LOGIN_SIM_FN(KelSim_OpenSessions)(), 0);
   conn->Close();
 }

@@ -25,11 +25,7 @@ class Account : public LoginTest {
     ASSERT_GT(SECMOLRA_TradeLoginEx("T", &info), 0) << Err();
     Sim::Get().ClearCallLog();
   }
-  static std::string Err() {
-    std::string m;
-    LastError(&m);
-    return m;
-  }
+  static std::string Err() { return LastErrorText(); }
   static std::string Encoded(const char* khh, const char* pwd) {
     char buf[1024] = {};
     std::strcpy(buf, pwd);

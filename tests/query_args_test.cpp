@@ -8,7 +8,6 @@
 #include <string>
 #include <vector>
 
-#include "log/log.h"
 #include "secmolra.h"
 #include "support/query_support.h"
 #include "support/test_support.h"
@@ -25,10 +24,7 @@ class QueryArgs : public ::testing::Test {
     ASSERT_TRUE(SECMOLRA_Init());
   }
   void TearDown() override { SECMOLRA_Exit(); }
-  std::string Log() {
-    if (auto* l = molra::g_logger.load()) l->flush();
-    return ReadFile(logdir_ + "/molra_" + Today() + ".log");
-  }
+  std::string Log() { return KitLog(logdir_); }
   bool Logged(const std::string& text) { return Log().find(text) != std::string::npos; }
   void ExpectError(std::int64_t got, std::int64_t code, const std::string& msg,
                    const std::string& func) {

@@ -19,11 +19,6 @@ namespace {
 constexpr const char* kEmpty4 = "客户号、交易所、证券代码、股东号不能为空";
 constexpr const char* kEmpty2 = "客户号、交易所不能为空";
 
-std::string Msg() {
-  std::string m;
-  LastError(&m);
-  return m;
-}
 
 CusLoginInfo Record(const char* khh, const char* gdh) {
   CusLoginInfo r{};
@@ -55,44 +50,44 @@ TEST(RequestNumber, GeneratedNumbersCarryTheCounterInTheirLastTenDigits) {
 TEST(RequestNumber, AsyncRangeEdges) {
   // 9999999999999999 passes the check (and fails later: nobody is logged in).
   SECMOLRA_OrderEntrust_ASync("1001", "SH", "600000", 1, 100, 10.0, 0, "A1", 9999999999999999LL);
-  EXPECT_NE(Msg().find("客户未登录"), std::string::npos) << Msg();
+  EXPECT_NE(LastErrorText().find("客户未登录"), std::string::npos) << LastErrorText();
 
   EXPECT_EQ(SECMOLRA_OrderEntrust_ASync("1001", "SH", "600000", 1, 100, 10.0, 0, "A1",
                                         10000000000000000LL),
             -221);
-  EXPECT_EQ(Msg(), "KFSBDBH[10000000000000000]非法，范围0~9999999999999999");
+  EXPECT_EQ(LastErrorText(), "KFSBDBH[10000000000000000]非法，范围0~9999999999999999");
 
   CusLoginInfo rec = Record("1001", "A1");
   EXPECT_EQ(SECMOLRA_OrderEntrustEx_ASync(&rec, "SH", "600000", 1, 100, 10.0, 0, -1), -221);
-  EXPECT_EQ(Msg(), "KFSBDBH[-1]非法，范围0~9999999999999999");
+  EXPECT_EQ(LastErrorText(), "KFSBDBH[-1]非法，范围0~9999999999999999");
   EXPECT_EQ(SECMOLRA_ETFEntrust_ASync("1001", "SH", "510050", 29, 1, "A1", nullptr, -7), -221);
-  EXPECT_EQ(Msg(), "KFSBDBH[-7]非法，范围0~9999999999999999");
+  EXPECT_EQ(LastErrorText(), "KFSBDBH[-7]非法，范围0~9999999999999999");
 }
 
 // ---- entrust checks ----
 
 TEST(EntrustArgs, NullIsIllegalAndEmptyNamesTheFourFields) {
   EXPECT_EQ(SECMOLRA_OrderEntrust(nullptr, "SH", "600000", 1, 100, 10.0, 0, "A1"), -221);
-  EXPECT_EQ(Msg(), "非法参数");
+  EXPECT_EQ(LastErrorText(), "非法参数");
   EXPECT_EQ(SECMOLRA_OrderEntrust("1001", "SH", "600000", 1, 100, 10.0, 0, nullptr), -221);
-  EXPECT_EQ(Msg(), "非法参数");
+  EXPECT_EQ(LastErrorText(), "非法参数");
   EXPECT_EQ(SECMOLRA_OrderEntrust("1001", "SH", "", 1, 100, 10.0, 0, "A1"), -221);
-  EXPECT_EQ(Msg(), kEmpty4);
+  EXPECT_EQ(LastErrorText(), kEmpty4);
   // A null beats an empty one wherever it stands.
   EXPECT_EQ(SECMOLRA_OrderEntrust("", "SH", nullptr, 1, 100, 10.0, 0, "A1"), -221);
-  EXPECT_EQ(Msg(), "非法参数");
+  EXPECT_EQ(LastErrorText(), "非法参数");
 }
 
 TEST(EntrustArgs, ExFormsCheckTheRecordFieldsButNotItsPointer) {
   CusLoginInfo no_gdh = Record("1001", "");
   EXPECT_EQ(SECMOLRA_OrderEntrustEx(&no_gdh, "SH", "600000", 1, 100, 10.0, 0), -221);
-  EXPECT_EQ(Msg(), kEmpty4);
+  EXPECT_EQ(LastErrorText(), kEmpty4);
   CusLoginInfo rec = Record("1001", "A1");
   EXPECT_EQ(SECMOLRA_OrderEntrustEx(&rec, nullptr, "600000", 1, 100, 10.0, 0), -221);
-  EXPECT_EQ(Msg(), "非法参数");
+  EXPECT_EQ(LastErrorText(), "非法参数");
   // A null record passes the export and is refused by the request frame, without a crash.
   EXPECT_EQ(SECMOLRA_OrderEntrustEx(nullptr, "SH", "600000", 1, 100, 10.0, 0), -221);
-  EXPECT_EQ(Msg(), "非法参数");
+  EXPECT_EQ(LastErrorText(), "非法参数");
   EXPECT_EQ(SECMOLRA_ETFEntrustEx(nullptr, "SH", "510050", 29, 1, nullptr), -221);
   EXPECT_EQ(SECMOLRA_OrderWithdrawEx(nullptr, "SH", 5), -221);
   std::vector<BatchOrderRow> rows(1);
@@ -127,7 +122,7 @@ TEST(EntrustArgs, CategoryRefusalsComeBeforeTheCustomerWithTheirOwnMessages) {
     EXPECT_EQ(c.result, -222) << c.message;
   }
   // Each refusal was recorded as it happened; the last one is the process record.
-  EXPECT_EQ(Msg(), "仅支持[JYLB_ZZZG,JYLB_ZZHS,JYLB_YSYY]");
+  EXPECT_EQ(LastErrorText(), "仅支持[JYLB_ZZZG,JYLB_ZZHS,JYLB_YSYY]");
 }
 
 TEST(EntrustArgs, AdmittedCategoriesReachTheCustomerLookup) {
@@ -137,35 +132,35 @@ TEST(EntrustArgs, AdmittedCategoriesReachTheCustomerLookup) {
   EXPECT_EQ(SECMOLRA_FXYW("1001", "SH", "600000", 24, 10, 1.0, 0, "A1"), -203);
   EXPECT_EQ(SECMOLRA_PHDJEntrust("1001", "SH", "600000", 123, 10, 1.0, 0, "A1"), -203);
   EXPECT_EQ(SECMOLRA_FJYTradableQty("1001", "SH", "600000", 76, 1.0, 0, "A1"), -203);
-  EXPECT_EQ(Msg(), "客户未登录");
+  EXPECT_EQ(LastErrorText(), "客户未登录");
 }
 
 TEST(EntrustArgs, BlockTradingRequiresItsFiveTexts) {
   EXPECT_EQ(SECMOLRA_DZJY("1001", "SH", "600000", 55, 10, 1.0, 0, "A1", "s", nullptr, "", "", "",
                           0, 0),
             -221);
-  EXPECT_EQ(Msg(), "非法参数");
+  EXPECT_EQ(LastErrorText(), "非法参数");
 }
 
 // ---- withdrawal checks: the families differ on purpose ----
 
 TEST(WithdrawArgs, OrderNumberBelowOneIsIllegalAtTheExport) {
   EXPECT_EQ(SECMOLRA_OrderWithdraw("1001", "SH", 0), -221);
-  EXPECT_EQ(Msg(), "非法参数");
+  EXPECT_EQ(LastErrorText(), "非法参数");
   EXPECT_EQ(SECMOLRA_FXYWWithdraw_ASync("1001", "SH", 0, 5), -221);
-  EXPECT_EQ(Msg(), "非法参数");
+  EXPECT_EQ(LastErrorText(), "非法参数");
   EXPECT_EQ(SECMOLRA_OrderWithdrawByKFSBDBH("1001", "SH", 0), -221);
-  EXPECT_EQ(Msg(), "非法参数");
+  EXPECT_EQ(LastErrorText(), "非法参数");
   EXPECT_EQ(SECMOLRA_OrderWithdraw("", "SH", 3), -221);
-  EXPECT_EQ(Msg(), kEmpty2);
+  EXPECT_EQ(LastErrorText(), kEmpty2);
   EXPECT_EQ(SECMOLRA_PHDJWithdraw_ASync("1001", "SH", 3, 10000000000000000LL), -221);
-  EXPECT_EQ(Msg(), "KFSBDBH[10000000000000000]非法，范围0~9999999999999999");
+  EXPECT_EQ(LastErrorText(), "KFSBDBH[10000000000000000]非法，范围0~9999999999999999");
 }
 
 TEST(WithdrawArgs, AsyncByRequestNumberZeroPassesTheExportAndIsRefusedByTheRequest) {
   ScratchLog log;
   EXPECT_EQ(SECMOLRA_OrderWithdrawByKFSBDBH_ASync("1001", "SH", 0, 0), -221);
-  EXPECT_EQ(Msg(), "非法参数");
+  EXPECT_EQ(LastErrorText(), "非法参数");
   const std::string text = log.Text();
   EXPECT_NE(text.find("OrderWithdraw：非法参数"), std::string::npos) << text;
   EXPECT_EQ(text.find("SECMOLRA_OrderWithdrawByKFSBDBH_ASync：非法参数"), std::string::npos) << text;
@@ -174,32 +169,32 @@ TEST(WithdrawArgs, AsyncByRequestNumberZeroPassesTheExportAndIsRefusedByTheReque
 TEST(WithdrawArgs, RangeMessagesDifferByFamily) {
   const std::int64_t big = 10000000000000000LL;
   EXPECT_EQ(SECMOLRA_OrderWithdrawByKFSBDBH_ASync("1001", "SH", big, 1), -221);
-  EXPECT_EQ(Msg(), "nCXKFSBDBH[10000000000000000]非法，范围0~9999999999999999");
+  EXPECT_EQ(LastErrorText(), "nCXKFSBDBH[10000000000000000]非法，范围0~9999999999999999");
   EXPECT_EQ(SECMOLRA_ETFWithdrawByKFSBDBHEx_ASync(nullptr, "SH", big, 1), -221);
-  EXPECT_EQ(Msg(), "nCXKFSBDBH[10000000000000000]非法，范围0~9999999999999999");
+  EXPECT_EQ(LastErrorText(), "nCXKFSBDBH[10000000000000000]非法，范围0~9999999999999999");
   EXPECT_EQ(SECMOLRA_ZQHGWithdrawByKFSBDBH_ASync("1001", "SH", big, 1), -221);
-  EXPECT_EQ(Msg(), "nCxkfsbdh[10000000000000000]非法，范围0~9999999999999999");
+  EXPECT_EQ(LastErrorText(), "nCxkfsbdh[10000000000000000]非法，范围0~9999999999999999");
   // Repurchase refuses 0 at the export; the ordinary family lets it through (above).
   EXPECT_EQ(SECMOLRA_ZQHGWithdrawByKFSBDBH_ASync("1001", "SH", 0, 1), -221);
-  EXPECT_EQ(Msg(), "非法参数");
+  EXPECT_EQ(LastErrorText(), "非法参数");
   // The listed-fund family checks neither range, only that the order's number is 1 or more.
   EXPECT_EQ(SECMOLRA_LOFWithdrawByKFSBDBH_ASync("1001", "SH", 0, 1), -221);
-  EXPECT_EQ(Msg(), "非法参数");
+  EXPECT_EQ(LastErrorText(), "非法参数");
   EXPECT_EQ(SECMOLRA_LOFWithdrawByKFSBDBH_ASync("1001", "SH", big, -5), -203);
-  EXPECT_EQ(Msg(), "客户未登录");
+  EXPECT_EQ(LastErrorText(), "客户未登录");
   // Its withdrawal by order number does check its own request number.
   EXPECT_EQ(SECMOLRA_LOFWithdraw_ASync("1001", "SH", 8, -5), -221);
-  EXPECT_EQ(Msg(), "KFSBDBH[-5]非法，范围0~9999999999999999");
+  EXPECT_EQ(LastErrorText(), "KFSBDBH[-5]非法，范围0~9999999999999999");
 }
 
 TEST(WithdrawArgs, BatchSerialNumberZeroIsAcceptedAndNegativeRefused) {
   EXPECT_EQ(SECMOLRA_BatchOrderWithdraw("1001", 0), -203);
   EXPECT_EQ(SECMOLRA_BatchOrderWithdraw("1001", -1), -221);
-  EXPECT_EQ(Msg(), "客户号为空、流水号不能为负");
+  EXPECT_EQ(LastErrorText(), "客户号为空、流水号不能为负");
   EXPECT_EQ(SECMOLRA_BatchOrderWithdraw_ASync("", 1), -221);
-  EXPECT_EQ(Msg(), "客户号为空、流水号不能为负");
+  EXPECT_EQ(LastErrorText(), "客户号为空、流水号不能为负");
   EXPECT_EQ(SECMOLRA_BatchOrderWithdraw(nullptr, 1), -221);
-  EXPECT_EQ(Msg(), "非法参数");
+  EXPECT_EQ(LastErrorText(), "非法参数");
 }
 
 // ---- batch checks before the customer ----
@@ -207,14 +202,14 @@ TEST(WithdrawArgs, BatchSerialNumberZeroIsAcceptedAndNegativeRefused) {
 TEST(BatchArgs, EmptyAndOversizedBatchesAreRefused) {
   std::vector<BatchOrderRow> rows;
   EXPECT_EQ(SECMOLRA_BatchOrderEntrust("1001", rows, 1), -221);
-  EXPECT_EQ(Msg(), "客户号、批量委托信息不能为空");
+  EXPECT_EQ(LastErrorText(), "客户号、批量委托信息不能为空");
   rows.resize(101);
   EXPECT_EQ(SECMOLRA_BatchOrderEntrust("1001", rows, 1), -221);
-  EXPECT_EQ(Msg(), "批量委托数量超出限制[100]");
+  EXPECT_EQ(LastErrorText(), "批量委托数量超出限制[100]");
   rows.resize(100);
   EXPECT_EQ(SECMOLRA_BatchOrderEntrust("1001", rows, 1), -203);  // passes on to the lookup
   EXPECT_EQ(SECMOLRA_BatchOrderEntrust(nullptr, rows, 1), -221);
-  EXPECT_EQ(Msg(), "非法参数");
+  EXPECT_EQ(LastErrorText(), "非法参数");
   EXPECT_EQ(PYSECMOLRA_BatchOrderEntrust("1001", 1, nullptr, 3), -221);
-  EXPECT_EQ(Msg(), "客户号、批量委托信息不能为空");
+  EXPECT_EQ(LastErrorText(), "客户号、批量委托信息不能为空");
 }

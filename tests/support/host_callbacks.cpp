@@ -45,9 +45,6 @@ ScratchLog::ScratchLog() : dir_(MakeTempDir()) {
   SetUpLogging(dir_);
 }
 
-std::string ScratchLog::Text() {
-  if (auto* l = g_logger.load()) l->flush();
-  return ReadFile(dir_ + "/molra_" + Today() + ".log");
-}
+std::string ScratchLog::Text() { return KitLog(dir_); }
 
 }  // namespace molra::test

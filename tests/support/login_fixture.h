@@ -40,10 +40,7 @@ class LoginTest : public ::testing::Test {
   }
   void TearDown() override { SECMOLRA_Exit(); }
 
-  std::string Log() {
-    if (auto* l = g_logger.load()) l->flush();
-    return ReadFile(logdir_ + "/molra_" + Today() + ".log");
-  }
+  std::string Log() { return KitLog(logdir_); }
   static std::size_t Count(const std::string& text, const std::string& what) {
     std::size_t n = 0;
     for (std::size_t p = text.find(what); p != std::string::npos; p = text.find(what, p + 1)) ++n;

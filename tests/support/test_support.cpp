@@ -11,6 +11,7 @@
 #include <stdexcept>
 #include <vector>
 
+#include "log/log.h"
 #include "secmolra.h"
 #include "util/dynlib.h"
 
@@ -99,6 +100,17 @@ std::int64_t LastError(std::string* msg) {
   std::int64_t code = SECMOLRA_GetLastError(buf.data());
   if (msg) *msg = buf.data();
   return code;
+}
+
+std::string LastErrorText() {
+  std::string m;
+  LastError(&m);
+  return m;
+}
+
+std::string KitLog(const std::string& dir) {
+  if (auto* l = g_logger.load()) l->flush();
+  return ReadFile(dir + "/molra_" + Today() + ".log");
 }
 
 }  // namespace molra::test

@@ -44,7 +44,11 @@ T V(T v) {
   return v;
 }
 
-// The kit's last error as (code, message).
+// The kit's last error as (code, message), and its message alone.
 std::int64_t LastError(std::string* msg = nullptr);
+std::string LastErrorText();
+
+// The kit's log file of today in dir, flushed first.
+std::string KitLog(const std::string& dir);
 
 }  // namespace molra::test

@@ -68,15 +68,8 @@ class TradeTest : public ::testing::Test {
     for (std::string line; std::getline(in, line);) names.push_back(line.substr(0, line.find('(')));
     return names;
   }
-  std::string LogText() const {
-    if (auto* l = g_logger.load()) l->flush();
-    return ReadFile(dir_ + "/molra_" + Today() + ".log");
-  }
-  static std::string Message() {
-    std::string m;
-    LastError(&m);
-    return m;
-  }
+  std::string LogText() const { return KitLog(dir_); }
+  static std::string Message() { return LastErrorText(); }
   static std::string Text(const std::string& b, std::size_t off, std::size_t width) {
     return off + width <= b.size() ? b.substr(off, width) : "(block too short)";
   }
