@@ -8,25 +8,21 @@
 
 using namespace molra::test;
 
-
-TEST_F(LoginTest, TradeLoginRefusesNullArgumentsAsIllegal) {
+TEST_F(LoginTest, TradeLoginRefusesNullOrEmptyKeyOrCustomerBeforeConnecting) {
   StartDefault();
-  const char* args[3][3] = {{nullptr, "1001", "111111"}, {"T", nullptr, "111111"}, {"T", "1001", nullptr}};
-  for (auto& a : args) {
+  const char* const kEmpty = "配置名、客户号、交易密码不能为空";
+  const struct {
+    const char *key, *khh, *pwd, *message;
+  } cases[] = {{nullptr, "1001", "111111", "非法参数"}, {"T", nullptr, "111111", "非法参数"},
+               {"T", "1001", nullptr, "非法参数"},     {"", "1001", "111111", kEmpty},
+               {"T", "", "111111", kEmpty}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE("case " + std::to_string(&c - cases));
     SECMOLRA_SetLastError(0, "", nullptr, nullptr);
-    EXPECT_EQ(SECMOLRA_TradeLogin(a[0], a[1], a[2]), -221);
+    EXPECT_EQ(SECMOLRA_TradeLogin(c.key, c.khh, c.pwd), -221);
     EXPECT_EQ(LastError(), -221);
-    EXPECT_EQ(LastErrorText(), "非法参数");
+    EXPECT_EQ(LastErrorText(), c.message);
   }
-  EXPECT_EQ(Sim::Get().CallLog(), "");
-}
-
-TEST_F(LoginTest, TradeLoginRefusesEmptyKeyOrCustomerBeforeConnecting) {
-  StartDefault();
-  EXPECT_EQ(SECMOLRA_TradeLogin("", "1001", "111111"), -221);
-  EXPECT_EQ(LastErrorText(), "配置名、客户号、交易密码不能为空");
-  EXPECT_EQ(SECMOLRA_TradeLogin("T", "", "111111"), -221);
-  EXPECT_EQ(LastErrorText(), "配置名、客户号、交易密码不能为空");
   EXPECT_EQ(Sim::Get().CallLog(), "");
 }
 

@@ -97,10 +97,19 @@ TEST(ReplyOrder, AcceptedAnswerGivesTheSuccessMembersInOrder) {
   EXPECT_NE(log.Text().find("Sc_Order_AsyncFuncProcess push orderNo " + text), std::string::npos);
 }
 
-TEST(ReplyOrder, A429ByteAnswerIsRefusedWithVariant1) {
-  ScratchLog log;
-  ExpectRefused(Handle(molra::Sc_Order_AsyncFuncProcess, Structured(Answer(429, 1))), kShort1);
-  EXPECT_NE(log.Text().find("Sc_Order_AsyncFuncProcess：" + kShort1), std::string::npos);
+// Shorter than the common head, no answer block, no request block: variant 1, logged.
+TEST(ReplyOrder, AnswerOrRequestMissingOrShortOfTheHeadIsRefusedWithVariant1) {
+  FakeSession no_answer = Structured(Answer(472, 1)), no_request = no_answer;
+  no_answer.answer.clear();
+  no_request.request.reset();
+  const std::pair<const char*, FakeSession> cases[] = {
+      {"429 bytes", Structured(Answer(429, 1))}, {"no answer", no_answer}, {"no request", no_request}};
+  for (const auto& [what, s] : cases) {
+    SCOPED_TRACE(what);
+    ScratchLog log;
+    ExpectRefused(Handle(molra::Sc_Order_AsyncFuncProcess, s), kShort1);
+    EXPECT_NE(log.Text().find("Sc_Order_AsyncFuncProcess：" + kShort1), std::string::npos);
+  }
 }
 
 TEST(ReplyOrder, RefusalOf430BytesHasOrderNumberZeroAndNoTimeOrFunds) {
@@ -123,18 +132,6 @@ TEST(ReplyOrder, A471ByteAcceptedAnswerIsRefused) {
   ScratchLog log;
   ExpectRefused(Handle(molra::Sc_Order_AsyncFuncProcess, Structured(Answer(471, 1))), kShort);
   EXPECT_NE(log.Text().find("Sc_Order_AsyncFuncProcess：" + kShort + "\r\n"), std::string::npos);
-}
-
-TEST(ReplyOrder, MissingAnswerBlockIsRefusedWithVariant1) {
-  FakeSession s = Structured(Answer(472, 1));
-  s.answer.clear();
-  ExpectRefused(Handle(molra::Sc_Order_AsyncFuncProcess, s), kShort1);
-}
-
-TEST(ReplyOrder, MissingRequestBlockIsRefusedWithVariant1) {
-  FakeSession s = Structured(Answer(472, 1));
-  s.request.reset();
-  ExpectRefused(Handle(molra::Sc_Order_AsyncFuncProcess, s), kShort1);
 }
 
 TEST(ReplyOrder, CustomerNumberIsBoundedByItsFieldInTheRequest) {
