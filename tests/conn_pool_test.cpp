@@ -217,13 +217,17 @@ TEST_F(ConnPoolTest, CloseDeregistersClosesAndCancelsTheActiveSubscriptionsInOrd
   EXPECT_EQ(fake::OpenSessions(), 0);
 }
 
-TEST_F(ConnPoolTest, TearDownClosesEverySetStopsTheTimerAndDestroysThePool) {
+TEST_F(ConnPoolTest, TearDownClosesEverySetStopsTheTimerAndWithdrawsThePool) {
   UseIni(kFourAddrs);
   auto a = pool().GetConnection("1001", "K");
   auto b = pool().GetConnection("1002", "K");
+  molra::ConnPool* held = molra::Pool();  // as by a host thread inside a call
   EXPECT_EQ(molra::TimerService::LiveThreads(), 1);
   EXPECT_TRUE(molra::TearDownConnPool());
   EXPECT_EQ(molra::Pool(), nullptr);
+  // The withdrawn pool is empty but still there for a call that held it.
+  EXPECT_EQ(held->FindConnection("1001"), nullptr);
+  EXPECT_EQ(held->GetConnection("1002", ""), nullptr);
   EXPECT_EQ(molra::TimerService::LiveThreads(), 0);
   EXPECT_EQ(a->mgmt_handle, 0);
   EXPECT_EQ(b->subscribe_handle, 0);

@@ -4,6 +4,7 @@
 // succeeds.
 #include <gtest/gtest.h>
 
+#include <ostream>
 #include <string>
 
 #include "support/login_fixture.h"
@@ -14,14 +15,18 @@ namespace {
 
 #define FAULT_SIM(name) LOGIN_SIM_FN(name)
 
-
 struct ConnectFault {
+  const char* role;   // names the test case
   const char* addr;   // the connection that fails
   int opened_before;  // connections opened before it, in the order management, trade, query, subscribe
 };
 
-const ConnectFault kConnectFaults[] = {
-    {"127.0.0.1:9101", 0}, {"127.0.0.1:9102", 1}, {"127.0.0.1:9103", 2}, {"127.0.0.1:9104", 3}};
+const ConnectFault kConnectFaults[] = {{"Management", "127.0.0.1:9101", 0},
+                                       {"Trade", "127.0.0.1:9102", 1},
+                                       {"Query", "127.0.0.1:9103", 2},
+                                       {"Subscribe", "127.0.0.1:9104", 3}};
+
+void PrintTo(const ConnectFault& f, std::ostream* os) { *os << f.addr; }
 
 class ConnectFaults : public LoginTest, public ::testing::WithParamInterface<ConnectFault> {};
 
@@ -44,7 +49,8 @@ TEST_P(ConnectFaults, LoginReportsTheFailedConnectAndKeepsNothingOpen) {
   EXPECT_EQ(FAULT_SIM(KelSim_ConnectionCount)(), 4);
 }
 
-INSTANTIATE_TEST_SUITE_P(EveryConnection, ConnectFaults, ::testing::ValuesIn(kConnectFaults));
+INSTANTIATE_TEST_SUITE_P(EveryConnection, ConnectFaults, ::testing::ValuesIn(kConnectFaults),
+                         [](const ::testing::TestParamInfo<ConnectFault>& p) { return std::string(p.param.role); });
 
 TEST_F(LoginTest, BindFailureFailsTheLoginAndALaterLoginBinds) {
   StartDefault();

@@ -1,16 +1,18 @@
 // Replies and pushes that arrive after SECMOLRA_Exit has begun: requests still in flight
 // when the host exits, a host callback still running while another thread exits, pushes
-// sent after the exit. (Host threads must have finished their own calls before one of them
-// calls SECMOLRA_Exit: see "Caller obligations" in README.md.) Nothing crashes, nothing is delivered twice, every session is
-// released, and calls after the exit fail with the documented code.
+// sent after the exit, and host threads still calling while another one exits. Nothing
+// crashes, nothing is delivered twice, every session is released, and calls after the exit
+// fail with the documented code.
 #include <gtest/gtest.h>
 
 #include <atomic>
 #include <chrono>
 #include <map>
 #include <mutex>
+#include <set>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "support/json_fields.h"
@@ -98,6 +100,69 @@ TEST_F(ExitFaults, PushesAndCallsAfterExit) {
   EXPECT_EQ(SendOrder(9), -203);
   EXPECT_EQ(KELSIM(KelSim_OpenSessions)(), 0);
   EXPECT_TRUE(SECMOLRA_Exit()) << "a second exit does nothing";
+}
+
+// A host that lets its threads call on while another thread exits: every call, before,
+// during and after the exit, succeeds or fails with one of these codes and messages. (The
+// last error is process-wide: with several threads failing at once, a thread may read
+// another's message, so codes and messages are checked each against its own list.)
+const std::set<std::int64_t> kCodesAroundExit = {-203, -202, -204, 0};
+const std::set<std::string> kMessagesAroundExit = {
+    "客户未登录", "未连接，无法发起会话", "发起会话失败", "发送请求失败", "认证管理连接已失效",
+    "交易、订阅连接已失效",
+};
+
+TEST_F(ExitFaults, CallsOnOtherThreadsWhileOneExitsFailCleanly) {
+  std::atomic<bool> stop{false};
+  std::mutex mutex;
+  int successes = 0;
+  std::map<std::int64_t, int> codes;
+  std::map<std::string, int> messages;
+  std::vector<std::int64_t> sent;
+  // Two threads query as fast as they can; a third places orders, paced so that its buys
+  // stay within the customer's funds however fast the build.
+  auto caller = [&](bool orders) {
+    for (int i = 0; !stop.load(); ++i) {
+      std::vector<FundRecord> funds;
+      std::int64_t r = 0;
+      switch ((orders ? 0 : 2) + i % 2) {
+        case 0: r = SECMOLRA_OrderEntrust("1001", "SH", "600000", 1, 100, 10.0, 0, kGdhSH); break;
+        case 1: r = SendOrder(1000 + i); break;
+        case 2: r = SECMOLRA_TradableQty("1001", "SH", "600000", 2, 10.0, 0, kGdhSH); break;
+        default: r = SECMOLRA_QueryFundInfo("1001", funds); break;
+      }
+      std::string msg;
+      if (r <= 0) LastError(&msg);
+      {
+        std::lock_guard<std::mutex> lock(mutex);
+        if (r > 0) {
+          ++successes;
+          if (orders && i % 2 == 1) sent.push_back(r);
+        } else {
+          ++codes[r];
+          ++messages[msg];
+        }
+      }
+      if (orders) std::this_thread::sleep_for(std::chrono::microseconds(300));
+    }
+  };
+  std::vector<std::thread> threads;
+  for (bool orders : {false, false, true}) threads.emplace_back(caller, orders);
+  std::this_thread::sleep_for(std::chrono::milliseconds(30));
+  EXPECT_TRUE(SECMOLRA_Exit());
+  std::this_thread::sleep_for(std::chrono::milliseconds(30));
+  stop = true;
+  for (auto& t : threads) t.join();
+  KELSIM(KelSim_WaitIdle)();
+
+  for (const auto& [code, n] : codes) EXPECT_TRUE(kCodesAroundExit.count(code)) << code << " x" << n;
+  for (const auto& [msg, n] : messages) EXPECT_TRUE(kMessagesAroundExit.count(msg)) << msg << " x" << n;
+  EXPECT_GT(successes, 0) << "calls went through before the exit";
+  EXPECT_GT(codes[-203], 0) << "and were refused after it";
+  EXPECT_EQ(KELSIM(KelSim_OpenSessions)(), 0) << "every session is released";
+  std::lock_guard<std::mutex> lock(g_mutex);
+  for (const auto& [n, count] : g_replies) EXPECT_EQ(count, 1) << n;
+  for (std::int64_t n : sent) EXPECT_LE(g_replies[n], 1) << n;
 }
 
 }  // namespace

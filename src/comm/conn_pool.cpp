@@ -1,6 +1,10 @@
 // The pool of connection sets, one per customer, and its lifetime.
 #include "comm/conn_pool.h"
 
+#include <atomic>
+#include <memory>
+#include <vector>
+
 #include "api/last_error.h"
 #include "comm/conn_messages.h"
 #include "comm/kel_api.h"
@@ -70,30 +74,37 @@ void ConnPool::CloseAll() {
 }
 
 namespace {
-// Not destroyed at exit: a pool still alive then would call into a transport that may be
-// gone already. SECMOLRA_Exit destroys it.
-ConnPool* g_pool = nullptr;
+// Never destroyed at process exit: a pool still alive then would call into a transport that
+// may be gone already. SECMOLRA_Exit withdraws and empties it (TearDownConnPool).
+std::atomic<ConnPool*> g_pool{nullptr};
+// Pools withdrawn by SECMOLRA_Exit, kept reachable. SECMOLRA_Init does not start the kit
+// again after an exit, so there is at most one.
+std::vector<std::unique_ptr<ConnPool>>* g_withdrawn = new std::vector<std::unique_ptr<ConnPool>>();
 }  // namespace
 
-ConnPool* Pool() { return g_pool; }
+ConnPool* Pool() { return g_pool.load(std::memory_order_acquire); }
 
 bool CreateConnPool() {
-  if (g_pool != nullptr) return true;
+  if (Pool() != nullptr) return true;
   try {
-    g_pool = new ConnPool();  // starts the timer thread
+    g_pool.store(new ConnPool(), std::memory_order_release);  // starts the timer thread
   } catch (...) {
-    g_pool = nullptr;  // out of memory or no thread: SECMOLRA_Init reports it
+    return false;  // out of memory or no thread: SECMOLRA_Init reports it
   }
-  return g_pool != nullptr;
+  return true;
 }
 
 bool TearDownConnPool() {
-  if (g_pool == nullptr) return true;
-  g_pool->CloseAll();
-  g_pool->Timer().Stop();
-  g_pool->Clear();
-  delete g_pool;
-  g_pool = nullptr;
+  ConnPool* pool = g_pool.exchange(nullptr, std::memory_order_acq_rel);
+  if (pool == nullptr) return true;
+  try {
+    g_withdrawn->emplace_back(pool);
+  } catch (...) {
+    // Out of memory: the pool is left unreachable rather than freed under a caller.
+  }
+  pool->CloseAll();
+  pool->Timer().Stop();
+  pool->Clear();
   return true;
 }
 

@@ -151,9 +151,12 @@ class ConnPool {
   std::unique_ptr<TimerService> timer_;
 };
 
+// The live pool; null before SECMOLRA_Init and after SECMOLRA_Exit.
 ConnPool* Pool();
 bool CreateConnPool();
-// Closes every set, stops the timer thread and destroys the pool.
+// Withdraws the pool (Pool() is null from here on), closes every set, stops the timer thread
+// and empties it. The emptied object is kept, not freed: a host thread still inside a call
+// finishes on an empty pool and fails cleanly instead of using freed memory.
 bool TearDownConnPool();
 
 }  // namespace molra
