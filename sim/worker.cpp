@@ -13,8 +13,9 @@ Worker::~Worker() {
 }
 
 void Worker::StartLocked() {
-  if (thread_.joinable()) return;
-  stopping_ = false;
+  // While a stopping thread drains the queue it also runs what is posted meanwhile; the
+  // next thread starts once it has ended.
+  if (thread_.joinable() || stopping_) return;
   thread_ = std::thread([this] { Loop(); });
   id_ = thread_.get_id();
 }
@@ -46,6 +47,8 @@ void Worker::Stop() {
     t = std::move(thread_);
   }
   t.join();
+  std::lock_guard<std::mutex> lock(m_);
+  if (!queue_.empty()) StartLocked();  // posted after the old thread's last look
 }
 
 void Worker::WaitIdle() {
@@ -63,7 +66,7 @@ void Worker::Loop() {
   std::unique_lock<std::mutex> lock(m_);
   for (;;) {
     work_cv_.wait(lock, [this] { return stopping_ || !queue_.empty(); });
-    if (queue_.empty()) break;  // stopping and drained
+    if (queue_.empty()) break;  // stopping and drained: in the same locked step as below
     std::function<void()> task = std::move(queue_.front());
     queue_.pop_front();
     busy_ = true;
@@ -75,6 +78,7 @@ void Worker::Loop() {
     if (queue_.empty()) idle_cv_.notify_all();
   }
   busy_ = false;
+  stopping_ = false;  // a task posted from now on starts a new thread
   idle_cv_.notify_all();
 }
 

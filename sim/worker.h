@@ -20,7 +20,8 @@ class Worker {
   void Post(std::function<void()> task);
   // Starts the thread (nothing when it runs).
   void Start();
-  // Runs every queued task, then ends and joins the thread.
+  // Runs every queued task (also those posted while it stops), then ends and joins the
+  // thread. A task posted afterwards starts a new one.
   void Stop();
   // Returns when the queue is empty and no task runs (at once on the worker's own thread).
   void WaitIdle();

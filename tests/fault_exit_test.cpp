@@ -108,8 +108,8 @@ TEST_F(ExitFaults, PushesAndCallsAfterExit) {
 // another's message, so codes and messages are checked each against its own list.)
 const std::set<std::int64_t> kCodesAroundExit = {-203, -202, -204, 0};
 const std::set<std::string> kMessagesAroundExit = {
-    "客户未登录", "未连接，无法发起会话", "发起会话失败", "发送请求失败", "认证管理连接已失效",
-    "交易、订阅连接已失效",
+    "客户未登录",           "客户未连接登录，无法获取连接", "未连接，无法发起会话", "发起会话失败",
+    "发送请求失败",         "认证管理连接已失效",           "交易、订阅连接已失效",
 };
 
 TEST_F(ExitFaults, CallsOnOtherThreadsWhileOneExitsFailCleanly) {
