@@ -4,30 +4,20 @@
 // must release it exactly once on every path.
 #include <cstdint>
 #include <cstdlib>
+#include <iterator>
 #include <string>
 
 #include "fuzz_input.h"
 #include "push/replies.h"
 #include "secmolra.h"
 #include "support/fake_kel.h"
+#include "support/reply_handlers.h"
 #include "util/field_ids.h"
-
 
 namespace {
 
-using Handler = bool (*)(kel::int64);
-constexpr Handler kHandlers[] = {
-    molra::Sc_Order_AsyncFuncProcess,       molra::Sc_BatchOrder_AsyncFuncProcess,
-    molra::Sc_ETFSG_AsyncFuncProcess,       molra::Sc_ETFSH_AsyncFuncProcess,
-    molra::Sc_ZQHG_AsyncFuncProcess,        molra::Sc_ZQCRK_AsyncFuncProcess,
-    molra::Sc_LOF_AsyncFuncProcess,         molra::Sc_PHDJ_AsyncFuncProcess,
-    molra::Sc_FXYW_AsyncFuncProcess,        molra::Sc_FJY_AsyncFuncProcess,
-    molra::Sc_OrderWithDraw_AsyncFuncProcess, molra::Sc_BatchOrderWithDraw_AsyncFuncProcess,
-    molra::Sc_ETFWithDraw_AsyncFuncProcess, molra::Sc_ZQHGWithDraw_AsyncFuncProcess,
-    molra::Sc_LOFWithDraw_AsyncFuncProcess, molra::Sc_PHDJWithDraw_AsyncFuncProcess,
-    molra::Sc_FXYWWithDraw_AsyncFuncProcess,
-};
-constexpr std::size_t kHandlerCount = sizeof kHandlers / sizeof kHandlers[0];
+using molra::test::kReplyHandlers;
+constexpr std::size_t kHandlerCount = std::size(kReplyHandlers);
 
 std::size_t g_sink = 0;
 void OnFunction(const char* time, const char* json, int32_t type) {
@@ -64,7 +54,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   s.answer.assign(answer.begin(), answer.end());
 
   const std::int64_t h = kel.Add(s);
-  kHandlers[which % kHandlerCount](h);
+  kReplyHandlers[which % kHandlerCount](h);
   if (kel.Releases(h) != 1) std::abort();  // leaked or released twice
   return 0;
 }

@@ -73,8 +73,6 @@ class Concurrency : public TradeTest {
     SECMOLRA_SetMsgCallback(OnMessage);
   }
   void TearDown() override {
-    SECMOLRA_SetFuncCallback(nullptr);
-    SECMOLRA_SetMsgCallback(nullptr);
     TradeTest::TearDown();
     g_seen = nullptr;
   }

@@ -45,11 +45,6 @@ class ExitFaults : public TradeTest {
     SECMOLRA_SetFuncCallback(OnFunction);
     SECMOLRA_SetMsgCallback(OnMessage);
   }
-  void TearDown() override {
-    SECMOLRA_SetFuncCallback(nullptr);
-    SECMOLRA_SetMsgCallback(nullptr);
-    TradeTest::TearDown();
-  }
   static std::int64_t SendOrder(std::int64_t number) {
     return SECMOLRA_OrderEntrust_ASync("1001", "SH", "600000", 1, 100, 10.0, 0, kGdhSH, number);
   }

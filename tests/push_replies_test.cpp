@@ -15,6 +15,7 @@
 #include "support/byte_block.h"
 #include "support/fake_kel.h"
 #include "support/host_callbacks.h"
+#include "support/reply_handlers.h"
 #include "support/test_support.h"
 
 using namespace molra::test;
@@ -417,18 +418,6 @@ TEST(ReplyBatchWithdraw, ReportsTimeButNoOrderNumber) {
                 kShort);
 }
 
-const Handler kAll[] = {
-    molra::Sc_Order_AsyncFuncProcess,        molra::Sc_BatchOrder_AsyncFuncProcess,
-    molra::Sc_ETFSG_AsyncFuncProcess,        molra::Sc_ETFSH_AsyncFuncProcess,
-    molra::Sc_ZQHG_AsyncFuncProcess,         molra::Sc_ZQCRK_AsyncFuncProcess,
-    molra::Sc_LOF_AsyncFuncProcess,          molra::Sc_PHDJ_AsyncFuncProcess,
-    molra::Sc_FXYW_AsyncFuncProcess,         molra::Sc_FJY_AsyncFuncProcess,
-    molra::Sc_OrderWithDraw_AsyncFuncProcess, molra::Sc_BatchOrderWithDraw_AsyncFuncProcess,
-    molra::Sc_ETFWithDraw_AsyncFuncProcess,  molra::Sc_ZQHGWithDraw_AsyncFuncProcess,
-    molra::Sc_LOFWithDraw_AsyncFuncProcess,  molra::Sc_PHDJWithDraw_AsyncFuncProcess,
-    molra::Sc_FXYWWithDraw_AsyncFuncProcess,
-};
-
 TEST(ReplyFrame, EveryHandlerReleasesItsSessionOnEveryPath) {
   FakeSession no_request;
   no_request.is_struct = true;
@@ -445,10 +434,10 @@ TEST(ReplyFrame, EveryHandlerReleasesItsSessionOnEveryPath) {
     FakeKel kel;
     HostCallbacks host(false, with_callback);
     int n = 0;
-    for (std::size_t h = 0; h < std::size(kAll); ++h) {
+    for (std::size_t h = 0; h < std::size(kReplyHandlers); ++h) {
       for (std::size_t p = 0; p < paths.size(); ++p) {
         auto id = kel.Add(paths[p]);
-        kAll[h](id);
+        kReplyHandlers[h](id);
         ++n;
         EXPECT_EQ(kel.Releases(id), 1) << "handler " << h << " path " << p;
       }
@@ -460,7 +449,7 @@ TEST(ReplyFrame, EveryHandlerReleasesItsSessionOnEveryPath) {
 TEST(ReplyFrame, EveryDeliveredReplyIsType14EndingInParseCostZero) {
   FakeKel kel;
   HostCallbacks host;
-  for (Handler h : kAll) {
+  for (Handler h : kReplyHandlers) {
     FakeSession s = Structured(Answer(8000, 1));
     s.items = KeyValue(0).items;
     h(kel.Add(s));
@@ -469,7 +458,7 @@ TEST(ReplyFrame, EveryDeliveredReplyIsType14EndingInParseCostZero) {
     h(kel.Add(u));
   }
   auto got = host.Functions();
-  ASSERT_EQ(got.size(), 2 * std::size(kAll));
+  ASSERT_EQ(got.size(), 2 * std::size(kReplyHandlers));
   for (const Delivery& d : got) {
     EXPECT_EQ(d.type, 14);
     EXPECT_EQ(d.json.rfind("{\"TYPE\":14,\"SYS_TYPE\":4,\"JYLX\":", 0), 0u) << d.json;

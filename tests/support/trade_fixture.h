@@ -40,7 +40,12 @@ class TradeTest : public ::testing::Test {
     KELSIM(KelSim_WaitIdle)();
     Sim::Get().ClearCallLog();
   }
-  void TearDown() override { SECMOLRA_Exit(); }
+  // The callbacks go first: replies still arriving during the exit reach no test state.
+  void TearDown() override {
+    SECMOLRA_SetFuncCallback(nullptr);
+    SECMOLRA_SetMsgCallback(nullptr);
+    SECMOLRA_Exit();
+  }
 
   // The last request of a function code: block bytes, or "id=value|..." for key/value.
   static std::string Request(const char* func) {
