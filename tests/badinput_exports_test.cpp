@@ -4,6 +4,7 @@
 // are given enough room (README.md, "Caller obligations").
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <limits>
@@ -413,13 +414,10 @@ const Rule kRules[] = {
      "仅支持[JYLB_YXMR,JYLB_YXMC,JYLB_DJMR,JYLB_DJMC,JYLB_MRQR,JYLB_MCQR,JYLB_PHMR,JYLB_PHMC]"},
 };
 
-bool Excluded(const std::string& name, const char* excludes) {
-  std::string list = excludes;
-  for (std::size_t start = 0; start < list.size();) {
-    std::size_t end = list.find('|', start);
-    if (end == std::string::npos) end = list.size();
+bool Excluded(const std::string& name, const std::string& list) {
+  for (std::size_t start = 0, end; start < list.size(); start = end + 1) {
+    end = std::min(list.find('|', start), list.size());
     if (name.find(list.substr(start, end - start)) != std::string::npos) return true;
-    start = end + 1;
   }
   return false;
 }

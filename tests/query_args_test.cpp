@@ -36,6 +36,7 @@ class QueryArgs : public ::testing::Test {
 // One customer query export, called with a given KHH, on a list that held a record before.
 struct QueryCase {
   const char* name;
+  const char* worker;  // the name its lookup failure is logged under
   std::function<std::int64_t(const char* khh, std::size_t& left)> call;
 };
 
@@ -55,25 +56,25 @@ std::function<std::int64_t(const char*, std::size_t&)> Make(F f) {
   };
 }
 
-#define PLAIN(R, fn, ...) {#fn, Make<R, false>([](const char* k, std::vector<R>& l) { return fn(k, __VA_ARGS__ l); })}
-#define EX(R, fn, ...) {#fn, Make<R, true>([](CusLoginInfo* i, std::vector<R>& l) { return fn(i, __VA_ARGS__ l); })}
+#define PLAIN(R, fn, w, ...) {#fn, w, Make<R, false>([](const char* k, std::vector<R>& l) { return fn(k, __VA_ARGS__ l); })}
+#define EX(R, fn, w, ...) {#fn, w, Make<R, true>([](CusLoginInfo* i, std::vector<R>& l) { return fn(i, __VA_ARGS__ l); })}
 
 std::vector<QueryCase> Cases() {
   return {
-      PLAIN(FundRecord, SECMOLRA_QueryFundInfo, ),
-      EX(FundRecord, SECMOLRA_QueryFundInfoEx, ),
-      PLAIN(AccountRecord, SECMOLRA_QueryAccInfo, ),
-      EX(AccountRecord, SECMOLRA_QueryAccInfoEx, ),
-      PLAIN(PSQYRecord, SECMOLRA_QueryPSQY, "SH", "A1",),
-      EX(PSQYRecord, SECMOLRA_QueryPSQYEx, nullptr, nullptr,),
-      PLAIN(OrderRecord, SECMOLRA_QueryOrders, 0, 0, 100, 0, nullptr, nullptr, 0,),
-      EX(OrderRecord, SECMOLRA_QueryOrdersEx, 0, 0, 100, 0, "SH", "600000", 5,),
-      PLAIN(MatchRecord, SECMOLRA_QueryMatchs, 0, 0, 100, 0, nullptr, nullptr, 0,),
-      EX(MatchRecord, SECMOLRA_QueryMatchsEx, 0, 0, 100, 0, nullptr, nullptr, 0,),
-      PLAIN(PositionRecord, SECMOLRA_QueryPositions, 0, 100, 0, nullptr, nullptr, nullptr, 0,),
-      EX(PositionRecord, SECMOLRA_QueryPositionsEx, 0, 100, 0, nullptr, nullptr, 0,),
-      PLAIN(ETFShareRecord, SECMOLRA_QueryETFShare, "510050",),
-      EX(ETFShareRecord, SECMOLRA_QueryETFShareEx, "510050",),
+      PLAIN(FundRecord, SECMOLRA_QueryFundInfo, "QueryZjxx", ),
+      EX(FundRecord, SECMOLRA_QueryFundInfoEx, "QueryZjxx", ),
+      PLAIN(AccountRecord, SECMOLRA_QueryAccInfo, "QueryGDH", ),
+      EX(AccountRecord, SECMOLRA_QueryAccInfoEx, "QueryGDH", ),
+      PLAIN(PSQYRecord, SECMOLRA_QueryPSQY, "QueryPSQY", "SH", "A1",),
+      EX(PSQYRecord, SECMOLRA_QueryPSQYEx, "QueryPSQY", nullptr, nullptr,),
+      PLAIN(OrderRecord, SECMOLRA_QueryOrders, "QueryWtxx", 0, 0, 100, 0, nullptr, nullptr, 0,),
+      EX(OrderRecord, SECMOLRA_QueryOrdersEx, "QueryWtxx", 0, 0, 100, 0, "SH", "600000", 5,),
+      PLAIN(MatchRecord, SECMOLRA_QueryMatchs, "QueryCjxx", 0, 0, 100, 0, nullptr, nullptr, 0,),
+      EX(MatchRecord, SECMOLRA_QueryMatchsEx, "QueryCjxx", 0, 0, 100, 0, nullptr, nullptr, 0,),
+      PLAIN(PositionRecord, SECMOLRA_QueryPositions, "QueryCcxx", 0, 100, 0, nullptr, nullptr, nullptr, 0,),
+      EX(PositionRecord, SECMOLRA_QueryPositionsEx, "QueryCcxx", 0, 100, 0, nullptr, nullptr, 0,),
+      PLAIN(ETFShareRecord, SECMOLRA_QueryETFShare, "QueryETFShare", "510050",),
+      EX(ETFShareRecord, SECMOLRA_QueryETFShareEx, "QueryETFShare", "510050",),
   };
 }
 #undef PLAIN
@@ -93,16 +94,11 @@ TEST_F(QueryArgs, NullOrEmptyCustomerIsRefusedUnderTheExportNameAndEmptiesTheLis
 }
 
 TEST_F(QueryArgs, CustomerWithoutConnectionSetGetsTheStagedCodeZeroUnderTheWorkerName) {
-  const char* workers[] = {"QueryZjxx", "QueryZjxx", "QueryGDH", "QueryGDH", "QueryPSQY",
-                           "QueryPSQY", "QueryWtxx", "QueryWtxx", "QueryCjxx", "QueryCjxx",
-                           "QueryCcxx", "QueryCcxx", "QueryETFShare", "QueryETFShare"};
-  std::vector<QueryCase> cases = Cases();
-  ASSERT_EQ(cases.size(), sizeof workers / sizeof workers[0]);
-  for (std::size_t i = 0; i < cases.size(); ++i) {
+  for (const QueryCase& c : Cases()) {
     SECMOLRA_SetLastError(-1, "before", "", nullptr);
     std::size_t left = 9;
-    ExpectError(cases[i].call("9999", left), 0, "客户未连接登录，无法获取连接", workers[i]);
-    EXPECT_EQ(left, 0u) << cases[i].name;
+    ExpectError(c.call("9999", left), 0, "客户未连接登录，无法获取连接", c.worker);
+    EXPECT_EQ(left, 0u) << c.name;
   }
 }
 
