@@ -53,14 +53,12 @@ TEST_F(Account, PasswordKindZeroSends610303AndEveryOtherKind610304) {
   EXPECT_NE(Log().find("AccountInfo::ScModifyPwd Req 610303 modify pwd. Param[khh:1001 oldpwd:" +
                        Encoded("1001", "111111") + " newpwd:" + Encoded("1001", "123456") + "]"),
             std::string::npos);
-  LOGIN_SIM_FN(KelSim_Reset)();
-  EXPECT_EQ(SECMOLRA_ModifyPwd("1001", "111111", "2", -1), 1) << Err();
-  EXPECT_TRUE(Sent("610304"));
-  EXPECT_FALSE(Sent("610303"));
-  LOGIN_SIM_FN(KelSim_Reset)();
-  EXPECT_EQ(SECMOLRA_ModifyPwd("1001", "111111", "3", 2), 1) << Err();
-  EXPECT_TRUE(Sent("610304"));
-  EXPECT_FALSE(Sent("610303"));
+  for (int kind : {-1, 2}) {
+    LOGIN_SIM_FN(KelSim_Reset)();
+    EXPECT_EQ(SECMOLRA_ModifyPwd("1001", "111111", "2", kind), 1) << kind << ": " << Err();
+    EXPECT_TRUE(Sent("610304")) << kind;
+    EXPECT_FALSE(Sent("610303")) << kind;
+  }
   EXPECT_NE(Log().find("AccountInfo::ScModifyPwd success."), std::string::npos);
 }
 

@@ -112,13 +112,3 @@ TEST_F(Adapter, FundAndNodeListAdapters) {
   EXPECT_EQ(PYSECMOLRA_QueryCusNodeinfo("T", nullptr, nodes, 1), -221);
   EXPECT_TRUE(Untouched(nodes[0]));
 }
-
-TEST_F(Adapter, BackEndFundRowWithNegativeStateIsNotCounted) {
-  // Customer 1005's fund answer carries a second row with state -1.
-  SECMOLRA_TradeLogin("T", "1005", "555555");
-  FundRecord recs[3];
-  Fill(recs);
-  EXPECT_EQ(PYSECMOLRA_QueryFundInfo("1005", recs, 3), 1);
-  EXPECT_STREQ(recs[0].BZ, "RMB");
-  EXPECT_TRUE(Untouched(recs[1]));
-}

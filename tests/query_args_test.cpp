@@ -36,113 +36,69 @@ class QueryArgs : public ::testing::Test {
 // One customer query export, called with a given KHH, on a list that held a record before.
 struct QueryCase {
   const char* name;
+  const char* worker;  // the name its lookup failure is logged under
   std::function<std::int64_t(const char* khh, std::size_t& left)> call;
 };
 
-template <typename R, typename F>
-std::function<std::int64_t(const char*, std::size_t&)> Plain(F f) {
-  return [f](const char* khh, std::size_t& left) {
-    std::vector<R> list(1);
-    std::int64_t r = f(khh, list);
-    left = list.size();
-    return r;
-  };
-}
-
-// The Ex form with a record whose KHH is `khh`; a null khh passes a null record.
-template <typename R, typename F>
-std::function<std::int64_t(const char*, std::size_t&)> Ex(F f) {
+// The plain form with `khh`, or the Ex form with a record whose KHH is `khh` (a null khh
+// passes a null record).
+template <typename R, bool kEx, typename F>
+std::function<std::int64_t(const char*, std::size_t&)> Make(F f) {
   return [f](const char* khh, std::size_t& left) {
     std::vector<R> list(1);
     CusLoginInfo info{};
     if (khh) std::strncpy(info.KHH, khh, sizeof info.KHH);
-    std::int64_t r = f(khh ? &info : nullptr, list);
+    std::int64_t r;
+    if constexpr (kEx) r = f(khh ? &info : nullptr, list);
+    else r = f(khh, list);
     left = list.size();
     return r;
   };
 }
 
+#define PLAIN(R, fn, w, ...) {#fn, w, Make<R, false>([](const char* k, std::vector<R>& l) { return fn(k, __VA_ARGS__ l); })}
+#define EX(R, fn, w, ...) {#fn, w, Make<R, true>([](CusLoginInfo* i, std::vector<R>& l) { return fn(i, __VA_ARGS__ l); })}
+
 std::vector<QueryCase> Cases() {
   return {
-      {"SECMOLRA_QueryFundInfo", Plain<FundRecord>([](const char* k, std::vector<FundRecord>& l) {
-         return SECMOLRA_QueryFundInfo(k, l);
-       })},
-      {"SECMOLRA_QueryFundInfoEx", Ex<FundRecord>([](CusLoginInfo* i, std::vector<FundRecord>& l) {
-         return SECMOLRA_QueryFundInfoEx(i, l);
-       })},
-      {"SECMOLRA_QueryAccInfo", Plain<AccountRecord>([](const char* k, std::vector<AccountRecord>& l) {
-         return SECMOLRA_QueryAccInfo(k, l);
-       })},
-      {"SECMOLRA_QueryAccInfoEx",
-       Ex<AccountRecord>([](CusLoginInfo* i, std::vector<AccountRecord>& l) {
-         return SECMOLRA_QueryAccInfoEx(i, l);
-       })},
-      {"SECMOLRA_QueryPSQY", Plain<PSQYRecord>([](const char* k, std::vector<PSQYRecord>& l) {
-         return SECMOLRA_QueryPSQY(k, "SH", "A1", l);
-       })},
-      {"SECMOLRA_QueryPSQYEx", Ex<PSQYRecord>([](CusLoginInfo* i, std::vector<PSQYRecord>& l) {
-         return SECMOLRA_QueryPSQYEx(i, nullptr, nullptr, l);
-       })},
-      {"SECMOLRA_QueryOrders", Plain<OrderRecord>([](const char* k, std::vector<OrderRecord>& l) {
-         return SECMOLRA_QueryOrders(k, 0, 0, 100, 0, nullptr, nullptr, 0, l);
-       })},
-      {"SECMOLRA_QueryOrdersEx", Ex<OrderRecord>([](CusLoginInfo* i, std::vector<OrderRecord>& l) {
-         return SECMOLRA_QueryOrdersEx(i, 0, 0, 100, 0, "SH", "600000", 5, l);
-       })},
-      {"SECMOLRA_QueryMatchs", Plain<MatchRecord>([](const char* k, std::vector<MatchRecord>& l) {
-         return SECMOLRA_QueryMatchs(k, 0, 0, 100, 0, nullptr, nullptr, 0, l);
-       })},
-      {"SECMOLRA_QueryMatchsEx", Ex<MatchRecord>([](CusLoginInfo* i, std::vector<MatchRecord>& l) {
-         return SECMOLRA_QueryMatchsEx(i, 0, 0, 100, 0, nullptr, nullptr, 0, l);
-       })},
-      {"SECMOLRA_QueryPositions",
-       Plain<PositionRecord>([](const char* k, std::vector<PositionRecord>& l) {
-         return SECMOLRA_QueryPositions(k, 0, 100, 0, nullptr, nullptr, nullptr, 0, l);
-       })},
-      {"SECMOLRA_QueryPositionsEx",
-       Ex<PositionRecord>([](CusLoginInfo* i, std::vector<PositionRecord>& l) {
-         return SECMOLRA_QueryPositionsEx(i, 0, 100, 0, nullptr, nullptr, 0, l);
-       })},
-      {"SECMOLRA_QueryETFShare",
-       Plain<ETFShareRecord>([](const char* k, std::vector<ETFShareRecord>& l) {
-         return SECMOLRA_QueryETFShare(k, "510050", l);
-       })},
-      {"SECMOLRA_QueryETFShareEx",
-       Ex<ETFShareRecord>([](CusLoginInfo* i, std::vector<ETFShareRecord>& l) {
-         return SECMOLRA_QueryETFShareEx(i, "510050", l);
-       })},
+      PLAIN(FundRecord, SECMOLRA_QueryFundInfo, "QueryZjxx", ),
+      EX(FundRecord, SECMOLRA_QueryFundInfoEx, "QueryZjxx", ),
+      PLAIN(AccountRecord, SECMOLRA_QueryAccInfo, "QueryGDH", ),
+      EX(AccountRecord, SECMOLRA_QueryAccInfoEx, "QueryGDH", ),
+      PLAIN(PSQYRecord, SECMOLRA_QueryPSQY, "QueryPSQY", "SH", "A1",),
+      EX(PSQYRecord, SECMOLRA_QueryPSQYEx, "QueryPSQY", nullptr, nullptr,),
+      PLAIN(OrderRecord, SECMOLRA_QueryOrders, "QueryWtxx", 0, 0, 100, 0, nullptr, nullptr, 0,),
+      EX(OrderRecord, SECMOLRA_QueryOrdersEx, "QueryWtxx", 0, 0, 100, 0, "SH", "600000", 5,),
+      PLAIN(MatchRecord, SECMOLRA_QueryMatchs, "QueryCjxx", 0, 0, 100, 0, nullptr, nullptr, 0,),
+      EX(MatchRecord, SECMOLRA_QueryMatchsEx, "QueryCjxx", 0, 0, 100, 0, nullptr, nullptr, 0,),
+      PLAIN(PositionRecord, SECMOLRA_QueryPositions, "QueryCcxx", 0, 100, 0, nullptr, nullptr, nullptr, 0,),
+      EX(PositionRecord, SECMOLRA_QueryPositionsEx, "QueryCcxx", 0, 100, 0, nullptr, nullptr, 0,),
+      PLAIN(ETFShareRecord, SECMOLRA_QueryETFShare, "QueryETFShare", "510050",),
+      EX(ETFShareRecord, SECMOLRA_QueryETFShareEx, "QueryETFShare", "510050",),
   };
 }
+#undef PLAIN
+#undef EX
 
 }  // namespace
 
-TEST_F(QueryArgs, NullCustomerIsIllegalAndEmptiesTheList) {
-  for (const QueryCase& c : Cases()) {
-    std::size_t left = 9;
-    ExpectError(c.call(nullptr, left), -221, "非法参数", c.name);
-    EXPECT_EQ(left, 0u) << c.name;
-  }
-}
-
-TEST_F(QueryArgs, EmptyCustomerNumberIsRefusedUnderTheExportName) {
-  for (const QueryCase& c : Cases()) {
-    std::size_t left = 9;
-    ExpectError(c.call("", left), -221, "客户号不能为空", c.name);
-    EXPECT_EQ(left, 0u) << c.name;
+TEST_F(QueryArgs, NullOrEmptyCustomerIsRefusedUnderTheExportNameAndEmptiesTheList) {
+  const std::pair<const char*, const char*> rows[] = {{nullptr, "非法参数"}, {"", "客户号不能为空"}};
+  for (auto [khh, msg] : rows) {
+    for (const QueryCase& c : Cases()) {
+      std::size_t left = 9;
+      ExpectError(c.call(khh, left), -221, msg, c.name);
+      EXPECT_EQ(left, 0u) << c.name << " " << msg;
+    }
   }
 }
 
 TEST_F(QueryArgs, CustomerWithoutConnectionSetGetsTheStagedCodeZeroUnderTheWorkerName) {
-  const char* workers[] = {"QueryZjxx", "QueryZjxx", "QueryGDH", "QueryGDH", "QueryPSQY",
-                           "QueryPSQY", "QueryWtxx", "QueryWtxx", "QueryCjxx", "QueryCjxx",
-                           "QueryCcxx", "QueryCcxx", "QueryETFShare", "QueryETFShare"};
-  std::vector<QueryCase> cases = Cases();
-  ASSERT_EQ(cases.size(), sizeof workers / sizeof workers[0]);
-  for (std::size_t i = 0; i < cases.size(); ++i) {
+  for (const QueryCase& c : Cases()) {
     SECMOLRA_SetLastError(-1, "before", "", nullptr);
     std::size_t left = 9;
-    ExpectError(cases[i].call("9999", left), 0, "客户未连接登录，无法获取连接", workers[i]);
-    EXPECT_EQ(left, 0u) << cases[i].name;
+    ExpectError(c.call("9999", left), 0, "客户未连接登录，无法获取连接", c.worker);
+    EXPECT_EQ(left, 0u) << c.name;
   }
 }
 
@@ -256,20 +212,18 @@ TEST_F(QueryArgs, NodeOperationsRefuseBadArguments) {
 
 TEST_F(QueryArgs, AdapterLeavesTheArrayUntouchedOnAnError) {
   FundRecord recs[3];
-  std::memset(recs, 0x5a, sizeof recs);
-  FundRecord before[3];
-  std::memcpy(before, recs, sizeof recs);
-  EXPECT_EQ(PYSECMOLRA_QueryFundInfo(nullptr, recs, 3), -221);
-  EXPECT_EQ(std::memcmp(recs, before, sizeof recs), 0);
   ETFShareRecord etf[2];
+  std::memset(recs, 0x5a, sizeof recs);
   std::memset(etf, 0x5a, sizeof etf);
-  ETFShareRecord etf_before[2];
-  std::memcpy(etf_before, etf, sizeof etf);
+  const std::string fund_before(reinterpret_cast<char*>(recs), sizeof recs);
+  const std::string etf_before(reinterpret_cast<char*>(etf), sizeof etf);
+  EXPECT_EQ(PYSECMOLRA_QueryFundInfo(nullptr, recs, 3), -221);
+  EXPECT_EQ(std::string(reinterpret_cast<char*>(recs), sizeof recs), fund_before);
   ExpectError(PYSECMOLRA_QueryETFShare("1001", "", etf, 2), -221, "基金代码不能为空",
               "SECMOLRA_QueryETFShare");
   ExpectError(PYSECMOLRA_QueryETFShare("1001", nullptr, etf, 2), -221, "非法参数",
               "SECMOLRA_QueryETFShare");
-  EXPECT_EQ(std::memcmp(etf, etf_before, sizeof etf), 0);
+  EXPECT_EQ(std::string(reinterpret_cast<char*>(etf), sizeof etf), etf_before);
   // Null arrays are never written, whatever the capacity.
   EXPECT_EQ(PYSECMOLRA_QueryAccInfo("", nullptr, 5), -221);
 }

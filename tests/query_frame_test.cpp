@@ -22,12 +22,7 @@ class QueryFrame : public LoginTest {
     ASSERT_GT(SECMOLRA_TradeLogin("T", khh, pwd), 0) << Err();
     Sim::Get().ClearCallLog();
   }
-  static std::string Err(std::int64_t* code = nullptr) {
-    std::string m;
-    std::int64_t c = LastError(&m);
-    if (code) *code = c;
-    return m;
-  }
+  static std::string Err() { return LastErrorText(); }
   static void Script(const char* func, int32_t code, const char* msg, const char* rows) {
     LOGIN_SIM_FN(KelSim_SetKvAnswer)(func, code, msg, rows);
   }
@@ -113,14 +108,10 @@ TEST_F(QueryFrame, ExFormNodeIdAboveZeroWinsOverTheNodeTable) {
   CusLoginInfo q{};
   std::strcpy(q.KHH, "1002");
   std::vector<FundRecord> list;
-  q.NodeID = 0;
-  EXPECT_EQ(SECMOLRA_QueryFundInfoEx(&q, list), 1) << Err();
-  q.NodeID = 5;
-  EXPECT_EQ(SECMOLRA_QueryFundInfoEx(&q, list), 1) << Err();
-  q.NodeID = 1;
-  EXPECT_EQ(SECMOLRA_QueryFundInfoEx(&q, list), 1) << Err();
-  q.NodeID = -1;
-  EXPECT_EQ(SECMOLRA_QueryFundInfoEx(&q, list), 1) << Err();
+  for (int node : {0, 5, 1, -1}) {
+    q.NodeID = node;
+    EXPECT_EQ(SECMOLRA_QueryFundInfoEx(&q, list), 1) << node << ": " << Err();
+  }
   EXPECT_EQ(SECMOLRA_QueryFundInfo("1002", list), 1) << Err();
   EXPECT_EQ(NodeIdCalls(), (std::vector<std::string>{"2", "5", "1", "2", "2"}));
 }
@@ -336,8 +327,7 @@ TEST_F(QueryFrame, TransportAndAnswerFailuresReleaseTheSession) {
   EXPECT_TRUE(list.empty());
   EXPECT_EQ(OpenSessions(), 0);
   LOGIN_SIM_FN(KelSim_FailAllocSession)(1);
-  std::int64_t r = SECMOLRA_QueryFundInfo("1001", list);
-  EXPECT_EQ(r, -202);
+  EXPECT_EQ(SECMOLRA_QueryFundInfo("1001", list), -202);
   EXPECT_EQ(Err(), "发起会话失败");
   EXPECT_EQ(OpenSessions(), 0);
 }

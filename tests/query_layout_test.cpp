@@ -92,16 +92,6 @@ TEST(QueryTable, FieldsLieInsideTheirRecordAndNeverOverlap) {
   }
 }
 
-TEST(QueryTable, FundTotalAddsKeys869Then709Then647) {
-  const auto& layout = Spec(QueryKind::kFund).layout;
-  const auto& total = layout.fields[10];
-  EXPECT_EQ(total.offset, offsetof(FundRecord, Total));
-  EXPECT_EQ(total.type, FieldType::kDoubleSum);
-  EXPECT_EQ(total.sum_keys[0], 869);
-  EXPECT_EQ(total.sum_keys[1], 709);
-  EXPECT_EQ(total.sum_keys[2], 647);
-}
-
 TEST(QueryTable, OnlyThePSQYQueryRechecksTheAnswerCodePerRow) {
   for (const Expected& e : kExpected) {
     bool recheck = Spec(e.kind).rows == molra::query::RowMode::kRecheckAnswerCode;
