@@ -60,8 +60,8 @@ class SimTrading : public ::testing::Test {
     b.Text(120, 17, kfsbdbh);
     return c.Run(b);
   }
-  std::string Withdraw(long long wth, const char* cxkfsbdbh = "", int func = 19002) {
-    SimBlock b(func, 139, token, "1001");
+  std::string Withdraw(long long wth, const char* cxkfsbdbh = "") {
+    SimBlock b(19002, 139, token, "1001");
     b.Text(55, 3, "SH").Int(69, 8, wth).Text(122, 17, cxkfsbdbh);
     return c.Run(b);
   }
