@@ -51,10 +51,9 @@ TEST(LoginClock, ServerTimeReadsWhereTheSeparatorsStand) {
 }
 
 TEST(LoginClock, RevisedTimeTextAndNumberOfTheWorkedExample) {
-  // Offset 0 and the local clock at 09:30:15.250.
-  int64_t x = TextToMs("093015.250") - 0;
-  EXPECT_EQ(FormatReviseTime(x), "09:01:00.000");
-  EXPECT_EQ(ReviseTextAsLong(FormatReviseTime(x)), 90100);
+  // Offset 0 and the local clock at 09:30:15.250, which reads as 32,460,000.
+  EXPECT_EQ(FormatReviseTime(TextToMs("093015.250")), "09:01:00.000");
+  EXPECT_EQ(ReviseTextAsLong("09:01:00.000"), 90100);
   EXPECT_EQ(FormatReviseTime(34215250), "09:30:15.250");
   EXPECT_EQ(ReviseTextAsLong("09:30:15.250"), 93015);
   EXPECT_EQ(ReviseTextAsLong("23:59:59.999"), 235959);

@@ -49,6 +49,13 @@ int64_t ConnOf(const char* addr) { return LOGIN_SIM_FN(KelSim_ConnectionByAddr)(
 
 bool Contains(const std::string& s, const std::string& what) { return s.find(what) != std::string::npos; }
 
+// The encoded password of a login request "605=1001|598=<encoded>|781=...".
+std::string EncodedPassword(const std::string& req) {
+  const std::size_t start = std::strlen("605=1001|598="), end = req.find("|781=");
+  EXPECT_NE(end, std::string::npos) << req;
+  return end == std::string::npos ? "" : req.substr(start, end - start);
+}
+
 CusLoginInfo Record(const char* khh, const char* pwd, int32_t node) {
   CusLoginInfo info{};
   std::strcpy(info.KHH, khh);
@@ -59,7 +66,7 @@ CusLoginInfo Record(const char* khh, const char* pwd, int32_t node) {
 
 }  // namespace
 
-TEST_F(LoginTest, DirectFormSendsSettingsAndFieldsInOrderOnTheTradeConnection) {
+TEST_F(LoginTest, DirectFormSendsSettingsAndFieldsInOrderAndRegistersTheCustomerAsDefault) {
   StartDefault();
   ASSERT_TRUE(SECMOLRA_SetWTFS("7"));
   ASSERT_TRUE(SECMOLRA_SetNode("N1"));
@@ -68,9 +75,7 @@ TEST_F(LoginTest, DirectFormSendsSettingsAndFieldsInOrderOnTheTradeConnection) {
   ASSERT_GT(token, 0) << LastErrorText();
   std::string calls = Sim::Get().CallLog();
   std::string req = LastRequest("610301");
-  std::size_t pwd_end = req.find("|781=");
-  ASSERT_NE(pwd_end, std::string::npos) << req;
-  std::string encoded = req.substr(std::strlen("605=1001|598="), pwd_end - std::strlen("605=1001|598="));
+  std::string encoded = EncodedPassword(req);
   EXPECT_NE(encoded, "111111");  // the password went out encoded
   EXPECT_EQ(LoginCalls(calls),
             Join({"Kel_UniEncode3rd(1001)", "Kel_SetWTFS(7)", "Kel_SetNode(N1)", "Kel_SetNodeId(1)",
@@ -85,13 +90,6 @@ TEST_F(LoginTest, DirectFormSendsSettingsAndFieldsInOrderOnTheTradeConnection) {
   EXPECT_EQ(LOGIN_SIM_FN(KelSim_OpenSessions)(), 0);
   EXPECT_TRUE(Contains(Log(), "AccountInfo::Login success. [khh:1001 systype:4 token:" +
                                   std::to_string(token) + "]"));
-}
-
-TEST_F(LoginTest, DirectLoginRegistersTheCustomerAsDefault) {
-  StartDefault();
-  ASSERT_TRUE(SECMOLRA_SetWTFS("7"));
-  int64_t token = SECMOLRA_TradeLogin("T", "1001", "111111");
-  ASSERT_GT(token, 0) << LastErrorText();
   auto rec = molra::Registry().Find(4, "1001");
   ASSERT_NE(rec, nullptr);
   EXPECT_STREQ(rec->khh, "1001");
@@ -116,9 +114,7 @@ TEST_F(LoginTest, AuthenticationFormSendsOperatorCodeSystemTypeAndAppFields) {
   ASSERT_GT(token, 0) << LastErrorText();
   std::string calls = Sim::Get().CallLog();
   std::string req = LastRequest("A00401");
-  std::size_t pwd_end = req.find("|781=");
-  ASSERT_NE(pwd_end, std::string::npos) << req;
-  std::string encoded = req.substr(std::strlen("605=1001|598="), pwd_end - std::strlen("605=1001|598="));
+  std::string encoded = EncodedPassword(req);
   EXPECT_EQ(LoginCalls(calls),
             Join({"Kel_UniEncode(1001)", "Kel_SetWTFS()", "Kel_SetGYDM(GY01)", "Kel_SetNode()",
                   "Kel_SetNodeId(1)", "Kel_CreateHead(A00401)", "Kel_SetItem(605,1001)",

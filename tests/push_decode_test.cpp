@@ -62,19 +62,6 @@ const std::string kSharedHead =
     kGbkAccepted +
     "\",\"CXWTH\":0,\"LSH\":987654321,\"WTGY\":\"OP1\",\"QRSJ\":\"093105123\",";
 
-int MembersBetweenSysTypeAndParseCost(const std::string& json) {
-  rapidjson::Document d;
-  d.Parse(json.c_str(), json.size());
-  EXPECT_FALSE(d.HasParseError()) << json;
-  if (d.HasParseError() || !d.IsObject()) return -1;
-  auto first = d.MemberBegin();
-  auto last = d.MemberEnd() - 1;
-  EXPECT_STREQ(first->name.GetString(), "TYPE");
-  EXPECT_STREQ((first + 1)->name.GetString(), "SYS_TYPE");
-  EXPECT_STREQ(last->name.GetString(), "PARSE_COST");
-  return static_cast<int>(d.MemberCount()) - 3;
-}
-
 TEST(PushDecode, ConfirmationRecordGivesEveryMemberInOrder) {
   Record r(402);
   FillShared(r, 0);
@@ -106,15 +93,6 @@ TEST(PushDecode, EmptyRecordGivesEmptyTextsAndZeros) {
             "\"QSZJ\":0.0,\"JYLB\":0,\"DDLX\":0,\"SBJG\":0,\"JGSM\":\"\",\"CXWTH\":0,\"LSH\":0,"
             "\"WTGY\":\"\",\"QRSJ\":\"\",\"KFSBDBH\":\"\",\"JYSCPFL\":\"\",\"JYSCPXH\":\"\","
             "\"MSGCODE\":\"\",\"PARSE_COST\":0}");
-}
-
-TEST(PushDecode, MemberCountsOfTheTwoLayouts) {
-  Record confirm(402), structured(415);
-  FillShared(confirm, 0);
-  FillShared(structured, 13);
-  EXPECT_EQ(MembersBetweenSysTypeAndParseCost(DecodePush(confirm.data(), false, 8)), 37);
-  EXPECT_EQ(MembersBetweenSysTypeAndParseCost(DecodePush(structured.data(), true, 8)), 38);
-  EXPECT_EQ(MembersBetweenSysTypeAndParseCost(DecodePush(Record(415).data(), true, 8)), 38);
 }
 
 TEST(PushDecode, NegativeNumbersAndTheUnsignedCategory) {

@@ -60,8 +60,8 @@ class SimTrading : public ::testing::Test {
     b.Text(120, 17, kfsbdbh);
     return c.Run(b);
   }
-  std::string Withdraw(long long wth, const char* cxkfsbdbh = "", int func = 19002) {
-    SimBlock b(func, 139, token, "1001");
+  std::string Withdraw(long long wth, const char* cxkfsbdbh = "") {
+    SimBlock b(19002, 139, token, "1001");
     b.Text(55, 3, "SH").Int(69, 8, wth).Text(122, 17, cxkfsbdbh);
     return c.Run(b);
   }
@@ -74,6 +74,14 @@ class SimTrading : public ::testing::Test {
     SimClient q;
     EXPECT_TRUE(q.Kv("D00753", {{fid::KHH, "1001"}, {fid::ZQDM, zqdm}}));
     return q.Count() == 1 ? q.Long(id) : -1;
+  }
+  // A password in the uni (authentication) or the 3rd (direct) encoding.
+  std::string Enc(const char* khh, const char* pwd, bool third = true) {
+    char buf[64];
+    std::snprintf(buf, sizeof buf, "%s", pwd);
+    kel::int32 n = sizeof buf;
+    EXPECT_TRUE(third ? k.Kel_UniEncode3rd(khh, buf, &n) : k.Kel_UniEncode(khh, buf, &n));
+    return buf;
   }
   static int Code(const std::string& ans) { return static_cast<int>(ReadInt(ans, 11, 2)); }
   static long long Wth(const std::string& ans) { return ReadInt(ans, 443, 8); }
@@ -93,20 +101,13 @@ TEST_F(SimTrading, LoginChecksPasswordFormNodeAndCustomer) {
   EXPECT_EQ(m.Login("1001", "111111", 2), -109);  // not one of its nodes
   EXPECT_GT(m.Login("1002", "222222", 2), 0);
   // The authentication form expects the uni encoding: the 3rd form is refused there.
-  char third[64] = "111111", uni[64] = "111111";
-  kel::int32 n1 = sizeof third, n2 = sizeof uni;
-  k.Kel_UniEncode3rd("1001", third, &n1);
-  k.Kel_UniEncode("1001", uni, &n2);
-  ASSERT_TRUE(m.Kv("A00401", {{605, "1001"}, {598, third}, {781, "5"}}));
+  ASSERT_TRUE(m.Kv("A00401", {{605, "1001"}, {598, Enc("1001", "111111")}, {781, "5"}}));
   EXPECT_EQ(m.Code(), -108);
-  ASSERT_TRUE(m.Kv("A00401", {{605, "1001"}, {598, uni}, {781, "5"}}));
+  ASSERT_TRUE(m.Kv("A00401", {{605, "1001"}, {598, Enc("1001", "111111", false)}, {781, "5"}}));
   EXPECT_EQ(m.Code(), 1);
   EXPECT_EQ(m.Long(fid::TOKEN), token);
   // The configured customer whose token is a text with letters.
-  char p5[64] = "555555";
-  kel::int32 n5 = sizeof p5;
-  k.Kel_UniEncode("1005", p5, &n5);
-  ASSERT_TRUE(m.Kv("A00401", {{605, "1005"}, {598, p5}, {781, "5"}}));
+  ASSERT_TRUE(m.Kv("A00401", {{605, "1005"}, {598, Enc("1005", "555555", false)}, {781, "5"}}));
   EXPECT_EQ(m.Text(fid::TOKEN), "abc");
 }
 
@@ -274,13 +275,7 @@ TEST_F(SimTrading, TradableQuantityFollowsFundsAndShares) {
 }
 
 TEST_F(SimTrading, PasswordChangeTakesEffectAtTheNextLogin) {
-  auto enc = [&](const char* pwd) {
-    char buf[64];
-    std::snprintf(buf, sizeof buf, "%s", pwd);
-    kel::int32 n = sizeof buf;
-    k.Kel_UniEncode3rd("1001", buf, &n);
-    return std::string(buf);
-  };
+  auto enc = [&](const char* pwd) { return Enc("1001", pwd); };
   ASSERT_TRUE(c.Kv("610303", {{605, "1001"}, {781, "6"}, {631, enc("bad")}, {640, enc("654321")}}));
   EXPECT_LT(c.Long(fid::ROW_STATE), 0);
   ASSERT_TRUE(c.Kv("610303", {{605, "1001"}, {781, "6"}, {631, enc("111111")}, {640, enc("654321")}}));
@@ -290,9 +285,7 @@ TEST_F(SimTrading, PasswordChangeTakesEffectAtTheNextLogin) {
 }
 
 TEST_F(SimTrading, TransfersMoveFundsAndRespectTheAvailableAmount) {
-  char pwd[64] = "111111";
-  kel::int32 n = sizeof pwd;
-  k.Kel_UniEncode3rd("1001", pwd, &n);
+  const std::string pwd = Enc("1001", "111111");
   double before = Available();
   ASSERT_TRUE(c.Kv("610404", {{605, "1001"}, {808, "2000000"}, {598, pwd}, {781, "6"}}));
   EXPECT_EQ(c.Code(), -103);
