@@ -20,11 +20,16 @@ static_assert(offsetof(CusLoginInfo, ErrorCode) == 341, "account error code at 3
 static_assert(offsetof(CusLoginInfo, ErrorMsg) == 349, "account error message at 349");
 static_assert(offsetof(BatchOrderRow, Wth) == 45 && offsetof(BatchOrderRow, Msg) == 53, "batch row");
 
-TEST(LastError, IsZeroAndEmptyBeforeAnyError) {
+TEST(LastError, IsZeroAndEmptyBeforeAnyErrorReadingDoesNotClearAndNullMessageIsEmpty) {
   char buf[64];
   std::memset(buf, 'x', sizeof buf);
   EXPECT_EQ(SECMOLRA_GetLastError(buf), 0);
   EXPECT_STREQ(buf, "");
+  SECMOLRA_SetLastError(-5, nullptr, nullptr, nullptr);
+  std::string got = "x";
+  EXPECT_EQ(LastError(&got), -5);
+  EXPECT_EQ(got, "");
+  EXPECT_EQ(LastError(&got), -5);
 }
 
 TEST(LastError, LongMessageIsKeptWholeButCutTo256UnterminatedBytesInTheAccount) {
@@ -49,14 +54,6 @@ TEST(LastError, ShortMessageZeroFillsTheAccountField) {
   SECMOLRA_SetLastError(-1, "abc", nullptr, &acc);
   EXPECT_STREQ(acc.ErrorMsg, "abc");
   for (std::size_t i = 3; i < sizeof acc.ErrorMsg; ++i) ASSERT_EQ(acc.ErrorMsg[i], 0) << i;
-}
-
-TEST(LastError, ReadingDoesNotClearAndNullMessageIsEmpty) {
-  SECMOLRA_SetLastError(-5, nullptr, nullptr, nullptr);
-  std::string got = "x";
-  EXPECT_EQ(LastError(&got), -5);
-  EXPECT_EQ(got, "");
-  EXPECT_EQ(LastError(&got), -5);
 }
 
 TEST(BoundedCopy, ExactWidthLeavesNoTerminator) {
