@@ -6,9 +6,7 @@
 #include <filesystem>
 #include <string>
 #include <thread>
-#include <vector>
 
-#include "api/last_error.h"
 #include "comm/conn_pool.h"
 #include "comm/timer.h"
 #include "conn_host_events.h"
@@ -25,8 +23,7 @@ const char kFourAddrs[] =
     "[K]\nName=Main\nAuthname=u\nAuthpwd=p\naddr=127.0.0.1:9101\ntradeaddr=127.0.0.1:9102\n"
     "queryaddr=127.0.0.1:9103\nsubscribeaddr=127.0.0.1:9104\n";
 
-std::string N(kel::int64 v) { return std::to_string(v); }
-std::string N(const std::atomic<kel::int64>& v) { return N(v.load()); }
+std::string N(const std::atomic<kel::int64>& v) { return std::to_string(v.load()); }
 
 class ConnSim : public ::testing::Test {
  protected:
@@ -87,39 +84,6 @@ TEST_F(ConnSim, LongAnswerTextsAreReadWhole) {
   EXPECT_EQ(molra::GetItemString(s.handle(), 605, -1), "1001");
   EXPECT_EQ(molra::GetItemString(s.handle(), 4211, 0), "");
   EXPECT_EQ(molra::GetErrorString(s.handle()), message);
-}
-
-TEST_F(ConnSim, EventsOnTransportThreadsWhileRequestsRun) {
-  Start(kFourAddrs);
-  auto set = Get();
-  std::atomic<bool> stop{false};
-  std::vector<std::thread> callers;
-  for (int i = 0; i < 2; ++i) {
-    callers.emplace_back([&] {
-      while (!stop) {
-        if (auto s = molra::Pool()->GetConnection("1001", "")) {
-          molra::KelSession q = molra::AllocQuerySession(*s);
-          molra::KelSession t = molra::AllocTradeSession(*s);
-        }
-      }
-    });
-  }
-  for (int i = 0; i < 30; ++i) {
-    SIM_FN(KelSim_BreakConnection)(set->trade_handle, 1 + i % 2);
-    SIM_FN(KelSim_BreakConnection)(set->query_handle, 9);
-    SIM_FN(KelSim_RestoreConnection)(set->query_handle);
-    SIM_FN(KelSim_RestoreConnection)(set->trade_handle);
-  }
-  SIM_FN(KelSim_WaitIdle)();
-  stop = true;
-  for (auto& t : callers) t.join();
-  EXPECT_EQ(set->broken_count.load(), 0);
-  EXPECT_EQ(OpenSessions(), 0);
-  auto events = hostevents::Recorded();  // all delivered: the transport was idle before the stop
-  ASSERT_EQ(events.size(), 60u);  // one break and one recovery per outage
-  for (std::size_t i = 0; i < events.size(); ++i) {
-    EXPECT_EQ(events[i].event, i % 2 == 0 ? 1 + static_cast<int>(i / 2) % 2 : 0) << i;
-  }
 }
 
 TEST_F(ConnSim, ExitClosesSetsInOrderAndLeavesNoTimerThread) {

@@ -76,7 +76,7 @@ TEST(Setters, SetNodeRefusesNullAndAcceptsEmpty) {
   EXPECT_EQ(molra::Kit().Node(), "");
 }
 
-TEST(Setters, SetWTFSKeepsThePreviousMethodWhenTheTransportRefuses) {
+TEST(Setters, SetWTFSKeepsThePreviousMethodWhenTheTransportRefusesAndSetKelWriteLogForwards) {
   ASSERT_TRUE(SECMOLRA_Init());
   Sim::Get().Reset();
   EXPECT_TRUE(SECMOLRA_SetWTFS("32"));
@@ -85,6 +85,9 @@ TEST(Setters, SetWTFSKeepsThePreviousMethodWhenTheTransportRefuses) {
   Sim::Get().Fn<void (*)(bool)>("KelSim_SetDefaultInfoResult")(false);
   EXPECT_FALSE(SECMOLRA_SetWTFS("64"));
   EXPECT_EQ(molra::Kit().Wtfs(), "32");
+  Sim::Get().ClearCallLog();
+  EXPECT_TRUE(SECMOLRA_SetKelWriteLog(false));
+  EXPECT_EQ(Sim::Get().CallLog(), "Kel_WriteLog(0)\n");
   SECMOLRA_Exit();
 }
 
@@ -92,14 +95,6 @@ TEST(Setters, SetWTFSBeforeInitIsRefusedWithoutCallingTheTransport) {
   EXPECT_FALSE(SECMOLRA_SetWTFS("32"));
   EXPECT_FALSE(SECMOLRA_SetKelWriteLog(true));
   EXPECT_EQ(molra::Kit().Wtfs(), "");
-}
-
-TEST(Setters, SetKelWriteLogForwardsToTheTransport) {
-  ASSERT_TRUE(SECMOLRA_Init());
-  Sim::Get().ClearCallLog();
-  EXPECT_TRUE(SECMOLRA_SetKelWriteLog(false));
-  EXPECT_EQ(Sim::Get().CallLog(), "Kel_WriteLog(0)\n");
-  SECMOLRA_Exit();
 }
 
 static void Cb1(const char*, const char*, int32_t) {}
