@@ -3,7 +3,6 @@
 // runs in its own process, so the state is plain globals.
 #pragma once
 
-#include <atomic>
 #include <cstring>
 #include <map>
 #include <mutex>
@@ -176,11 +175,11 @@ inline int OpenSessions() {
   return static_cast<int>(S().open_sessions.size());
 }
 
-// The nth connection (from 0) opened to addr and still open.
-inline kel::int64 HandleOf(const std::string& addr, int nth = 0) {
+// The first connection opened to addr and still open.
+inline kel::int64 HandleOf(const std::string& addr) {
   std::lock_guard<std::recursive_mutex> lock(S().mutex);
   for (auto& [h, c] : S().conns) {
-    if (c.addr == addr && nth-- == 0) return h;
+    if (c.addr == addr) return h;
   }
   return 0;
 }

@@ -17,7 +17,7 @@ namespace {
 
 using fake::UseIni;
 
-const char kFourAddrs[] =
+const std::string kFourAddrs =
     "[K]\nAuthname=u\nAuthpwd=pw\naddr=m\ntradeaddr=t\nqueryaddr=q\nsubscribeaddr=s\n";
 
 std::string Staged() { return molra::GetStagedError().message; }
@@ -31,12 +31,19 @@ class ConnPoolTest : public ::testing::Test {
   }
   void TearDown() override { molra::TearDownConnPool(); }
   molra::ConnPool& pool() { return *molra::Pool(); }
+  // A set for customer 1001 from the four-address section plus `extra` keys.
+  std::shared_ptr<KelComm::KelConn> Connect(const std::string& extra = "") {
+    UseIni(kFourAddrs + extra);
+    auto set = pool().GetConnection("1001", "K");
+    EXPECT_NE(set, nullptr);
+    return set;
+  }
 };
 
 }  // namespace
 
 TEST_F(ConnPoolTest, ConnectRunsTheSetUpAndFourConnectionsInOrderWithBinding) {
-  UseIni(std::string(kFourAddrs) + "CertFile=c.pem\nCertPwd=cp\n");
+  UseIni(kFourAddrs + "CertFile=c.pem\nCertPwd=cp\n");
   fake::ClearCalls();
   auto set = pool().GetConnection("1001", "K");
   ASSERT_NE(set, nullptr);
@@ -76,8 +83,7 @@ TEST_F(ConnPoolTest, OnlyAddrConnectsAllFourToItAndBindsNobody) {
 }
 
 TEST_F(ConnPoolTest, TradersModeSuppressesBindingEvenWithATradeAddress) {
-  UseIni(std::string(kFourAddrs) + "usetraders=1\n");
-  ASSERT_NE(pool().GetConnection("1001", "K"), nullptr);
+  Connect("usetraders=1\n");
   EXPECT_EQ(fake::Calls("Kel_SetCustomerForBindThread"), "");
 }
 
@@ -93,25 +99,23 @@ TEST_F(ConnPoolTest, InconsistentSystemTypesFailEveryConnectBeforeAnyTransportCa
   }
 }
 
-TEST_F(ConnPoolTest, ConnectFailureStagesTransportTextKeyAndAddress) {
+TEST_F(ConnPoolTest, ConnectFailureStagesTransportTextCutTo127BytesKeyAndAddress) {
   UseIni(kFourAddrs);
-  fake::S().failing_addrs = {"q"};
-  fake::S().last_err = "connection refused";
-  EXPECT_EQ(pool().GetConnection("1001", "K"), nullptr);
-  EXPECT_EQ(Staged(), "connect failed.connection refused[key:K,addr:q]\n");
-  EXPECT_EQ(molra::GetStagedError().code, 0);
-  EXPECT_EQ(fake::S().caps.back(), 128);  // the transport's text is read into 128 bytes
-  EXPECT_EQ(fake::Calls("Kel_Connect(s"), "");  // nothing after the failure
-  EXPECT_EQ(fake::Calls("Kel_SetConnEvent").find(",fn)"), std::string::npos);  // never registered
-  EXPECT_EQ(pool().FindConnection("1001"), nullptr);
-}
-
-TEST_F(ConnPoolTest, LongTransportErrorTextIsCutTo127Bytes) {
-  UseIni(kFourAddrs);
-  fake::S().failing_addrs = {"m"};
-  fake::S().last_err = std::string(300, 'e');
-  EXPECT_EQ(pool().GetConnection("1001", "K"), nullptr);
-  EXPECT_EQ(Staged(), "connect failed." + std::string(127, 'e') + "[key:K,addr:m]\n");
+  struct Row { const char* addr; std::string err, shown; };
+  for (const Row& r : {Row{"q", "connection refused", "connection refused"},
+                       Row{"m", std::string(300, 'e'), std::string(127, 'e')}}) {
+    SCOPED_TRACE(r.addr);
+    fake::ClearCalls();
+    fake::S().failing_addrs = {r.addr};
+    fake::S().last_err = r.err;
+    EXPECT_EQ(pool().GetConnection("1001", "K"), nullptr);
+    EXPECT_EQ(Staged(), "connect failed." + r.shown + "[key:K,addr:" + r.addr + "]\n");
+    EXPECT_EQ(molra::GetStagedError().code, 0);
+    EXPECT_EQ(fake::S().caps.back(), 128);  // the transport's text is read into 128 bytes
+    EXPECT_EQ(fake::Calls("Kel_Connect(s"), "");  // nothing after the failure
+    EXPECT_EQ(fake::Calls("Kel_SetConnEvent").find(",fn)"), std::string::npos);
+    EXPECT_EQ(pool().FindConnection("1001"), nullptr);
+  }
 }
 
 TEST_F(ConnPoolTest, FailedSetIsNotKeptAndTheNextRequestRetriesInFull) {
@@ -139,16 +143,14 @@ TEST_F(ConnPoolTest, BindFailureStagesKeyAddressAndCustomer) {
 }
 
 TEST_F(ConnPoolTest, FoundSetIsSharedWithoutConnectingAgainWhateverTheKey) {
-  UseIni(kFourAddrs);
-  auto a = pool().GetConnection("1001", "K");
+  auto a = Connect();
   fake::ClearCalls();
   auto b = pool().GetConnection("1001", "");
   auto c = pool().GetConnection("1001", "OTHER");
   EXPECT_EQ(a, b);
   EXPECT_EQ(a, c);
   EXPECT_EQ(fake::Calls("Kel_Connect"), "");
-  auto other = pool().GetConnection("1002", "K");
-  EXPECT_NE(other, a);
+  EXPECT_NE(pool().GetConnection("1002", "K"), a);
 }
 
 TEST_F(ConnPoolTest, UnknownCustomerWithoutKeyIsNotConnected) {
@@ -157,9 +159,7 @@ TEST_F(ConnPoolTest, UnknownCustomerWithoutKeyIsNotConnected) {
 }
 
 TEST_F(ConnPoolTest, UsabilityChecksManagementThenTradeAndSubscribeButNotQuery) {
-  UseIni(kFourAddrs);
-  auto set = pool().GetConnection("1001", "K");
-  ASSERT_NE(set, nullptr);
+  auto set = Connect();
   fake::SetUp(set->query_handle, false);
   EXPECT_EQ(pool().GetConnection("1001", ""), set);
 
@@ -182,8 +182,7 @@ TEST_F(ConnPoolTest, UsabilityChecksManagementThenTradeAndSubscribeButNotQuery) 
 }
 
 TEST_F(ConnPoolTest, ReleaseConnectionDropsTheEntryAndTheLastReferenceClosesTheSet) {
-  UseIni(kFourAddrs);
-  auto set = pool().GetConnection("1001", "K");
+  auto set = Connect();
   EXPECT_TRUE(pool().ReleaseConnection("1001"));
   EXPECT_FALSE(pool().ReleaseConnection("1001"));
   EXPECT_EQ(pool().FindConnection("1001"), nullptr);
@@ -196,8 +195,7 @@ TEST_F(ConnPoolTest, ReleaseConnectionDropsTheEntryAndTheLastReferenceClosesTheS
 }
 
 TEST_F(ConnPoolTest, CloseDeregistersClosesAndCancelsTheActiveSubscriptionsInOrder) {
-  UseIni(kFourAddrs);
-  auto set = pool().GetConnection("1001", "K");
+  auto set = Connect();
   set->ActiveSlots()[KelComm::KelConn::kConfirmSlot] = 71;
   set->ActiveSlots()[KelComm::KelConn::kReportSlot] = 73;
   set->slots[1][1] = 99;  // the other group is not touched
@@ -218,8 +216,7 @@ TEST_F(ConnPoolTest, CloseDeregistersClosesAndCancelsTheActiveSubscriptionsInOrd
 }
 
 TEST_F(ConnPoolTest, TearDownClosesEverySetStopsTheTimerAndWithdrawsThePool) {
-  UseIni(kFourAddrs);
-  auto a = pool().GetConnection("1001", "K");
+  auto a = Connect();
   auto b = pool().GetConnection("1002", "K");
   molra::ConnPool* held = molra::Pool();  // as by a host thread inside a call
   EXPECT_EQ(molra::TimerService::LiveThreads(), 1);
@@ -238,11 +235,8 @@ TEST_F(ConnPoolTest, TearDownClosesEverySetStopsTheTimerAndWithdrawsThePool) {
   EXPECT_TRUE(molra::TearDownConnPool());  // a second tear-down does nothing
 }
 
-// ---- sessions ----
-
 TEST_F(ConnPoolTest, EachRoleOpensItsSessionOnItsOwnConnection) {
-  UseIni(kFourAddrs);
-  auto set = pool().GetConnection("1001", "K");
+  auto set = Connect();
   fake::ClearCalls();
   {
     molra::KelSession m = molra::AllocManagementSession(*set);
@@ -259,8 +253,7 @@ TEST_F(ConnPoolTest, EachRoleOpensItsSessionOnItsOwnConnection) {
 }
 
 TEST_F(ConnPoolTest, SessionFailuresAreStaged) {
-  UseIni(kFourAddrs);
-  auto set = pool().GetConnection("1001", "K");
+  auto set = Connect();
   fake::SetUp(set->trade_handle, false);
   EXPECT_FALSE(molra::AllocTradeSession(*set));
   EXPECT_EQ(Staged(), "未连接，无法发起会话");
@@ -275,8 +268,7 @@ TEST_F(ConnPoolTest, SessionFailuresAreStaged) {
 }
 
 TEST_F(ConnPoolTest, SessionIsReleasedOnceUnlessDetachedOrBorrowed) {
-  UseIni(kFourAddrs);
-  auto set = pool().GetConnection("1001", "K");
+  auto set = Connect();
   kel::int64 detached;
   {
     molra::KelSession a = molra::AllocTradeSession(*set);
@@ -296,9 +288,8 @@ TEST_F(ConnPoolTest, SessionIsReleasedOnceUnlessDetachedOrBorrowed) {
   kel::api.Kel_ReleaseSession(detached);
 }
 
-TEST_F(ConnPoolTest, SixCharacterCodesGetTheHPrefixWhenConnectingWithUa) {
-  UseIni(std::string(kFourAddrs) + "ConnWithUA=True\n");
-  auto set = pool().GetConnection("1001", "K");
+TEST_F(ConnPoolTest, SixCharacterCodesGetTheHPrefixOnlyWhenConnectingWithUa) {
+  auto set = Connect("ConnWithUA=True\n");
   molra::KelSession s = molra::AllocTradeSession(*set);
   ASSERT_TRUE(s.connect_with_ua());
   fake::ClearCalls();
@@ -309,18 +300,15 @@ TEST_F(ConnPoolTest, SixCharacterCodesGetTheHPrefixWhenConnectingWithUa) {
   EXPECT_EQ(fake::Calls("Kel_CreateHead"),
             "Kel_CreateHead(1001,H610301)\nKel_CreateHead(1001,6103011)\n"
             "Kel_CreateHead(1001,61030)\n");
-}
-
-TEST_F(ConnPoolTest, WithoutUaCodesGoOutUnchanged) {
-  UseIni(std::string(kFourAddrs) + "ConnWithUA=yes\n");
-  auto set = pool().GetConnection("1001", "K");
-  molra::KelSession s = molra::AllocTradeSession(*set);
+  UseIni(kFourAddrs + "ConnWithUA=yes\n");  // read afresh for the next customer's set
+  auto plain = pool().GetConnection("1002", "K");
+  molra::KelSession p = molra::AllocTradeSession(*plain);
+  ASSERT_FALSE(p.connect_with_ua());
   fake::ClearCalls();
-  molra::CreateHead(s, "610301");
-  EXPECT_EQ(fake::Calls("Kel_CreateHead"), "Kel_CreateHead(1001,610301)\n");
+  EXPECT_TRUE(molra::CreateHead(p, "610301"));
+  EXPECT_EQ(fake::Calls("Kel_CreateHead"), "Kel_CreateHead(" + std::to_string(p.handle()) + ",610301)\n");
 }
 
-// ---- answer texts ----
 
 TEST(ConnAnswerText, ItemTextGrowsPastTheFirstBuffer) {
   fake::Install();
@@ -341,11 +329,11 @@ TEST(ConnAnswerText, ItemTextGrowsPastTheFirstBuffer) {
 
 TEST(ConnAnswerText, ErrorTextUsesTwoKilobytesThenOneMegabyte) {
   fake::Install();
-  fake::S().errmsg = std::string(2047, 'e');
-  EXPECT_EQ(molra::GetErrorString(1), fake::S().errmsg);
-  EXPECT_EQ(fake::S().caps, std::vector<kel::int32>{2048});
-  fake::S().caps.clear();
-  fake::S().errmsg = std::string(3000, 'e');
-  EXPECT_EQ(molra::GetErrorString(1), fake::S().errmsg);
-  EXPECT_EQ(fake::S().caps, (std::vector<kel::int32>{2048, 1048577}));
+  for (auto [len, caps] : {std::pair{2047, std::vector<kel::int32>{2048}},
+                           std::pair{3000, std::vector<kel::int32>{2048, 1048577}}}) {
+    fake::S().caps.clear();
+    fake::S().errmsg = std::string(len, 'e');
+    EXPECT_EQ(molra::GetErrorString(1), fake::S().errmsg) << len;
+    EXPECT_EQ(fake::S().caps, caps) << len;
+  }
 }

@@ -33,10 +33,9 @@ TEST(ConnProfile, SectionWithOnlyAddrTakesEveryDefault) {
   UseIni("[K]\naddr=1.2.3.4:1\n");
   molra::ConnSectionInfo info;
   molra::ConnProfile p = Read("K", &info);
-  EXPECT_EQ(FIELD(p, addr), "1.2.3.4:1");
-  EXPECT_EQ(FIELD(p, trade_addr), "1.2.3.4:1");
-  EXPECT_EQ(FIELD(p, subscribe_addr), "1.2.3.4:1");
-  EXPECT_EQ(FIELD(p, query_addr), "1.2.3.4:1");
+  for (auto s : {FIELD(p, addr), FIELD(p, trade_addr), FIELD(p, subscribe_addr), FIELD(p, query_addr)}) {
+    EXPECT_EQ(s, "1.2.3.4:1");
+  }
   EXPECT_TRUE(p.trade_addr_defaulted);
   EXPECT_EQ(FIELD(p, yybbh), "0");
   EXPECT_TRUE(p.use3rd);
@@ -72,21 +71,13 @@ TEST(ConnProfile, EveryKeyLandsInItsField) {
       "exchange=SH\nSystemType=0x1A\n");
   molra::ConnSectionInfo info;
   molra::ConnProfile p = Read("K", &info);  // sections and keys ignore case
-  EXPECT_EQ(FIELD(p, name), "N");
-  EXPECT_EQ(FIELD(p, auth_name), "U");
-  EXPECT_EQ(FIELD(p, auth_pwd), "P");
-  EXPECT_EQ(FIELD(p, subscribe_addr), "s");
-  EXPECT_EQ(FIELD(p, query_addr), "a");
-  EXPECT_EQ(FIELD(p, app_name), "APP");
-  EXPECT_EQ(FIELD(p, yybbh), "12");
-  EXPECT_EQ(FIELD(p, wtgy), "G");
-  EXPECT_EQ(FIELD(p, node), "ND");
-  EXPECT_EQ(FIELD(p, backup), "B");
-  EXPECT_EQ(FIELD(p, cert_file), "c.pem");
-  EXPECT_EQ(FIELD(p, cert_pwd), "cp");
-  EXPECT_EQ(FIELD(p, ca_file), "ca.pem");
-  EXPECT_EQ(FIELD(p, app_ver), "1.0");
-  EXPECT_EQ(FIELD(p, exchange), "SH");
+  const std::pair<std::string, const char*> fields[] = {
+      {FIELD(p, name), "N"},          {FIELD(p, auth_name), "U"},      {FIELD(p, auth_pwd), "P"},
+      {FIELD(p, subscribe_addr), "s"}, {FIELD(p, query_addr), "a"},     {FIELD(p, app_name), "APP"},
+      {FIELD(p, yybbh), "12"},        {FIELD(p, wtgy), "G"},           {FIELD(p, node), "ND"},
+      {FIELD(p, backup), "B"},        {FIELD(p, cert_file), "c.pem"},  {FIELD(p, cert_pwd), "cp"},
+      {FIELD(p, ca_file), "ca.pem"},  {FIELD(p, app_ver), "1.0"},      {FIELD(p, exchange), "SH"}};
+  for (const auto& [got, want] : fields) EXPECT_EQ(got, want) << "field expected " << want;
   EXPECT_EQ(info.system_type, 26);
 }
 
@@ -107,43 +98,35 @@ TEST(ConnProfile, BooleansFollowTheIniRulesWithTheirOwnDefaults) {
       "[A]\nuse3rd=off\nusetraders=1\ncancelkelresub=Yes\n"
       "[B]\nuse3rd=of\nusetraders=x\ncancelkelresub=on\n"
       "[C]\nuse3rd=x\nusetraders=ON\ncancelkelresub=0\n");
-  molra::ConnProfile a = Read("A"), b = Read("B"), c = Read("C");
-  EXPECT_FALSE(a.use3rd);
-  EXPECT_TRUE(a.use_traders);
-  EXPECT_TRUE(a.cancel_resub);
-  EXPECT_FALSE(b.use3rd);
-  EXPECT_FALSE(b.use_traders);  // unrecognised: default false
-  EXPECT_TRUE(b.cancel_resub);
-  EXPECT_TRUE(c.use3rd);  // unrecognised: default true
-  EXPECT_TRUE(c.use_traders);
-  EXPECT_FALSE(c.cancel_resub);
+  // Unrecognised values take the default: true for use3rd (C), false for usetraders (B).
+  struct Row { const char* section; bool use3rd, use_traders, cancel_resub; };
+  for (const Row& r : {Row{"A", false, true, true}, Row{"B", false, false, true},
+                       Row{"C", true, true, false}}) {
+    molra::ConnProfile p = Read(r.section);
+    EXPECT_EQ(p.use3rd, r.use3rd) << r.section;
+    EXPECT_EQ(p.use_traders, r.use_traders) << r.section;
+    EXPECT_EQ(p.cancel_resub, r.cancel_resub) << r.section;
+  }
 }
 
 TEST(ConnProfile, ConnWithUaIsOnlyTheWordTrue) {
   UseIni(
       "[T1]\nConnWithUA=TRUE\n[T2]\nConnWithUA=true\n[F1]\nConnWithUA=yes\n[F2]\nConnWithUA=1\n"
       "[F3]\nConnWithUA=on\n[F4]\nConnWithUA=truee\n[F5]\nConnWithUA=\n");
-  for (const char* s : {"T1", "T2"}) {
+  for (const char* s : {"T1", "T2", "F1", "F2", "F3", "F4", "F5", "missing"}) {
     molra::ConnSectionInfo info;
     Read(s, &info);
-    EXPECT_TRUE(info.connect_with_ua) << s;
-  }
-  for (const char* s : {"F1", "F2", "F3", "F4", "F5", "missing"}) {
-    molra::ConnSectionInfo info;
-    Read(s, &info);
-    EXPECT_FALSE(info.connect_with_ua) << s;
+    EXPECT_EQ(info.connect_with_ua, s[0] == 'T') << s;
   }
 }
 
 TEST(ConnProfile, SystemTypeBadNumbersGiveFour) {
   UseIni("[A]\nSystemType=0x\n[B]\nSystemType=12abc\n[C]\nSystemType=7\n");
-  molra::ConnSectionInfo a, b, c;
-  Read("A", &a);
-  Read("B", &b);
-  Read("C", &c);
-  EXPECT_EQ(a.system_type, 4);
-  EXPECT_EQ(b.system_type, 4);
-  EXPECT_EQ(c.system_type, 7);
+  for (auto [section, type] : {std::pair{"A", 4}, std::pair{"B", 4}, std::pair{"C", 7}}) {
+    molra::ConnSectionInfo info;
+    Read(section, &info);
+    EXPECT_EQ(info.system_type, type) << section;
+  }
 }
 
 TEST(ConnProfile, MissingFileGivesDefaults) {
@@ -156,8 +139,6 @@ TEST(ConnProfile, MissingFileGivesDefaults) {
   EXPECT_TRUE(p.trade_addr_defaulted);
   EXPECT_EQ(info.system_type, 4);
 }
-
-// ---- building a set: primary, backup, system types ----
 
 TEST(ConnSetBuild, ReadsBackupAndSetsEachPositiveSystemTypeAsTransportDefault) {
   fake::Install();

@@ -1,16 +1,12 @@
-// The connection manager end to end: the kit started with SECMOLRA_Init on the simulated
-// transport, molra.ini in a temporary profile directory. Each rule of connecting, failing,
-// sessions and events is tested against the transport double (conn_pool_test,
-// conn_events_test); here the whole paths run on the simulator and its threads.
+// The connection manager end to end on the simulated transport; the rules themselves are
+// tested against the transport double (conn_pool_test, conn_events_test).
 #include <gtest/gtest.h>
 
 #include <atomic>
 #include <filesystem>
 #include <string>
 #include <thread>
-#include <vector>
 
-#include "api/last_error.h"
 #include "comm/conn_pool.h"
 #include "comm/timer.h"
 #include "conn_host_events.h"
@@ -23,19 +19,11 @@ using KelComm::KelConn;
 
 namespace {
 
-const std::string kM = "127.0.0.1:9101", kT = "127.0.0.1:9102", kQ = "127.0.0.1:9103",
-                  kS = "127.0.0.1:9104";
-const std::string kFourAddrs = "[K]\nName=Main\nAuthname=u\nAuthpwd=p\naddr=" + kM +
-                               "\ntradeaddr=" + kT + "\nqueryaddr=" + kQ +
-                               "\nsubscribeaddr=" + kS + "\n";
+const char kFourAddrs[] =
+    "[K]\nName=Main\nAuthname=u\nAuthpwd=p\naddr=127.0.0.1:9101\ntradeaddr=127.0.0.1:9102\n"
+    "queryaddr=127.0.0.1:9103\nsubscribeaddr=127.0.0.1:9104\n";
 
-std::vector<hostevents::Event> HostEvents() {
-  SIM_FN(KelSim_WaitIdle)();
-  return hostevents::Recorded();
-}
-
-std::string N(kel::int64 v) { return std::to_string(v); }
-std::string N(const std::atomic<kel::int64>& v) { return N(v.load()); }
+std::string N(const std::atomic<kel::int64>& v) { return std::to_string(v.load()); }
 
 class ConnSim : public ::testing::Test {
  protected:
@@ -51,10 +39,7 @@ class ConnSim : public ::testing::Test {
   }
   void TearDown() override { SECMOLRA_Exit(); }
 
-  std::shared_ptr<KelConn> Get(const char* khh = "1001", const char* key = "K") {
-    return molra::Pool()->GetConnection(khh, key);
-  }
-  static std::string Staged() { return molra::GetStagedError().message; }
+  std::shared_ptr<KelConn> Get() { return molra::Pool()->GetConnection("1001", "K"); }
   static int Connections() { return SIM_FN(KelSim_ConnectionCount)(); }
   static int OpenSessions() { return SIM_FN(KelSim_OpenSessions)(); }
 };
@@ -87,46 +72,6 @@ std::string FirstArg(const std::string& log, const std::string& name, int nth = 
 
 }  // namespace
 
-TEST_F(ConnSim, ConnectOpensFourConnectionsBindsTheCustomerAndRegistersEvents) {
-  Start(kFourAddrs);
-  auto set = Get();
-  ASSERT_NE(set, nullptr);
-  const std::string m = N(set->mgmt_handle), t = N(set->trade_handle),
-                    q = N(set->query_handle), s = N(set->subscribe_handle);
-  EXPECT_EQ(CallsOf({"Kel_SetDefaultSystemId", "Kel_SetParamEx", "Kel_SetAppInfo",
-                     "Kel_SetCertFile", "Kel_Connect", "Kel_SetCustomerForBindThread",
-                     "Kel_SetConnEvent"}),
-            "Kel_SetDefaultSystemId(4)\n"
-            "Kel_SetParamEx(kelapi-nozip,on)\nKel_SetParamEx(kelapi-nocrypt,on)\n"
-            "Kel_SetAppInfo(molra,)\n"
-            "Kel_Connect(" + kM + ",u,p,10)\n"
-            "Kel_Connect(" + kT + ",u,p,10)\nKel_SetCustomerForBindThread(" + t + ",1001)\n"
-            "Kel_Connect(" + kQ + ",u,p,10)\nKel_SetCustomerForBindThread(" + q + ",1001)\n"
-            "Kel_Connect(" + kS + ",u,p,10)\nKel_SetCustomerForBindThread(" + s + ",1001)\n"
-            "Kel_SetConnEvent(" + m + ",fn)\nKel_SetConnEvent(" + s + ",fn)\n"
-            "Kel_SetConnEvent(" + q + ",fn)\nKel_SetConnEvent(" + t + ",fn)\n");
-  EXPECT_EQ(set->trade_handle, SIM_FN(KelSim_ConnectionByAddr)(kT.c_str(), 0));
-  char bound[16] = {};
-  SIM_FN(KelSim_BoundCustomer)(set->subscribe_handle, bound, sizeof bound);
-  EXPECT_STREQ(bound, "1001");
-  EXPECT_EQ(Connections(), 4);
-}
-
-TEST_F(ConnSim, FailedSetIsRetriedInFullByTheNextRequest) {
-  Start(kFourAddrs);
-  SIM_FN(KelSim_FailConnect)(kS.c_str(), 1);
-  EXPECT_EQ(Get(), nullptr);
-  EXPECT_EQ(Staged(), "connect failed.connect to " + kS + " timed out[key:K,addr:" + kS + "]\n");
-  EXPECT_EQ(Connections(), 0);
-  Sim::Get().ClearCallLog();
-  auto set = Get();
-  ASSERT_NE(set, nullptr);
-  EXPECT_EQ(CallsOf({"Kel_Connect"}), "Kel_Connect(" + kM + ",u,p,10)\nKel_Connect(" + kT +
-                                          ",u,p,10)\nKel_Connect(" + kQ + ",u,p,10)\nKel_Connect(" +
-                                          kS + ",u,p,10)\n");
-  EXPECT_EQ(Connections(), 4);
-}
-
 TEST_F(ConnSim, LongAnswerTextsAreReadWhole) {
   Start(kFourAddrs);
   auto set = Get();
@@ -139,39 +84,6 @@ TEST_F(ConnSim, LongAnswerTextsAreReadWhole) {
   EXPECT_EQ(molra::GetItemString(s.handle(), 605, -1), "1001");
   EXPECT_EQ(molra::GetItemString(s.handle(), 4211, 0), "");
   EXPECT_EQ(molra::GetErrorString(s.handle()), message);
-}
-
-TEST_F(ConnSim, EventsOnTransportThreadsWhileRequestsRun) {
-  Start(kFourAddrs);
-  auto set = Get();
-  std::atomic<bool> stop{false};
-  std::vector<std::thread> callers;
-  for (int i = 0; i < 2; ++i) {
-    callers.emplace_back([&] {
-      while (!stop) {
-        if (auto s = molra::Pool()->GetConnection("1001", "")) {
-          molra::KelSession q = molra::AllocQuerySession(*s);
-          molra::KelSession t = molra::AllocTradeSession(*s);
-        }
-      }
-    });
-  }
-  for (int i = 0; i < 30; ++i) {
-    SIM_FN(KelSim_BreakConnection)(set->trade_handle, 1 + i % 2);
-    SIM_FN(KelSim_BreakConnection)(set->query_handle, 9);
-    SIM_FN(KelSim_RestoreConnection)(set->query_handle);
-    SIM_FN(KelSim_RestoreConnection)(set->trade_handle);
-  }
-  SIM_FN(KelSim_WaitIdle)();
-  stop = true;
-  for (auto& t : callers) t.join();
-  EXPECT_EQ(set->broken_count.load(), 0);
-  EXPECT_EQ(OpenSessions(), 0);
-  auto events = HostEvents();
-  ASSERT_EQ(events.size(), 60u);  // one break and one recovery per outage
-  for (std::size_t i = 0; i < events.size(); ++i) {
-    EXPECT_EQ(events[i].event, i % 2 == 0 ? 1 + static_cast<int>(i / 2) % 2 : 0) << i;
-  }
 }
 
 TEST_F(ConnSim, ExitClosesSetsInOrderAndLeavesNoTimerThread) {

@@ -20,11 +20,16 @@ static_assert(offsetof(CusLoginInfo, ErrorCode) == 341, "account error code at 3
 static_assert(offsetof(CusLoginInfo, ErrorMsg) == 349, "account error message at 349");
 static_assert(offsetof(BatchOrderRow, Wth) == 45 && offsetof(BatchOrderRow, Msg) == 53, "batch row");
 
-TEST(LastError, IsZeroAndEmptyBeforeAnyError) {
+TEST(LastError, IsZeroAndEmptyBeforeAnyErrorReadingDoesNotClearAndNullMessageIsEmpty) {
   char buf[64];
   std::memset(buf, 'x', sizeof buf);
   EXPECT_EQ(SECMOLRA_GetLastError(buf), 0);
   EXPECT_STREQ(buf, "");
+  SECMOLRA_SetLastError(-5, nullptr, nullptr, nullptr);
+  std::string got = "x";
+  EXPECT_EQ(LastError(&got), -5);
+  EXPECT_EQ(got, "");
+  EXPECT_EQ(LastError(&got), -5);
 }
 
 TEST(LastError, LongMessageIsKeptWholeButCutTo256UnterminatedBytesInTheAccount) {
@@ -51,14 +56,6 @@ TEST(LastError, ShortMessageZeroFillsTheAccountField) {
   for (std::size_t i = 3; i < sizeof acc.ErrorMsg; ++i) ASSERT_EQ(acc.ErrorMsg[i], 0) << i;
 }
 
-TEST(LastError, ReadingDoesNotClearAndNullMessageIsEmpty) {
-  SECMOLRA_SetLastError(-5, nullptr, nullptr, nullptr);
-  std::string got = "x";
-  EXPECT_EQ(LastError(&got), -5);
-  EXPECT_EQ(got, "");
-  EXPECT_EQ(LastError(&got), -5);
-}
-
 TEST(BoundedCopy, ExactWidthLeavesNoTerminator) {
   char field[4];
   molra::CopyField(field, "abcd");
@@ -79,7 +76,7 @@ TEST(Setters, SetNodeRefusesNullAndAcceptsEmpty) {
   EXPECT_EQ(molra::Kit().Node(), "");
 }
 
-TEST(Setters, SetWTFSKeepsThePreviousMethodWhenTheTransportRefuses) {
+TEST(Setters, SetWTFSKeepsThePreviousMethodWhenTheTransportRefusesAndSetKelWriteLogForwards) {
   ASSERT_TRUE(SECMOLRA_Init());
   Sim::Get().Reset();
   EXPECT_TRUE(SECMOLRA_SetWTFS("32"));
@@ -88,6 +85,9 @@ TEST(Setters, SetWTFSKeepsThePreviousMethodWhenTheTransportRefuses) {
   Sim::Get().Fn<void (*)(bool)>("KelSim_SetDefaultInfoResult")(false);
   EXPECT_FALSE(SECMOLRA_SetWTFS("64"));
   EXPECT_EQ(molra::Kit().Wtfs(), "32");
+  Sim::Get().ClearCallLog();
+  EXPECT_TRUE(SECMOLRA_SetKelWriteLog(false));
+  EXPECT_EQ(Sim::Get().CallLog(), "Kel_WriteLog(0)\n");
   SECMOLRA_Exit();
 }
 
@@ -95,14 +95,6 @@ TEST(Setters, SetWTFSBeforeInitIsRefusedWithoutCallingTheTransport) {
   EXPECT_FALSE(SECMOLRA_SetWTFS("32"));
   EXPECT_FALSE(SECMOLRA_SetKelWriteLog(true));
   EXPECT_EQ(molra::Kit().Wtfs(), "");
-}
-
-TEST(Setters, SetKelWriteLogForwardsToTheTransport) {
-  ASSERT_TRUE(SECMOLRA_Init());
-  Sim::Get().ClearCallLog();
-  EXPECT_TRUE(SECMOLRA_SetKelWriteLog(false));
-  EXPECT_EQ(Sim::Get().CallLog(), "Kel_WriteLog(0)\n");
-  SECMOLRA_Exit();
 }
 
 static void Cb1(const char*, const char*, int32_t) {}

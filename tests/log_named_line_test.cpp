@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "log/named_line.h"
 
@@ -54,25 +55,6 @@ TEST(NamedLine, WritesEveryKindAsFmtWouldWithNamedArguments) {
   EXPECT_TRUE(ok);
 }
 
-TEST(NamedLine, TheEntrustLineOfTheOrderLayer) {
-  molra::NamedLine line;
-  line.Add("khh", std::string("1001"));
-  line.Add("jys", "SH");
-  line.Add("zqdm", "600000");
-  line.Add("jylb", std::int32_t{1});
-  line.Add("wtsl", std::int64_t{200});
-  line.Add("wtjg", 10.5);
-  line.Add("ddlx", std::int64_t{0});
-  line.Add("gdh", std::string("A000001001"));
-  line.Add("fn", "OrderEntrust");
-  line.Add("lsh", std::int64_t{931050000000042});
-  line.Add("cost", 3LL);
-  EXPECT_EQ(Line(line, "{fn} lpKhh:{khh} lpJys:{jys} lpZqdm:{zqdm} nJylb:{jylb} lWtsl:{wtsl} "
-                       "lfWtjg:{wtjg} lDdlx:{ddlx} lpGdh:{gdh} lsh:{lsh} cost:{cost}"),
-            "OrderEntrust lpKhh:1001 lpJys:SH lpZqdm:600000 nJylb:1 lWtsl:200 lfWtjg:10.5 "
-            "lDdlx:0 lpGdh:A000001001 lsh:931050000000042 cost:3");
-}
-
 TEST(NamedLine, NullTextIsEmptyAndTheLastValueOfANameCounts) {
   molra::NamedLine line;
   const char* none = nullptr;
@@ -95,22 +77,14 @@ TEST(NamedLine, RefusesWhatFmtWouldRefuse) {
     bool ok = true;
     Line(line, bad, &ok);
     EXPECT_FALSE(ok) << bad;
-    fmt::dynamic_format_arg_store<fmt::format_context> args;
-    args.push_back(fmt::arg("a", 1));
-    // fmt takes specs, and "{}" as the first argument by position.
-    if (std::string(bad) != "{a:>4}" && std::string(bad) != "{}") {
-      EXPECT_THROW(static_cast<void>(fmt::vformat(bad, args)), fmt::format_error) << bad;
-    }
   }
 }
 
 TEST(NamedLine, FieldsBeyondTheLimitAreDropped) {
   molra::NamedLine line;
-  const char* names[] = {"f0",  "f1",  "f2",  "f3",  "f4",  "f5",  "f6",  "f7",
-                         "f8",  "f9",  "f10", "f11", "f12", "f13", "f14", "f15",
-                         "f16", "f17", "f18", "f19", "f20", "f21"};
-  static_assert(sizeof names / sizeof names[0] == molra::NamedLine::kMaxFields + 2);
-  for (int i = 0; i < molra::NamedLine::kMaxFields + 2; ++i) line.Add(names[i], i);
+  std::vector<std::string> names;
+  for (int i = 0; i < molra::NamedLine::kMaxFields + 2; ++i) names.push_back("f" + std::to_string(i));
+  for (int i = 0; i < molra::NamedLine::kMaxFields + 2; ++i) line.Add(names[i].c_str(), i);
   bool ok = false;
   EXPECT_EQ(Line(line, "{f0}-{f19}", &ok), "0-19");
   EXPECT_TRUE(ok);

@@ -14,6 +14,10 @@ namespace {
 void Flush() {
   if (auto* l = molra::g_logger.load()) l->flush();
 }
+std::string TodayLog(const std::string& dir) {
+  Flush();
+  return ReadFile(dir + "/molra_" + Today() + ".log");
+}
 }  // namespace
 
 TEST(Log, DefaultDirectoryIsLogBesideTheProcess) {
@@ -31,8 +35,7 @@ TEST(Log, NestedDirectoryIsCreatedAndLinesFollowThePattern) {
   SECMOLRA_SetLogPath(dir.c_str());
   ASSERT_TRUE(SECMOLRA_Init());
   SECMOLRA_SetLastError(-9, "坏了", "Fn", nullptr);
-  Flush();
-  std::string text = ReadFile(dir + "/molra_" + Today() + ".log");
+  std::string text = TodayLog(dir);
   // Local time with microseconds, logger name, level, message; every line ends in CR LF.
   std::regex line(R"(\[\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\.\d{6}\] \[MOLRA\] \[error\] Fn：坏了\r\n)");
   EXPECT_TRUE(std::regex_search(text, line)) << text;
@@ -49,17 +52,15 @@ TEST(Log, SwitchedOffBeforeInitCreatesTheFileButWritesNothing) {
   ASSERT_TRUE(SECMOLRA_Init());
   SECMOLRA_SetLastError(-9, "silent", "Fn", nullptr);
   Flush();
-  std::string path = dir + "/molra_" + Today() + ".log";
-  EXPECT_TRUE(FileExists(path));
-  EXPECT_EQ(ReadFile(path), "");
+  EXPECT_TRUE(FileExists(dir + "/molra_" + Today() + ".log"));
+  EXPECT_EQ(TodayLog(dir), "");
   // The record itself is still kept.
   std::string msg;
   EXPECT_EQ(LastError(&msg), -9);
   EXPECT_EQ(msg, "silent");
   SECMOLRA_SetWriteLog(true);
   SECMOLRA_SetNode("n1");
-  Flush();
-  EXPECT_NE(ReadFile(path).find("SECMOLRA_SetNode node:n1"), std::string::npos);
+  EXPECT_NE(TodayLog(dir).find("SECMOLRA_SetNode node:n1"), std::string::npos);
   SECMOLRA_Exit();
 }
 
@@ -69,8 +70,7 @@ TEST(Log, LinesAfterExitStillReachTheFile) {
   ASSERT_TRUE(SECMOLRA_Init());
   SECMOLRA_Exit();
   SECMOLRA_SetLastError(-1, "after exit", "Fn", nullptr);
-  Flush();
-  EXPECT_NE(ReadFile(dir + "/molra_" + Today() + ".log").find("Fn：after exit"), std::string::npos);
+  EXPECT_NE(TodayLog(dir).find("Fn：after exit"), std::string::npos);
 }
 
 TEST(Log, CallbackSettersEchoThePointer) {
@@ -79,8 +79,7 @@ TEST(Log, CallbackSettersEchoThePointer) {
   ASSERT_TRUE(SECMOLRA_Init());
   SECMOLRA_SetMsgCallback(nullptr);
   SECMOLRA_SetConnEventCallback(nullptr);
-  Flush();
-  std::string text = ReadFile(dir + "/molra_" + Today() + ".log");
+  std::string text = TodayLog(dir);
   EXPECT_NE(text.find("SECMOLRA_SetMsgCallback effective:0x0"), std::string::npos) << text;
   EXPECT_NE(text.find("SECMOLRA_SetConnEventCallback effective:0x0"), std::string::npos);
   SECMOLRA_Exit();
