@@ -5,7 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <map>
+#include <utility>
 #include <string>
 #include <vector>
 
@@ -23,30 +23,7 @@ class Faults : public TradeTest {
   static std::int32_t OpenSessions() { return KELSIM(KelSim_OpenSessions)(); }
 };
 
-// Every synchronous and asynchronous order call without a session: -202 with the
-// connection layer's message, nothing sent.
-TEST_F(Faults, NoSessionInEveryOrderFamily) {
-  int cases = 0;
-  for (const OrderCall& c : OrderCalls()) {
-    for (auto call : {c.sync, c.async}) {
-      if (call == nullptr) continue;
-      ++cases;
-      const std::int32_t open = OpenSessions();
-      KELSIM(KelSim_FailAllocSession)(1);
-      EXPECT_EQ(call(), -202) << c.name;
-      EXPECT_EQ(Message(), "发起会话失败") << c.name;
-      KELSIM(KelSim_WaitIdle)();
-      EXPECT_EQ(OpenSessions(), open) << c.name;
-    }
-  }
-  EXPECT_EQ(cases, 44);
-  // Nothing but the connection checks and the refused allocations reached the transport.
-  std::vector<std::string> calls = Calls();
-  EXPECT_EQ(std::count(calls.begin(), calls.end(), "Kel_AllocateSession"), cases);
-  for (const std::string& c : calls) EXPECT_TRUE(c == "Kel_AllocateSession" || c == "Kel_IsConnect") << c;
-}
-
-// Queries and account operations: the same -202 and message.
+// Queries and account operations, faulted like the order calls.
 struct OtherCall {
   const char* name;
   std::int64_t (*call)();
@@ -66,75 +43,82 @@ const OtherCall kOtherCalls[] = {
     {"FundTransOut", [] { return SECMOLRA_FundTransOut("1001", "111111", 1.0, "", "", "", ""); }},
 };
 
-TEST_F(Faults, NoSessionInEveryQueryAndAccountOperation) {
-  for (const OtherCall& c : kOtherCalls) {
-    const std::int32_t open = OpenSessions();
-    KELSIM(KelSim_FailAllocSession)(1);
-    EXPECT_EQ(c.call(), -202) << c.name;
-    EXPECT_EQ(Message(), "发起会话失败") << c.name;
-    EXPECT_EQ(OpenSessions(), open) << c.name;
+using NamedCalls = std::vector<std::pair<const char*, std::int64_t (*)()>>;
+
+// Every call named in `calls` under one armed fault: the code, the message, no session
+// left open. Returns the number of calls made.
+int FaultEach(const NamedCalls& calls, void (*arm)(std::int32_t), std::int64_t code, const char* message) {
+  for (const auto& c : calls) {
+    const std::int32_t open = KELSIM(KelSim_OpenSessions)();
+    arm(1);
+    EXPECT_EQ(c.second(), code) << c.first;
+    EXPECT_EQ(LastErrorText(), message) << c.first;
+    KELSIM(KelSim_WaitIdle)();
+    EXPECT_EQ(KELSIM(KelSim_OpenSessions)(), open) << c.first;
   }
+  return static_cast<int>(calls.size());
+}
+
+NamedCalls CallsOf(bool sync, bool async, bool other) {
+  NamedCalls out;
+  for (const OrderCall& c : OrderCalls()) {
+    if (sync) out.emplace_back(c.name, c.sync);
+    if (async && c.async != nullptr) out.emplace_back(c.name, c.async);
+  }
+  if (other) for (const OtherCall& c : kOtherCalls) out.emplace_back(c.name, c.call);
+  return out;
+}
+
+// Without a session: -202 with the connection layer's message, nothing sent.
+TEST_F(Faults, NoSessionInEveryCall) {
+  EXPECT_EQ(FaultEach(CallsOf(true, true, true), KELSIM(KelSim_FailAllocSession), -202, "发起会话失败"),
+            56);
+  std::vector<std::string> calls = Calls();
+  EXPECT_EQ(std::count(calls.begin(), calls.end(), "Kel_AllocateSession"), 56);
+  for (const std::string& c : calls) EXPECT_TRUE(c == "Kel_AllocateSession" || c == "Kel_IsConnect") << c;
 }
 
 TEST_F(Faults, RunFailingInEverySynchronousCall) {
-  for (const OrderCall& c : OrderCalls()) {
-    const std::int32_t open = OpenSessions();
-    KELSIM(KelSim_FailRun)(1);
-    EXPECT_EQ(c.sync(), -204) << c.name;
-    EXPECT_EQ(Message(), "发送请求失败") << c.name;
-    EXPECT_EQ(OpenSessions(), open) << c.name;
-  }
-  for (const OtherCall& c : kOtherCalls) {
-    const std::int32_t open = OpenSessions();
-    KELSIM(KelSim_FailRun)(1);
-    EXPECT_EQ(c.call(), -204) << c.name;
-    EXPECT_EQ(Message(), "发送请求失败") << c.name;
-    EXPECT_EQ(OpenSessions(), open) << c.name;
-  }
+  EXPECT_EQ(FaultEach(CallsOf(true, false, true), KELSIM(KelSim_FailRun), -204, "发送请求失败"), 38);
 }
 
 TEST_F(Faults, WriteFailingInEveryAsynchronousCall) {
   HostCallbacks host;
-  for (const OrderCall& c : OrderCalls()) {
-    if (c.async == nullptr) continue;
-    const std::int32_t open = OpenSessions();
-    KELSIM(KelSim_FailWrite)(1);
-    EXPECT_EQ(c.async(), -204) << c.name;
-    EXPECT_EQ(Message(), "发送请求失败") << c.name;
-    KELSIM(KelSim_WaitIdle)();
-    EXPECT_EQ(OpenSessions(), open) << c.name << ": the unsent session is released";
-  }
+  EXPECT_EQ(FaultEach(CallsOf(false, true, false), KELSIM(KelSim_FailWrite), -204, "发送请求失败"), 18);
   EXPECT_TRUE(host.Functions().empty()) << "no reply for a request never sent";
 }
 
 // The block families' answer lengths: below 430 the common message, below the family's own
-// length its message; the full length is accepted (the order number or quantity read).
+// length its message; the full length is accepted (the order number or quantity read). An
+// asynchronous family's reply has its own minimum length, checked by its own handler.
 struct LengthCheck {
   Fam fam;
   const char* code;
   int full;
   const char* short_msg;
+  int reply_len;  // 0: no asynchronous form
+  const char* handler;
 };
 const LengthCheck kLengthChecks[] = {
-    {Fam::kOrderEntrust, "19001", 472, "应答数据包不正确2"},
-    {Fam::kBatchEntrust, "19012", 7663, "应答数据包不正确2"},
-    {Fam::kETFSubscribe, "19013", 472, "应答数据包不正确"},
-    {Fam::kETFRedeem, "19014", 472, "应答数据包不正确"},
-    {Fam::kZQHGEntrust, "19042", 472, "应答数据包不正确2"},
-    {Fam::kZQHGCrk, "19043", 472, "应答数据包不正确2"},
-    {Fam::kLof, "19025", 472, "应答数据包不正确2"},  // synchronous: the common 472
-    {Fam::kPHDJEntrust, "19131", 472, "应答数据包不正确2"},
-    {Fam::kOrderWithdraw, "19002", 516, "应答数据包不正确"},
-    {Fam::kETFWithdraw, "19020", 517, "应答数据包不正确"},
-    {Fam::kZQHGWithdraw, "19044", 512, "应答数据包不正确"},
-    {Fam::kLOFWithdraw, "19026", 516, "应答数据包不正确"},
-    {Fam::kPHDJWithdraw, "19002", 516, "应答数据包不正确"},
-    {Fam::kBatchWithdraw, "19063", 6459, "应答数据包不正确"},
-    {Fam::kTradableQty, "19011", 438, "应答数据包不正确"},
-    {Fam::kETFTradableQty, "19024", 434, "应答数据包不正确"},
-    {Fam::kZQHGTradableQty, "19045", 438, "应答数据包不正确"},
-    {Fam::kLOFTradableQty, "19028", 438, "应答数据包不正确"},
-    {Fam::kPHDJTradableQty, "19133", 438, "应答数据包不正确"},
+    {Fam::kOrderEntrust, "19001", 472, "应答数据包不正确2", 472, "Sc_Order_AsyncFuncProcess"},
+    {Fam::kBatchEntrust, "19012", 7663, "应答数据包不正确2", 7663, "Sc_BatchOrder_AsyncFuncProcess"},
+    {Fam::kETFSubscribe, "19013", 472, "应答数据包不正确", 472, "Sc_ETFSG_AsyncFuncProcess"},
+    {Fam::kETFRedeem, "19014", 472, "应答数据包不正确", 472, "Sc_ETFSH_AsyncFuncProcess"},
+    {Fam::kZQHGEntrust, "19042", 472, "应答数据包不正确2", 472, "Sc_ZQHG_AsyncFuncProcess"},
+    {Fam::kZQHGCrk, "19043", 472, "应答数据包不正确2", 472, "Sc_ZQCRK_AsyncFuncProcess"},
+    {Fam::kLof, "19025", 472, "应答数据包不正确2", 475, "Sc_LOF_AsyncFuncProcess"},  // synchronous: the common 472
+    {Fam::kPHDJEntrust, "19131", 472, "应答数据包不正确2", 472, "Sc_PHDJ_AsyncFuncProcess"},
+    {Fam::kOrderWithdraw, "19002", 516, "应答数据包不正确", 516, "Sc_OrderWithDraw_AsyncFuncProcess"},
+    {Fam::kETFWithdraw, "19020", 517, "应答数据包不正确", 517, "Sc_ETFWithDraw_AsyncFuncProcess"},
+    {Fam::kZQHGWithdraw, "19044", 512, "应答数据包不正确", 512, "Sc_ZQHGWithDraw_AsyncFuncProcess"},
+    {Fam::kLOFWithdraw, "19026", 516, "应答数据包不正确", 516, "Sc_LOFWithDraw_AsyncFuncProcess"},
+    {Fam::kPHDJWithdraw, "19002", 516, "应答数据包不正确", 516, "Sc_PHDJWithDraw_AsyncFuncProcess"},
+    {Fam::kBatchWithdraw, "19063", 6459, "应答数据包不正确", 6459, "Sc_BatchOrderWithDraw_AsyncFuncProcess"},
+    {Fam::kTradableQty, "19011", 438, "应答数据包不正确", 0, nullptr},
+    {Fam::kETFTradableQty, "19024", 434, "应答数据包不正确", 0, nullptr},
+    {Fam::kZQHGTradableQty, "19045", 438, "应答数据包不正确", 0, nullptr},
+    {Fam::kLOFTradableQty, "19028", 438, "应答数据包不正确", 0, nullptr},
+    {Fam::kPHDJTradableQty, "19133", 438, "应答数据包不正确", 0, nullptr},
 };
 
 const OrderCall& CallOf(Fam fam) {
@@ -188,36 +172,14 @@ TEST_F(Faults, BackEndAnswersCutOneByteShort) {
 
 // Asynchronous replies one byte short: the reply handler refuses the answer (-205 under its
 // own name), delivers nothing and releases the session.
-struct ReplyCheck {
-  Fam fam;
-  const char* code;
-  int min_len;
-  const char* handler;
-};
-const ReplyCheck kReplyChecks[] = {
-    {Fam::kOrderEntrust, "19001", 472, "Sc_Order_AsyncFuncProcess"},
-    {Fam::kBatchEntrust, "19012", 7663, "Sc_BatchOrder_AsyncFuncProcess"},
-    {Fam::kETFSubscribe, "19013", 472, "Sc_ETFSG_AsyncFuncProcess"},
-    {Fam::kETFRedeem, "19014", 472, "Sc_ETFSH_AsyncFuncProcess"},
-    {Fam::kZQHGEntrust, "19042", 472, "Sc_ZQHG_AsyncFuncProcess"},
-    {Fam::kZQHGCrk, "19043", 472, "Sc_ZQCRK_AsyncFuncProcess"},
-    {Fam::kLof, "19025", 475, "Sc_LOF_AsyncFuncProcess"},
-    {Fam::kPHDJEntrust, "19131", 472, "Sc_PHDJ_AsyncFuncProcess"},
-    {Fam::kOrderWithdraw, "19002", 516, "Sc_OrderWithDraw_AsyncFuncProcess"},
-    {Fam::kBatchWithdraw, "19063", 6459, "Sc_BatchOrderWithDraw_AsyncFuncProcess"},
-    {Fam::kETFWithdraw, "19020", 517, "Sc_ETFWithDraw_AsyncFuncProcess"},
-    {Fam::kZQHGWithdraw, "19044", 512, "Sc_ZQHGWithDraw_AsyncFuncProcess"},
-    {Fam::kLOFWithdraw, "19026", 516, "Sc_LOFWithDraw_AsyncFuncProcess"},
-    {Fam::kPHDJWithdraw, "19002", 516, "Sc_PHDJWithDraw_AsyncFuncProcess"},
-};
-
 TEST_F(Faults, AsynchronousRepliesOneByteShort) {
   HostCallbacks host;
   std::size_t delivered = 0;
-  for (const ReplyCheck& r : kReplyChecks) {
+  for (const LengthCheck& r : kLengthChecks) {
+    if (r.handler == nullptr) continue;
     const OrderCall& c = CallOf(r.fam);
     const std::int32_t open = OpenSessions();
-    for (int len : {429, r.min_len - 1}) {
+    for (int len : {429, r.reply_len - 1}) {
       Answer(r.code, AnswerBlock(static_cast<std::size_t>(len), 1));
       SECMOLRA_SetLastError(0, "", nullptr, nullptr);
       ASSERT_GT(c.async(), 0) << c.name << " " << Message();
@@ -227,7 +189,7 @@ TEST_F(Faults, AsynchronousRepliesOneByteShort) {
       EXPECT_NE(LogText().find(std::string(r.handler) + "：" + Message()), std::string::npos) << r.handler;
       EXPECT_EQ(host.Functions().size(), delivered) << r.handler << ": a refused reply is not delivered";
     }
-    Answer(r.code, AnswerBlock(static_cast<std::size_t>(r.min_len), 1));
+    Answer(r.code, AnswerBlock(static_cast<std::size_t>(r.reply_len), 1));
     ASSERT_GT(c.async(), 0) << c.name;
     KELSIM(KelSim_WaitIdle)();
     EXPECT_EQ(host.Functions().size(), ++delivered) << r.handler << ": the full length is delivered";

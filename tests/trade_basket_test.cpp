@@ -2,6 +2,8 @@
 // constituents), 510300 (information of 20200101), 159919 on SZ (no subscription).
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "support/trade_fixture.h"
 
 using namespace molra::test;
@@ -10,11 +12,9 @@ namespace {
 
 class Basket : public TradeTest {
  protected:
-  int Count(const std::string& call) {
-    const std::string log = Sim::Get().CallLog();
-    int n = 0;
-    for (std::size_t at = log.find(call); at != std::string::npos; at = log.find(call, at + 1)) ++n;
-    return n;
+  static long Count(const char* call) {
+    const std::vector<std::string> calls = Calls();
+    return std::count(calls.begin(), calls.end(), call);
   }
 };
 
@@ -22,7 +22,7 @@ class Basket : public TradeTest {
 
 TEST_F(Basket, OneBuyOrderPerConstituentForTheUnits) {
   EXPECT_EQ(SECMOLRA_ETFBasketEntrust("1001", "SH", "510050", kGdhSH, 2, 60.0, 0), 3) << Message();
-  EXPECT_EQ(Count("Kel_SetStructData("), 3);
+  EXPECT_EQ(Count("Kel_SetStructData"), 3);
   const std::string last = Request("19001");  // 601318: 100 per unit
   EXPECT_EQ(Text(last, 69, 9), std::string("601318\0\0\0", 9));
   EXPECT_EQ(Num<std::uint8_t>(last, 78), 1);
@@ -36,7 +36,7 @@ TEST_F(Basket, StaleInformationIsRefusedWithBothDates) {
   EXPECT_EQ(SECMOLRA_ETFBasketEntrust("1001", "SH", "510300", kGdhSH, 1, 5.0, 0), -222);
   EXPECT_EQ(Message(), "510300基本信息未更新[cur:20240105 etf:20200101]，禁止交易");
   EXPECT_EQ(Request("D00088"), "(none)");  // the constituents are not asked for
-  EXPECT_EQ(Count("Kel_SetStructData("), 0);
+  EXPECT_EQ(Count("Kel_SetStructData"), 0);
 }
 
 TEST_F(Basket, NoSubscriptionRightIsRefusedBeforeTheDateCheck) {

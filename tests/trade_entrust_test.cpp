@@ -19,6 +19,13 @@ class Entrust : public TradeTest {
   std::int32_t OpenSessions() { return KELSIM(KelSim_OpenSessions)(); }
 };
 
+CusLoginInfo Account(const char* khh, const char* gdh) {
+  CusLoginInfo rec{};
+  std::strcpy(rec.KHH, khh);
+  std::strcpy(rec.GDH, gdh);
+  return rec;
+}
+
 }  // namespace
 
 TEST_F(Entrust, BlockCarriesHeadAndFieldsAtTheirOffsets) {
@@ -44,8 +51,7 @@ TEST_F(Entrust, BlockCarriesHeadAndFieldsAtTheirOffsets) {
 
 TEST_F(Entrust, WideValuesAreCutToTheBlocksWidths) {
   Answer("19001", AnswerBlock(472, 1).Num<std::int64_t>(443, 5));
-  CusLoginInfo rec{};
-  std::strcpy(rec.KHH, "1001");
+  CusLoginInfo rec = Account("1001", "");
   std::memcpy(rec.GDH, "A0000010019X", 12);  // 12 characters, no NUL
   EXPECT_EQ(SECMOLRA_OrderEntrustEx(&rec, "SH", "600000123", 1, 4294967296LL, 1.0, 256), 5);
   const std::string b = Request("19001");
@@ -58,9 +64,7 @@ TEST_F(Entrust, WideValuesAreCutToTheBlocksWidths) {
 
 TEST_F(Entrust, ExRecordSuppliesTokenAndNodeWhenSet) {
   Answer("19001", AnswerBlock(472, 1).Num<std::int64_t>(443, 9));
-  CusLoginInfo rec{};
-  std::strcpy(rec.KHH, "1001");
-  std::strcpy(rec.GDH, kGdhSH);
+  CusLoginInfo rec = Account("1001", kGdhSH);
   rec.Token = 777;
   rec.NodeID = 1;
   EXPECT_EQ(SECMOLRA_OrderEntrustEx(&rec, "SH", "600000", 1, 100, 10.0, 0), 9);
@@ -88,12 +92,6 @@ TEST_F(Entrust, TransportCallsInOrderAndSessionReleased) {
   EXPECT_EQ(OpenSessions(), before);
 }
 
-TEST_F(Entrust, PositiveCodeButShortAnswerIsIncorrect2) {
-  Answer("19001", AnswerBlock(450, 1).Num<std::int64_t>(443, 77));
-  EXPECT_EQ(Buy(), -205);
-  EXPECT_EQ(Message(), "应答数据包不正确2");
-}
-
 TEST_F(Entrust, RefusalCodeIsReturnedWithTheAnswersMessage) {
   Answer("19001", AnswerBlock(450, -150, "可用资金不足"));
   EXPECT_EQ(Buy(), -150);
@@ -114,9 +112,7 @@ TEST_F(Entrust, UnstructuredAnswerNegatesAPositiveTransportCode) {
 }
 
 TEST_F(Entrust, CustomerNotLoggedInIsRecordedInTheAccountToo) {
-  CusLoginInfo rec{};
-  std::strcpy(rec.KHH, "1003");
-  std::strcpy(rec.GDH, "A1");
+  CusLoginInfo rec = Account("1003", "A1");
   const std::int64_t r = SECMOLRA_OrderEntrustEx(&rec, "SH", "600000", 1, 100, 10.0, 0);
   EXPECT_LE(r, 0);
   std::string msg;

@@ -56,13 +56,6 @@ TEST_F(Tradable, FamilyLayouts) {
   EXPECT_EQ(Num<double>(phdj, 86), 9.5);
 }
 
-TEST_F(Tradable, EtfAnswerIsShorterWithItsQuantityAsInt32) {
-  Answer("19024", AnswerBlock(434, 1).Num<std::int32_t>(430, 70));
-  EXPECT_EQ(SECMOLRA_ETFTradableQty("1001", "SH", "510050", 29, kGdhSH), 70);
-  Answer("19024", AnswerBlock(433, 1));
-  EXPECT_EQ(SECMOLRA_ETFTradableQty("1001", "SH", "510050", 29, kGdhSH), -205);
-}
-
 TEST_F(Tradable, KeyValueFamiliesReadField684) {
   KELSIM(KelSim_SetKvAnswer)("19058", 1, "ok", "684=321");
   EXPECT_EQ(SECMOLRA_FXYWTradableQty("1001", "SH", "600000", 1, 8.0, 0, kGdhSH), 321);

@@ -50,9 +50,9 @@ class Scenario:
     def run(self, body: str, timeout: float = 60, expect_ok: bool = True,
             args=()) -> subprocess.CompletedProcess:
         """Runs `body` in a new Python process in the scratch folder. The body sees BUILD
-        (the build folder), WORK (the scratch folder) and SIM (the sim helpers module)."""
+        (the build folder), WORK (the scratch folder), SIM (the sim helpers module) and json."""
         prelude = textwrap.dedent(f"""
-            import sys, os
+            import sys, os, json
             sys.path[:0] = [{str(PYTHON_DIR)!r}, {str(Path(__file__).parent)!r}]
             from pathlib import Path
             import simhelp as SIM

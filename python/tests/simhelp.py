@@ -4,33 +4,20 @@ from __future__ import annotations
 
 import ctypes
 import struct
-from ctypes import c_bool, c_char_p, c_int32, c_int64, c_double
+from ctypes import c_char_p, c_int32, c_int64
 from pathlib import Path
 
 from secmolra import Session
 from secmolra.simulated import SIM_KEY, write_profile
 
 _SIGNATURES = {
-    "KelSim_Reset": (None, []),
-    "KelSim_CallLog": (c_int32, [c_char_p, c_int32]),
-    "KelSim_ClearCallLog": (None, []),
-    "KelSim_FailRun": (None, [c_int32]),
-    "KelSim_FailWrite": (None, [c_int32]),
-    "KelSim_FailAllocSession": (None, [c_int32]),
-    "KelSim_FailConnect": (None, [c_char_p, c_int32]),
     "KelSim_ConnectionByAddr": (c_int64, [c_char_p, c_int32]),
     "KelSim_BreakConnection": (None, [c_int64, c_int32]),
     "KelSim_RestoreConnection": (None, [c_int64]),
     "KelSim_WaitIdle": (None, []),
     "KelSim_OpenSessions": (c_int32, []),
     "KelSim_ConnectionCount": (c_int32, []),
-    "KelSim_SetKvAnswer": (None, [c_char_p, c_int32, c_char_p, c_char_p]),
-    "KelSim_SetPlainAnswer": (None, [c_char_p, c_int32, c_char_p]),
-    "KelSim_SetStructAnswer": (None, [c_char_p, c_char_p, c_int32]),
-    "KelSim_ClearAnswers": (None, []),
     "KelSim_PushRecord": (None, [c_char_p, c_int32, c_char_p, c_int32]),
-    "KelSim_SetPrice": (None, [c_char_p, c_char_p, c_double]),
-    "KelSim_SetMatchVolume": (None, [c_int64]),
 }
 
 
@@ -42,12 +29,6 @@ class Sim:
             if fn is not None:
                 fn.restype, fn.argtypes = restype, argtypes
                 setattr(self, name[len("KelSim_"):], fn)
-
-    def call_log(self) -> str:
-        size = self.CallLog(None, 0)
-        buf = ctypes.create_string_buffer(size + 1)
-        self.CallLog(buf, size + 1)
-        return buf.value.decode("gbk", "replace")
 
 
 def push_record(khh: str, wth: int, zqdm: str = "600000", note: str = "",

@@ -1,36 +1,10 @@
-"""Record layouts and decoding, without the kit."""
-import ctypes
+"""Record decoding and encoding, without the kit (layouts: test_exports.py)."""
 import struct
 
 import pytest
 
 from secmolra import records as rec
 from secmolra.records import CusLoginInfo
-
-RECORD_SIZES = {CusLoginInfo: 605, rec.CusNodeInfo: 28, rec.FundRecord: 236,
-                rec.AccountRecord: 100, rec.PSQYRecord: 48, rec.OrderRecord: 444,
-                rec.MatchRecord: 185, rec.PositionRecord: 384, rec.ETFShareRecord: 72,
-                rec.BatchOrderRow: 181}
-
-
-@pytest.mark.parametrize("struct_type,size", RECORD_SIZES.items(),
-                         ids=[t.__name__ for t in RECORD_SIZES])
-def test_record_sizes(struct_type, size):
-    assert ctypes.sizeof(struct_type) == size
-    assert ctypes.sizeof(struct_type * 3) == 3 * size  # packed arrays: no padding between
-
-
-def test_login_record_offsets_are_the_packed_ones():
-    offsets = {name: getattr(CusLoginInfo, name).offset for name, _ in CusLoginInfo._fields_}
-    assert offsets == {"KHH": 0, "GDH": 16, "Password": 28, "NodeID": 68, "WTFS": 72,
-                       "Node": 77, "Token": 333, "ErrorCode": 341, "ErrorMsg": 349}
-
-
-def test_batch_row_offsets():
-    row = rec.BatchOrderRow
-    assert [getattr(row, f).offset for f in ("Jys", "Zqdm", "Jylb", "Wtjg", "Wtsl", "Ddlx",
-                                             "Unused", "Wth", "Msg")] == \
-        [0, 3, 10, 14, 22, 30, 34, 45, 53]
 
 
 def _fund_bytes(amounts, khh=b"1001", bz="人民".encode("gbk")):

@@ -16,7 +16,6 @@ def _result(proc) -> dict:
 
 def test_session_starts_and_stops_the_kit_and_restores_the_directory(scenario):
     proc = scenario.run("""
-        import json
         s = SIM.session(BUILD, WORK)
         here = os.getcwd()
         started = s.started
@@ -54,7 +53,6 @@ def test_missing_transport_is_explained_before_the_kit_starts(scenario):
 
 def test_kit_error_carries_code_and_gbk_message(scenario):
     proc = scenario.run("""
-        import json
         from secmolra import KitError
         with SIM.session(BUILD, WORK) as s:
             s.raw.SECMOLRA_SetLastError(-206, "读取配置文件[x]失败".encode("gbk"), b"f", None)
@@ -70,7 +68,6 @@ def test_kit_error_carries_code_and_gbk_message(scenario):
 def test_failed_call_raises_with_the_kits_code_and_message(scenario, kit):
     require(kit, *LOGIN)
     proc = scenario.run("""
-        import json
         from secmolra import KitError
         out = {}
         with SIM.session(BUILD, WORK) as s:
@@ -92,7 +89,6 @@ def test_failed_call_raises_with_the_kits_code_and_message(scenario, kit):
 def test_connection_failure_with_code_0_still_raises(scenario, kit):
     require(kit, *LOGIN)
     proc = scenario.run("""
-        import json
         from secmolra import KitError
         with SIM.session(BUILD, WORK, profile_settings={"addr": "127.0.0.1:1",
                                                         "tradeaddr": "127.0.0.1:1"}) as s:
@@ -111,7 +107,7 @@ def test_connection_failure_with_code_0_still_raises(scenario, kit):
 def test_queries_decode_the_back_ends_records(scenario, kit):
     require(kit, *LOGIN, "PYSECMOLRA_QueryFundInfo", "PYSECMOLRA_QueryAccInfo")
     proc = scenario.run("""
-        import json, dataclasses
+        import dataclasses
         with SIM.session(BUILD, WORK) as s:
             token = s.login(SIM.KEY, "1001", "111111")
             funds = [dataclasses.asdict(f) for f in s.funds("1001")]
@@ -134,19 +130,17 @@ def test_queries_decode_the_back_ends_records(scenario, kit):
 
 
 def test_callbacks_arrive_on_transport_threads_without_loss(scenario, kit):
-    require(kit, *LOGIN, *ORDERS)
+    require(kit, *LOGIN, *ORDERS, "PYSECMOLRA_QueryAccInfo")
     proc = scenario.run("""
-        import json, threading
+        import threading
         main = threading.get_ident()
         threads = set()
         def seen(event):
             threads.add(threading.get_ident())
         with SIM.session(BUILD, WORK, on_push=seen, on_reply=seen) as s:
             s.login(SIM.KEY, "1001", "111111")
-            acc = s.accounts("1001")[0] if "PYSECMOLRA_QueryAccInfo" not in s.kit.missing else None
-            gdh = acc.GDH if acc else "A000000001"
-            jys = acc.JYS if acc else "SH"
-            sent = [s.entrust_async("1001", jys, "600000", 1, 100, 10.0, gdh, kfsbdbh=i + 1)
+            acc = s.accounts("1001")[0]
+            sent = [s.entrust_async("1001", acc.JYS, "600000", 1, 100, 10.0, acc.GDH, kfsbdbh=i + 1)
                     for i in range(20)]
             replies = s.events.wait_for(lambda e: e.kind == "reply", timeout=20, count=20)
             print(json.dumps({
@@ -167,7 +161,6 @@ def test_callbacks_arrive_on_transport_threads_without_loss(scenario, kit):
 def test_a_failing_handler_does_not_stop_delivery(scenario, kit):
     require(kit, *LOGIN, *ORDERS)
     proc = scenario.run("""
-        import json
         def boom(event):
             raise ValueError("handler bug")
         with SIM.session(BUILD, WORK, on_reply=boom) as s:
@@ -186,7 +179,6 @@ def test_a_failing_handler_does_not_stop_delivery(scenario, kit):
 def test_session_cleans_up_connections_sessions_and_callbacks(scenario, kit):
     require(kit, *LOGIN, *ORDERS)
     proc = scenario.run("""
-        import json
         sim = SIM.Sim(BUILD)
         s = SIM.session(BUILD, WORK)
         s.login(SIM.KEY, "1001", "111111")
@@ -208,7 +200,7 @@ def test_session_cleans_up_connections_sessions_and_callbacks(scenario, kit):
 def test_pushes_arrive_complete_while_the_main_thread_calls_the_kit(scenario, kit):
     require(kit, *LOGIN, "PYSECMOLRA_QueryFundInfo")
     proc = scenario.run("""
-        import json, threading, time
+        import threading, time
         sim = SIM.Sim(BUILD)
         inside_kit = []
         def on_push(event):
@@ -250,7 +242,6 @@ def test_order_families_ex_forms_batches_and_withdrawals(scenario, kit):
     require(kit, *LOGIN, *ORDERS, "PYSECMOLRA_BatchOrderEntrust", "SECMOLRA_ZQHGEntrust",
             "SECMOLRA_OrderWithdrawByKFSBDBH_ASync", "SECMOLRA_OrderWithdrawEx")
     proc = scenario.run("""
-        import json
         from secmolra import BatchOrder, CusLoginInfo, KitError
         out = {}
         with SIM.session(BUILD, WORK) as s:
@@ -295,7 +286,6 @@ def test_order_families_ex_forms_batches_and_withdrawals(scenario, kit):
 def test_reference_table_through_the_cursor(scenario, kit):
     require(kit, *LOGIN, "SECMOLRA_BeginQuery")
     proc = scenario.run("""
-        import json
         from secmolra import KitError
         with SIM.session(BUILD, WORK) as s:
             s.login(SIM.KEY, "1001", "111111")
@@ -317,7 +307,6 @@ def test_reference_table_through_the_cursor(scenario, kit):
 def test_connection_events_reach_python_with_customer_and_name(scenario, kit):
     require(kit, *LOGIN)
     proc = scenario.run("""
-        import json
         sim = SIM.Sim(BUILD)
         seen = []
         with SIM.session(BUILD, WORK, on_conn_event=seen.append) as s:
