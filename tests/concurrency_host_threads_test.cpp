@@ -106,6 +106,8 @@ bool MeetingSetSubsCondi(kel::int64 session, const char* condition) {
   return g_set_subs_condi(session, condition);
 }
 
+constexpr std::int64_t kPushedWth = 987654321;
+
 // While two threads log the customer in, a third places orders for it (reading its login).
 TEST_F(LoginTest, TwoThreadsLoggingOneCustomerInAtOnceSubscribeItOnce) {
   StartDefault();
@@ -143,12 +145,16 @@ TEST_F(LoginTest, TwoThreadsLoggingOneCustomerInAtOnceSubscribeItOnce) {
     EXPECT_EQ(LOGIN_SIM_FN(KelSim_SubscriptionCount)(c.khh), 2) << c.khh;
     char record[402] = {};
     std::memcpy(record, c.khh, 4);
+    const std::int64_t wth = kPushedWth;  // unlike the orders' numbers
+    std::memcpy(record + 44, &wth, sizeof wth);
     LOGIN_SIM_FN(KelSim_PushRecord)(c.khh, 0, record, sizeof record);
     LOGIN_SIM_FN(KelSim_WaitIdle)();
   }
   kel::api.Kel_SetSubsCondi = g_set_subs_condi;
   std::size_t delivered = 0;
-  for (const Delivery& d : host.Messages()) delivered += d.type == 8;
+  for (const Delivery& d : host.Messages()) {
+    delivered += d.json.find("\"WTH\":" + std::to_string(kPushedWth) + ",") != std::string::npos;
+  }
   EXPECT_EQ(delivered, 3u) << "one confirmation each";
   EXPECT_EQ(Count(Log(), "SubscribeTradeMsg qr subscribe success"), 3u);
 }

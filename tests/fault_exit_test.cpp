@@ -221,6 +221,11 @@ __attribute__((init_priority(101))) LateTransportThread g_late_transport_thread;
 }  // namespace
 
 TEST(ProcessEnd, ATransportThreadStillLogsAfterTheKitsStaticObjectsAreGone) {
+#if defined(_WIN32)
+  // No thread starts while a Windows process ends, and the transport's threads are stopped
+  // before a library's objects are destroyed.
+  GTEST_SKIP() << "no thread runs at process end on Windows";
+#endif
   const std::string dir = MakeTempDir();
   molra::SetUpLogging(dir);
   MOLRA_LOG_INFO("{} armed", "ProcessEnd");

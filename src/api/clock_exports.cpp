@@ -20,7 +20,7 @@ SECMOLRA_API uint64_t SECMOLRA_GetTickCount(void) {
 
 // The same entry point under a second name: one function, one address.
 SECMOLRA_API uint64_t SECMOLRA_GetDoubleTickCount(void)
-    __attribute__((alias("SECMOLRA_GetTickCount")));
+    __attribute__((nothrow, alias("SECMOLRA_GetTickCount")));
 
 SECMOLRA_API int64_t SECMOLRA_GetSystemDate(void) {
   return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
