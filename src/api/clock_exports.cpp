@@ -18,9 +18,16 @@ SECMOLRA_API uint64_t SECMOLRA_GetTickCount(void) {
   });
 }
 
-// The same entry point under a second name: one function, one address.
-SECMOLRA_API uint64_t SECMOLRA_GetDoubleTickCount(void)
-    __attribute__((nothrow, alias("SECMOLRA_GetTickCount")));
+// The same entry point under a second name: one function, one address. GCC wants the alias
+// to repeat its target's nothrow (the guard catches everything); clang takes that for an
+// exception specification that the header's declaration lacks.
+#if defined(__clang__)
+#define MOLRA_SECOND_NAME_OF(target) __attribute__((alias(target)))
+#else
+#define MOLRA_SECOND_NAME_OF(target) __attribute__((nothrow, alias(target)))
+#endif
+SECMOLRA_API uint64_t SECMOLRA_GetDoubleTickCount(void) MOLRA_SECOND_NAME_OF("SECMOLRA_GetTickCount");
+#undef MOLRA_SECOND_NAME_OF
 
 SECMOLRA_API int64_t SECMOLRA_GetSystemDate(void) {
   return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
