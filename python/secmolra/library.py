@@ -17,8 +17,7 @@ if sys.platform == "win32":
 else:
     _BUILD_NAMES = ("src/libsecmolra.so",)
 
-# Large enough for any last-error message: an answer's error text may be up to 1 MiB and the
-# kit copies the message with no length limit.
+# Large enough for any last-error message: an answer's error text may be up to 1 MiB.
 _ERROR_BUFFER_SIZE = 2 * 1024 * 1024
 
 
@@ -108,11 +107,12 @@ class Kit:
         setattr(self, export.name, fn)
 
     def last_error(self) -> tuple[int, str]:
-        """The kit's last error as (code, message); reading does not clear it."""
+        """The last error the kit recorded on the calling thread, as (code, message); reading
+        does not clear it. Another thread's failure never shows here."""
         buf = getattr(self._local, "buf", None)
         if buf is None:
             buf = self._local.buf = ctypes.create_string_buffer(_ERROR_BUFFER_SIZE)
-        code = self.SECMOLRA_GetLastError(buf)
+        code = self.SECMOLRA_GetThreadLastError(buf, _ERROR_BUFFER_SIZE)
         return code, decode(buf.value)
 
     def error(self, function: str = "") -> KitError:
