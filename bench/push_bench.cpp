@@ -19,7 +19,7 @@
 #include "comm/kel_api.h"
 #include "kelsim.h"
 #include "push/push_handlers.h"
-#include "push/replies.h"
+#include "trade/replies.h"
 #include "trade/order_blocks.h"
 
 namespace molra::bench {

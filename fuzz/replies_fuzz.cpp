@@ -8,7 +8,7 @@
 #include <string>
 
 #include "fuzz_input.h"
-#include "push/replies.h"
+#include "trade/replies.h"
 #include "secmolra.h"
 #include "support/fake_kel.h"
 #include "support/reply_handlers.h"

@@ -9,7 +9,7 @@
 #include <thread>
 #include <vector>
 
-#include "api/last_error.h"
+#include "core/errors.h"
 #include "comm/kel_api.h"
 #include "support/host_callbacks.h"
 #include "support/login_fixture.h"

@@ -4,7 +4,7 @@
 #include <cstring>
 #include <string>
 
-#include "api/kit_state.h"
+#include "core/context.h"
 #include "config/ini_file.h"
 #include "secmolra.h"
 #include "support/test_support.h"

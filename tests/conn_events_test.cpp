@@ -8,7 +8,7 @@
 #include <tuple>
 #include <vector>
 
-#include "api/kit_state.h"
+#include "core/context.h"
 #include "comm/conn_pool.h"
 #include "conn_fake_kel.h"
 #include "conn_host_events.h"

@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "api/kit_state.h"
+#include "core/context.h"
 #include "comm/kel_api.h"
 #include "support/test_support.h"
 

@@ -4,8 +4,8 @@
 
 #include <string>
 
-#include "api/kit_state.h"
-#include "api/last_error.h"
+#include "core/context.h"
+#include "core/errors.h"
 #include "comm/conn_pool.h"
 #include "comm/timer.h"
 #include "conn_fake_kel.h"

@@ -4,7 +4,7 @@
 #include <cstring>
 #include <string>
 
-#include "api/kit_state.h"
+#include "core/context.h"
 #include "comm/conn_pool.h"
 #include "config/conn_profile.h"
 #include "conn_fake_kel.h"

@@ -21,7 +21,7 @@
 #include "comm/kel_api.h"
 #include "log/log.h"
 #include "push/push_handlers.h"
-#include "push/replies.h"
+#include "trade/replies.h"
 #include "support/json_fields.h"
 #include "support/trade_fixture.h"
 

@@ -6,8 +6,8 @@
 #include <string>
 #include <thread>
 
-#include "api/kit_state.h"
-#include "api/last_error.h"
+#include "core/context.h"
+#include "core/errors.h"
 #include "secmolra.h"
 #include "support/test_support.h"
 

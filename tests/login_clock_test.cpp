@@ -3,7 +3,7 @@
 
 #include "support/login_fixture.h"
 #include "util/dynlib.h"
-#include "util/server_time.h"
+#include "account/server_time.h"
 #include "util/time_text.h"
 
 using namespace molra::test;

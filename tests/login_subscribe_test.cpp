@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "comm/conn_pool.h"
+#include "account/registry.h"
 #include "push/subscribe.h"
 #include "support/login_fixture.h"
 
@@ -153,7 +154,7 @@ TEST_F(LoginTest, MatchSlotAloneStopsTheSubscriptionWithItsOwnLine) {
   auto conn = SetOf("1001");
   conn->ActiveSlots()[1] = 0;
   Sim::Get().ClearCallLog();
-  molra::SubscribeTradeMsg("1001", conn);
+  molra::SubscribeTradeMsg("1001", molra::NodeTable().Get("1001"), conn);
   EXPECT_EQ(Sim::Get().CallLog(), "");
   EXPECT_EQ(Count(Log(), "SubscribeTradeMsg cj already subscribe"), 1u);
 }
@@ -166,7 +167,7 @@ TEST_F(LoginTest, FailedSessionLogsTheFailureAndTheOtherKindStillSubscribes) {
   conn->ActiveSlots()[3] = 0;
   SECMOLRA_SetLastError(0, "", nullptr, nullptr);
   LOGIN_SIM_FN(KelSim_FailAllocSession)(1);
-  molra::SubscribeTradeMsg("1001", conn);
+  molra::SubscribeTradeMsg("1001", molra::NodeTable().Get("1001"), conn);
   EXPECT_EQ(conn->ActiveSlots()[1], 0);
   EXPECT_GE(conn->ActiveSlots()[3], 1);
   std::string log = Log();
@@ -181,7 +182,7 @@ TEST_F(LoginTest, SubscriptionUsesTheGroupOfTheActiveProfile) {
   ASSERT_GT(SECMOLRA_TradeLogin("T", "1001", "111111"), 0);
   auto conn = SetOf("1001");
   conn->active_profile = 1;
-  molra::SubscribeTradeMsg("1001", conn);
+  molra::SubscribeTradeMsg("1001", molra::NodeTable().Get("1001"), conn);
   EXPECT_GE(conn->slots[1][1], 1);
   EXPECT_GE(conn->slots[1][3], 1);
   EXPECT_EQ(Count(Log(), "already subscribe"), 0u);
@@ -193,8 +194,8 @@ TEST_F(LoginTest, SubscriptionWithoutACustomerDoesNothing) {
   ASSERT_GT(SECMOLRA_TradeLogin("T", "1001", "111111"), 0);
   auto conn = SetOf("1001");
   Sim::Get().ClearCallLog();
-  molra::SubscribeTradeMsg("", conn);
-  molra::SubscribeTradeMsg("1001", nullptr);
+  molra::SubscribeTradeMsg("", 0, conn);
+  molra::SubscribeTradeMsg("1001", 0, nullptr);
   EXPECT_EQ(Sim::Get().CallLog(),
             "Kel_RegGlobalStructPublishFunc(fn)\nKel_RegGlobalStructPublishFunc(fn)\n");
 }

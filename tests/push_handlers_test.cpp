@@ -6,7 +6,7 @@
 #include <regex>
 #include <string>
 
-#include "api/kit_state.h"
+#include "core/context.h"
 #include "config/ini_file.h"
 #include "push/push_handlers.h"
 #include "support/fake_kel.h"

@@ -11,7 +11,7 @@
 #include <thread>
 #include <vector>
 
-#include "push/replies.h"
+#include "trade/replies.h"
 #include "support/byte_block.h"
 #include "support/fake_kel.h"
 #include "support/host_callbacks.h"

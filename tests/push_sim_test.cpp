@@ -6,7 +6,7 @@
 #include <string>
 
 #include "push/push_handlers.h"
-#include "push/replies.h"
+#include "trade/replies.h"
 #include "support/host_callbacks.h"
 #include "support/sim_api.h"
 

@@ -8,14 +8,14 @@
 
 #include "account/login_texts.h"
 #include "account/registry.h"
-#include "api/kit_state.h"
-#include "api/last_error.h"
+#include "core/context.h"
+#include "core/errors.h"
 #include "comm/conn_pool.h"
 #include "comm/kel_api.h"
 #include "log/log.h"
 #include "push/subscribe.h"
 #include "util/field_ids.h"
-#include "util/server_time.h"
+#include "account/server_time.h"
 
 namespace molra {
 
@@ -129,7 +129,7 @@ std::int64_t LoginRun::Run() {
   MOLRA_LOG_INFO("{} success. [khh:{} systype:{} token:{}]", kLoginFunc, khh_, conn_->system_type,
                  token);
   Registry().SetDefault(conn_->system_type, khh_, conn_);
-  SubscribeTradeMsg(khh_, conn_);
+  SubscribeTradeMsg(khh_, NodeTable().Get(khh_), conn_);
   GetCurTime();
   return token;
 }

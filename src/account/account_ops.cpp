@@ -7,9 +7,9 @@
 #include <string>
 
 #include "account/registry.h"
-#include "api/guard.h"
-#include "api/kit_state.h"
-#include "api/last_error.h"
+#include "core/guard.h"
+#include "core/context.h"
+#include "core/errors.h"
 #include "comm/conn_pool.h"
 #include "comm/kel_api.h"
 #include "comm/kv_request.h"

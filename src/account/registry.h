@@ -10,7 +10,7 @@
 #include <string>
 #include <utility>
 
-#include "api/last_error.h"
+#include "core/errors.h"
 
 namespace KelComm {
 class KelConn;

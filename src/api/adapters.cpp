@@ -2,7 +2,7 @@
 // temporary list and copies what fits into the caller's array.
 #include <vector>
 
-#include "api/guard.h"
+#include "core/guard.h"
 #include "query/query_frame.h"
 #include "secmolra.h"
 

@@ -2,10 +2,10 @@
 #include <cstring>
 #include <string>
 
-#include "api/guard.h"
+#include "core/guard.h"
 #include "secmolra.h"
 #include "util/clock.h"
-#include "util/server_time.h"
+#include "account/server_time.h"
 #include "util/time_text.h"
 
 using namespace molra;

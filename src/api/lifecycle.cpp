@@ -3,9 +3,9 @@
 #include <cstring>
 
 #include "account/registry.h"
-#include "api/guard.h"
-#include "api/kit_state.h"
-#include "api/last_error.h"
+#include "core/guard.h"
+#include "core/context.h"
+#include "core/errors.h"
 #include "comm/conn_pool.h"
 #include "comm/kel_api.h"
 #include "config/ini_file.h"
@@ -14,11 +14,6 @@
 #include "secmolra.h"
 
 namespace molra {
-
-KitState& Kit() {
-  static KitState* state = new KitState();  // never destroyed: transport threads read it
-  return *state;
-}
 
 namespace {
 

@@ -7,8 +7,8 @@
 #include <map>
 #include <mutex>
 
-#include "api/guard.h"
-#include "api/kit_state.h"
+#include "core/guard.h"
+#include "core/context.h"
 #include "comm/conn_internal.h"
 #include "comm/conn_messages.h"
 #include "comm/kel_api.h"

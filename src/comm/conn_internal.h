@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "comm/conn_pool.h"
+#include "core/text.h"
 
 namespace KelComm::roles {
 
@@ -46,12 +47,6 @@ inline constexpr Role kOpenOrder[] = {kMgmt, kTrade, kQuery, kSubscribe};
 inline constexpr Role kEventOrder[] = {kMgmt, kSubscribe, kQuery, kTrade};
 // Finding the connection an event is about.
 inline constexpr Role kLookupOrder[] = {kMgmt, kQuery, kTrade, kSubscribe};
-
-// Bounded text of a fixed-width field (a full field has no NUL).
-template <std::size_t N>
-std::string FieldText(const char (&field)[N]) {
-  return std::string(field, ::strnlen(field, N));
-}
 
 // The customer is bound to the trade, query and subscribe connections unless the trade
 // address was defaulted to the management address or the profile is in traders mode.

@@ -5,7 +5,7 @@
 #include <memory>
 #include <vector>
 
-#include "api/last_error.h"
+#include "core/errors.h"
 #include "comm/conn_messages.h"
 #include "comm/kel_api.h"
 #include "comm/timer.h"

@@ -5,7 +5,7 @@
 #include <cstring>
 #include <string>
 
-#include "api/last_error.h"
+#include "core/errors.h"
 #include "util/dynlib.h"
 
 namespace kel {

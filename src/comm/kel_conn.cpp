@@ -1,7 +1,7 @@
 // A customer's connection set: reading its profiles, connecting, closing.
 #include <fmt/format.h>
 
-#include "api/last_error.h"
+#include "core/errors.h"
 #include "comm/conn_internal.h"
 #include "comm/conn_messages.h"
 #include "comm/kel_api.h"

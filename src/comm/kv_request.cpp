@@ -3,7 +3,7 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "api/last_error.h"
+#include "core/errors.h"
 #include "comm/kel_api.h"
 
 namespace molra {

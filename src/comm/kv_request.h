@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "comm/kel_abi.h"
+#include "core/text.h"
 
 namespace molra {
 
@@ -39,8 +40,5 @@ bool ParseRequestText(const char* text, ReqFields& out);
 
 // The password encoded by Kel_UniEncode3rd for khh (a zeroed 1024-byte buffer, length 1024).
 std::string EncodePassword3rd(const char* khh, const char* password);
-
-// printf-safe view of a possibly null text for log lines.
-inline const char* LogText(const char* s) { return s ? s : ""; }
 
 }  // namespace molra

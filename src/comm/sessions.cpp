@@ -3,7 +3,7 @@
 #include <cstring>
 #include <vector>
 
-#include "api/last_error.h"
+#include "core/errors.h"
 #include "comm/conn_messages.h"
 #include "comm/conn_pool.h"
 #include "comm/kel_api.h"

@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-#include "api/last_error.h"
+#include "core/errors.h"
 #include "config/ini_file.h"
 
 namespace molra {

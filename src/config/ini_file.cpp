@@ -12,7 +12,7 @@
 #include <cstring>
 #include <vector>
 
-#include "api/kit_state.h"
+#include "core/context.h"
 #include "log/log.h"
 
 namespace molra {

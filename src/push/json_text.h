@@ -11,6 +11,8 @@
 #include <cstdint>
 #include <cstring>
 
+#include "core/text.h"
+
 namespace molra {
 
 using JsonPool = rapidjson::MemoryPoolAllocator<>;
@@ -79,12 +81,6 @@ class JsonText {
 template <std::size_t N>
 inline void Key(JsonWriter& w, const char (&key)[N]) {
   w.Key(key, static_cast<rapidjson::SizeType>(N - 1));
-}
-
-// Length of a text field: up to its first NUL, at most `width` bytes.
-inline std::size_t FieldLength(const char* p, std::size_t width) {
-  const void* nul = std::memchr(p, 0, width);
-  return nul != nullptr ? static_cast<std::size_t>(static_cast<const char*>(nul) - p) : width;
 }
 
 // A text field as a JSON string: its bytes passed through unconverted (GBK stays GBK).

@@ -2,8 +2,8 @@
 // per-subscription handlers. They run on transport threads and keep no state.
 #include "push/push_handlers.h"
 
-#include "api/guard.h"
-#include "api/kit_state.h"
+#include "core/guard.h"
+#include "core/context.h"
 #include "comm/kel_api.h"
 #include "config/ini_file.h"
 #include "log/log.h"

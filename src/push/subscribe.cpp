@@ -5,7 +5,6 @@
 #include <atomic>
 #include <mutex>
 
-#include "account/registry.h"
 #include "comm/conn_pool.h"
 #include "comm/kel_api.h"
 #include "config/ini_file.h"
@@ -29,12 +28,12 @@ struct Subscription {
   kel::SubscribeFn handler;  // null: pushes go to the global structured handler
 };
 
-void Subscribe(KelComm::KelConn& conn, const std::string& khh, const std::string& condition,
+void Subscribe(KelComm::KelConn& conn, std::int32_t node_id, const std::string& condition,
                const Subscription& sub) {
   KelSession session = AllocSubscribeSession(conn);
   bool ok = false;
   if (session) {
-    kel::api.Kel_SetNodeId(session.handle(), CustomerNodeId(khh));
+    kel::api.Kel_SetNodeId(session.handle(), node_id);
     // Pushes name the back end's system type 4; other types have no trade messages.
     if (conn.system_type == 4) {
       CreateHead(session, sub.func_code.c_str());
@@ -54,7 +53,8 @@ void Subscribe(KelComm::KelConn& conn, const std::string& khh, const std::string
 
 }  // namespace
 
-void SubscribeTradeMsg(const std::string& khh, std::shared_ptr<KelComm::KelConn> conn) {
+void SubscribeTradeMsg(const std::string& khh, std::int32_t node_id,
+                       std::shared_ptr<KelComm::KelConn> conn) {
   const GlobalConfig& global = Global();
   const bool structured = global.struct_push_msg;
   if (structured) kel::api.Kel_RegGlobalStructPublishFunc(&ScStructMsgProc, nullptr);
@@ -71,14 +71,14 @@ void SubscribeTradeMsg(const std::string& khh, std::shared_ptr<KelComm::KelConn>
     return;
   }
   const std::string condition = fmt::format("getstring({})=='{}'", fid::KHH, khh);
-  Subscribe(*conn, khh, condition,
+  Subscribe(*conn, node_id, condition,
             {"qr", global.confirm_msg_func, slots[kConfirmSlot],
              structured ? nullptr : &ScOrderMsgProcess});
   // With structured pushes the match subscription shares the confirmation slot, so the
   // match slot stays 0 and a repeated login stops at "qr already subscribe". The
   // confirmation id is kept apart for the cancellation.
   if (structured) conn->displaced_confirm[conn->ActiveGroup()].store(slots[kConfirmSlot].load());
-  Subscribe(*conn, khh, condition,
+  Subscribe(*conn, node_id, condition,
             {"cj", global.report_msg_func, slots[structured ? kConfirmSlot : kMatchSlot],
              structured ? nullptr : &ScReportMsgProcess});
 }

@@ -8,8 +8,8 @@
 #include <mutex>
 #include <vector>
 
-#include "api/guard.h"
-#include "api/last_error.h"
+#include "core/guard.h"
+#include "core/errors.h"
 #include "comm/kel_api.h"
 #include "log/log.h"
 #include "query/query_cursor.h"

@@ -1,6 +1,6 @@
 // The customer-query exports. Each one checks its customer, logs its call and runs its
 // query through the frame; the plain and Ex forms share one body.
-#include "api/guard.h"
+#include "core/guard.h"
 #include "log/log.h"
 #include "query/query_frame.h"
 #include "secmolra.h"
@@ -200,7 +200,7 @@ SECMOLRA_API int64_t SECMOLRA_QueryPositionsEx(CusLoginInfo* info, int32_t nSort
                                                int32_t exeflag,
                                                std::vector<PositionRecord>& list) {
   return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
-    std::string gdh = info ? FixedText(info->GDH) : std::string();
+    std::string gdh = info ? FieldText(info->GDH) : std::string();
     return Positions("SECMOLRA_QueryPositionsEx", QueryCaller(info), nSortType, nRowcount,
                      nBrowindex, gdh.c_str(), jys, zqdm, exeflag, list);
   });

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "api/last_error.h"
+#include "core/errors.h"
 #include "comm/kel_api.h"
 #include "util/field_ids.h"
 

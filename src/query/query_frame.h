@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "account/registry.h"
-#include "api/last_error.h"
+#include "core/errors.h"
 #include "comm/conn_pool.h"
 #include "comm/kv_request.h"
 #include "query/query_table.h"
@@ -21,13 +21,7 @@ namespace molra::query {
 // A login record as the plain exports build it: zero, node id -1, token -1, KHH (at most 16
 // bytes; null gives "").
 CusLoginInfo MakeLoginInfo(const char* khh);
-// The text of a fixed-width field, which is not terminated when full.
-template <std::size_t N>
-std::string FixedText(const char (&field)[N]) {
-  const void* nul = std::memchr(field, '\0', N);
-  return std::string(field, nul ? static_cast<std::size_t>(static_cast<const char*>(nul) - field) : N);
-}
-inline std::string KhhOf(const CusLoginInfo& info) { return FixedText(info.KHH); }
+inline std::string KhhOf(const CusLoginInfo& info) { return FieldText(info.KHH); }
 
 // A request run on a logged-in customer's connection set; on success the session holds the
 // answer.

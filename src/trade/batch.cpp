@@ -6,8 +6,8 @@
 
 #include <fmt/format.h>
 
-#include "api/guard.h"
-#include "api/last_error.h"
+#include "core/guard.h"
+#include "core/errors.h"
 #include "log/log.h"
 #include "secmolra.h"
 #include "trade/order_args.h"
@@ -25,20 +25,13 @@ constexpr double kPriceBound = 100000.0;  // the message says 99999.99; the test
 constexpr std::int64_t kMaxQuantity = 999999999;
 constexpr std::uint32_t kMaxOrderType = 999;
 
-template <std::size_t N>
-std::size_t TextLen(const char (&f)[N]) {
-  std::size_t n = 0;
-  while (n < N && f[n] != '\0') ++n;
-  return n;
-}
-
 // The first failing check of a row, as the message recorded with -221; empty when the row
 // is valid. `no` counts rows from 1.
 // The row's members are misaligned: fmt takes its arguments by reference, so it is given
 // copies.
 std::string RowProblem(const BatchOrderRow& r, std::size_t no) {
-  if (TextLen(r.Jys) != 2) return fmt::format("编号{0}交易所[{1}]不合法", no, FieldText(r.Jys));
-  if (TextLen(r.Zqdm) != 6) {
+  if (FieldLength(r.Jys, sizeof r.Jys) != 2) return fmt::format("编号{0}交易所[{1}]不合法", no, FieldText(r.Jys));
+  if (FieldLength(r.Zqdm, sizeof r.Zqdm) != 6) {
     return fmt::format("编号{0}证券代码[{1}]不合法", no, FieldText(r.Zqdm));
   }
   if (r.Jylb != 1 && r.Jylb != 2) {
@@ -81,7 +74,7 @@ char* PutFixed(char* p, char* end, double value, int width, int precision) {
 
 template <std::size_t N>
 char* PutText(char* p, char* end, const char (&field)[N]) {
-  const std::size_t n = std::min(TextLen(field), static_cast<std::size_t>(end - p));
+  const std::size_t n = std::min(FieldLength(field, N), static_cast<std::size_t>(end - p));
   std::memcpy(p, field, n);
   return p + n;
 }

@@ -1,6 +1,6 @@
 // Single entrusts of every business: the blocks that share the ordinary entrust's first 92
 // bytes, the key/value businesses, and the ETF block.
-#include "api/last_error.h"
+#include "core/errors.h"
 #include "comm/kel_api.h"
 #include "trade/order_args.h"
 #include "trade/order_blocks.h"

@@ -1,6 +1,6 @@
 // Exports of the single entrusts: the argument checks under the export's name, then the
 // implementation with the customer as a record.
-#include "api/guard.h"
+#include "core/guard.h"
 #include "secmolra.h"
 #include "trade/order_args.h"
 #include "trade/order_ops.h"

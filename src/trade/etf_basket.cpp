@@ -7,8 +7,8 @@
 #include <fmt/format.h>
 
 #include "account/registry.h"
-#include "api/guard.h"
-#include "api/last_error.h"
+#include "core/guard.h"
+#include "core/errors.h"
 #include "comm/conn_pool.h"
 #include "comm/kel_api.h"
 #include "log/log.h"

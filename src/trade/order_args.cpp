@@ -7,7 +7,7 @@
 
 #include <fmt/format.h>
 
-#include "api/last_error.h"
+#include "core/errors.h"
 #include "util/clock.h"
 
 namespace molra::trade {

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <string>
 
+#include "core/text.h"
 #include "secmolra.h"
 
 namespace molra::trade {
@@ -23,13 +24,6 @@ std::string RequestNumberTimeText(int hour, int minute, int second);
 // A record built from bare arguments: khh (16) and gdh (12) bounded, node id and token -1
 // so that the registry supplies both.
 CusLoginInfo MakeRecord(const char* khh, const char* gdh);
-// A record field as text, never reading past the field.
-template <std::size_t N>
-std::string FieldText(const char (&f)[N]) {
-  std::size_t n = 0;
-  while (n < N && f[n] != '\0') ++n;
-  return std::string(f, n);
-}
 
 // Checks of one export, in the order they are called; the first failure records its code
 // and message under the export's name and turns every later check into a no-op.

@@ -2,7 +2,7 @@
 
 #include <cstddef>
 
-#include "push/replies.h"
+#include "trade/replies.h"
 #include "trade/order_blocks.h"
 
 namespace molra::trade {

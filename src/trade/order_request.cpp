@@ -7,7 +7,7 @@
 #include <cstring>
 
 #include "account/registry.h"
-#include "api/last_error.h"
+#include "core/errors.h"
 #include "comm/conn_pool.h"
 #include "comm/kel_api.h"
 #include "log/log.h"

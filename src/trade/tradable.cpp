@@ -1,7 +1,7 @@
 // Tradable quantity of every business (synchronous only): how many units the customer can
 // trade at a price for a security, category and order type.
-#include "api/guard.h"
-#include "api/last_error.h"
+#include "core/guard.h"
+#include "core/errors.h"
 #include "comm/kel_api.h"
 #include "secmolra.h"
 #include "trade/order_args.h"

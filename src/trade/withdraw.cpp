@@ -2,8 +2,8 @@
 // a whole batch.
 #include <cstdio>
 
-#include "api/guard.h"
-#include "api/last_error.h"
+#include "core/guard.h"
+#include "core/errors.h"
 #include "comm/kel_api.h"
 #include "log/log.h"
 #include "secmolra.h"

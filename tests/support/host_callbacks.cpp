@@ -1,6 +1,6 @@
 #include "support/host_callbacks.h"
 
-#include "api/kit_state.h"
+#include "core/context.h"
 #include "log/log.h"
 #include "support/test_support.h"
 

@@ -1,8 +1,8 @@
-#include "api/guard.h"
+#include "core/guard.h"
 
 #include <exception>
 
-#include "api/last_error.h"
+#include "core/errors.h"
 #include "log/log.h"
 #include "secmolra.h"
 

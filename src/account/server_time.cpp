@@ -1,9 +1,9 @@
-#include "util/server_time.h"
+#include "account/server_time.h"
 
 #include <atomic>
 
 #include "account/registry.h"
-#include "api/last_error.h"
+#include "core/errors.h"
 #include "comm/conn_pool.h"
 #include "comm/kel_api.h"
 #include "util/field_ids.h"

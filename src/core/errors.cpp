@@ -1,4 +1,4 @@
-#include "api/last_error.h"
+#include "core/errors.h"
 
 #include <cstring>
 #include <mutex>

@@ -6,9 +6,9 @@
 #pragma once
 
 #include <cstdint>
-#include <cstring>
 #include <string>
 
+#include "core/text.h"
 #include "secmolra.h"
 
 namespace molra {
@@ -35,28 +35,5 @@ inline std::int64_t Fail(std::int64_t code, const std::string& msg, const char* 
 
 void StageError(std::int32_t code, const std::string& msg);
 ErrorRecord GetStagedError();
-
-// Bounded copy into a fixed-width field: at most `width` bytes, the rest zero-filled, no
-// terminating NUL when the source is as long as the field or longer.
-// Inline: the order path fills half a dozen short fields per request.
-inline void CopyField(char* dst, std::size_t width, const char* src) {
-  std::size_t n = 0;
-  if (src != nullptr) {
-    while (n < width && src[n] != '\0') ++n;
-    std::memcpy(dst, src, n);
-  }
-  std::memset(dst + n, 0, width - n);
-}
-template <std::size_t N>
-void CopyField(char (&dst)[N], const char* src) {
-  CopyField(dst, N, src);
-}
-// The text of a fixed-width field that may fill its width without a terminating NUL.
-template <std::size_t N>
-std::string FieldText(const char (&field)[N]) {
-  std::size_t n = 0;
-  while (n < N && field[n] != '\0') ++n;
-  return std::string(field, n);
-}
 
 }  // namespace molra

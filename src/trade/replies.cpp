@@ -1,12 +1,12 @@
 // Replies to asynchronous requests: one frame for every business, driven by a table of what
 // each business reports. A reply becomes one JSON text for the function callback (type 14).
-#include "push/replies.h"
+#include "trade/replies.h"
 
 #include <charconv>
 
-#include "api/guard.h"
-#include "api/kit_state.h"
-#include "api/last_error.h"
+#include "core/guard.h"
+#include "core/context.h"
+#include "core/errors.h"
 #include "comm/conn_pool.h"
 #include "comm/kel_api.h"
 #include "log/log.h"
