@@ -5,7 +5,7 @@
 #include <cstring>
 
 #include "bench_env.h"
-#include "log/log.h"
+#include "core/log.h"
 #include "bench_paths.h"
 #include "comm/kel_api.h"
 #include "trade/order_blocks.h"

@@ -118,7 +118,7 @@ void FillCommon(PushCommon& c) {
   c.DJZJ = 950.0;
   c.JYLB = 1;
   c.SBJG = 2;
-  Put(c.JGSM, "委托已申报");
+  Put(c.JGSM, "\xCE\xAF\xCD\xD0\xD2\xD1\xC9\xEA\xB1\xA8");  // 委托已申报, GBK
   Put(c.WTGY, "GY01");
 }
 

@@ -63,7 +63,7 @@ TEST_F(TradeTest, ThreadsFailingAtOnceEachReadTheirOwnError) {
     std::int64_t code;
     std::string message;
   };
-  const Failure kFailures[] = {{"1001", -202, "发起会话失败"}, {"7777", 0, "客户未连接登录，无法获取连接"}};
+  const Failure kFailures[] = {{"1001", -202, Gbk("发起会话失败")}, {"7777", 0, Gbk("客户未连接登录，无法获取连接")}};
   constexpr int kRounds = 1000;
   std::atomic<int> foreign{0};
   Rendezvous rendezvous;
@@ -87,7 +87,7 @@ TEST_F(TradeTest, ThreadsFailingAtOnceEachReadTheirOwnError) {
   // The process-wide record holds whichever failure came last.
   std::string msg;
   const std::int64_t code = LastError(&msg);
-  EXPECT_TRUE((code == -202 && msg == "发起会话失败") || (code == 0 && msg == kFailures[1].message))
+  EXPECT_TRUE((code == -202 && msg == Gbk("发起会话失败")) || (code == 0 && msg == kFailures[1].message))
       << code << " " << msg;
 }
 

@@ -12,7 +12,7 @@
 #include "comm/conn_pool.h"
 #include "conn_fake_kel.h"
 #include "conn_host_events.h"
-#include "log/log.h"
+#include "core/log.h"
 #include "support/test_support.h"
 
 using namespace molra::test;
@@ -60,10 +60,10 @@ TEST_F(ConnEventsTest, TwoBreaksAndTwoRecoveriesGiveOneBreakAndOneRecoveryToTheH
   EXPECT_EQ(set->broken_count.load(), 0);
   EXPECT_EQ(Events(), (std::vector<Event>{{"1001", "Primary", 7, 0}, {"1001", "Primary", 0, 0}}));
   std::string log = Log();
-  EXPECT_NE(log.find("[info] K 交易服务连接中断"), std::string::npos);
-  EXPECT_NE(log.find("[info] K 查询服务连接中断"), std::string::npos);
-  EXPECT_NE(log.find("[info] 查询服务重新连接成功[KEY:K KHH:1001]"), std::string::npos);
-  EXPECT_NE(log.find("[info] 交易服务重新连接成功[KEY:K KHH:1001]"), std::string::npos);
+  EXPECT_NE(log.find(Gbk("[info] K 交易服务连接中断")), std::string::npos);
+  EXPECT_NE(log.find(Gbk("[info] K 查询服务连接中断")), std::string::npos);
+  EXPECT_NE(log.find(Gbk("[info] 查询服务重新连接成功[KEY:K KHH:1001]")), std::string::npos);
+  EXPECT_NE(log.find(Gbk("[info] 交易服务重新连接成功[KEY:K KHH:1001]")), std::string::npos);
   molra::Kit().conn_event_callback.store(nullptr);  // no callback set is fine
   fake::Raise(set->trade_handle, 2);
   fake::Raise(set->trade_handle, 0);
@@ -115,8 +115,8 @@ TEST_F(ConnEventsTest, RecoveryRebindsTheCustomerExceptOnTheManagementConnection
   EXPECT_EQ(fake::Calls("Kel_SetCustomerForBindThread"),
             "Kel_SetCustomerForBindThread(t,1001)\nKel_SetCustomerForBindThread(q,1001)\n"
             "Kel_SetCustomerForBindThread(s,1001)\n");
-  EXPECT_NE(Log().find("[info] 连接重新绑定客户号成功[KEY:K KHH:1001]"), std::string::npos);
-  EXPECT_NE(Log().find("[warning] 重新连接到服务时绑定客户号失败[KEY:K KHH:1001]"), std::string::npos);
+  EXPECT_NE(Log().find(Gbk("[info] 连接重新绑定客户号成功[KEY:K KHH:1001]")), std::string::npos);
+  EXPECT_NE(Log().find(Gbk("[warning] 重新连接到服务时绑定客户号失败[KEY:K KHH:1001]")), std::string::npos);
 }
 
 TEST_F(ConnEventsTest, NoRebindInTradersModeOrWithDefaultedTradeAddress) {
@@ -145,7 +145,7 @@ TEST_F(ConnEventsTest, SubscribeRecoveryCancelsPrimarySubscriptionsOnlyWhenAsked
             "Kel_AllocateSession(s)\nKel_Unsubscribe(1001,11)\nKel_Unsubscribe(1001,13)\n"
             "Kel_ReleaseSession(1001)\n");
   EXPECT_EQ(fake::OpenSessions(), 0);
-  EXPECT_NE(Log().find("[info] KelComm::KelConn::on_conn_event subscribe crash: 订阅句柄置0"),
+  EXPECT_NE(Log().find(Gbk("[info] KelComm::KelConn::on_conn_event subscribe crash: 订阅句柄置0")),
             std::string::npos);
   // The cancelled handles are cleared: the next login subscribes again.
   EXPECT_EQ(set->slots[0][KelConn::kConfirmSlot], 0);
@@ -160,8 +160,8 @@ TEST_F(ConnEventsTest, SubscribeRecoveryWithoutCancelStillLogsTheCrash) {
   EXPECT_EQ(fake::Calls("Kel_Unsubscribe"), "");
   EXPECT_EQ(fake::Calls("Kel_AllocateSession"), "");
   EXPECT_EQ(set->slots[0][KelConn::kConfirmSlot], 11);
-  EXPECT_NE(Log().find("subscribe crash: 订阅句柄置0"), std::string::npos);
-  EXPECT_NE(Log().find("订阅服务重新连接成功[KEY:K KHH:1001]"), std::string::npos);
+  EXPECT_NE(Log().find(Gbk("subscribe crash: 订阅句柄置0")), std::string::npos);
+  EXPECT_NE(Log().find(Gbk("订阅服务重新连接成功[KEY:K KHH:1001]")), std::string::npos);
 }
 
 TEST_F(ConnEventsTest, EventsOnTransportThreadsWhileRequestsRun) {

@@ -92,7 +92,7 @@ TEST_F(ConnPoolTest, InconsistentSystemTypesFailEveryConnectBeforeAnyTransportCa
   for (int i = 0; i < 2; ++i) {
     fake::ClearCalls();
     EXPECT_EQ(pool().GetConnection("1001", "K"), nullptr);
-    EXPECT_EQ(Staged(), "主备连接系统类型不一致");
+    EXPECT_EQ(Staged(), Gbk("主备连接系统类型不一致"));
     EXPECT_EQ(molra::GetStagedError().code, 0);
     EXPECT_EQ(fake::Calls("Kel_Connect"), "");
     EXPECT_EQ(fake::Calls("Kel_SetParamEx"), "");
@@ -155,7 +155,7 @@ TEST_F(ConnPoolTest, FoundSetIsSharedWithoutConnectingAgainWhateverTheKey) {
 
 TEST_F(ConnPoolTest, UnknownCustomerWithoutKeyIsNotConnected) {
   EXPECT_EQ(pool().GetConnection("1001", ""), nullptr);
-  EXPECT_EQ(Staged(), "客户未连接登录，无法获取连接");
+  EXPECT_EQ(Staged(), Gbk("客户未连接登录，无法获取连接"));
 }
 
 TEST_F(ConnPoolTest, UsabilityChecksManagementThenTradeAndSubscribeButNotQuery) {
@@ -165,15 +165,15 @@ TEST_F(ConnPoolTest, UsabilityChecksManagementThenTradeAndSubscribeButNotQuery) 
 
   fake::SetUp(set->subscribe_handle, false);
   EXPECT_EQ(pool().GetConnection("1001", ""), nullptr);
-  EXPECT_EQ(Staged(), "交易、订阅连接已失效");
+  EXPECT_EQ(Staged(), Gbk("交易、订阅连接已失效"));
   fake::SetUp(set->subscribe_handle, true);
   fake::SetUp(set->trade_handle, false);
   EXPECT_EQ(pool().GetConnection("1001", "K"), nullptr);
-  EXPECT_EQ(Staged(), "交易、订阅连接已失效");
+  EXPECT_EQ(Staged(), Gbk("交易、订阅连接已失效"));
 
   fake::SetUp(set->mgmt_handle, false);
   EXPECT_EQ(pool().GetConnection("1001", "K"), nullptr);
-  EXPECT_EQ(Staged(), "认证管理连接已失效");
+  EXPECT_EQ(Staged(), Gbk("认证管理连接已失效"));
   // Left in the map: when the transport brings it back it serves again.
   EXPECT_EQ(pool().FindConnection("1001"), set);
   fake::SetUp(set->mgmt_handle, true);
@@ -256,14 +256,14 @@ TEST_F(ConnPoolTest, SessionFailuresAreStaged) {
   auto set = Connect();
   fake::SetUp(set->trade_handle, false);
   EXPECT_FALSE(molra::AllocTradeSession(*set));
-  EXPECT_EQ(Staged(), "未连接，无法发起会话");
+  EXPECT_EQ(Staged(), Gbk("未连接，无法发起会话"));
   molra::StageError(0, "");
   KelComm::KelConn unconnected("", 0);
   EXPECT_FALSE(molra::AllocQuerySession(unconnected));
-  EXPECT_EQ(Staged(), "未连接，无法发起会话");
+  EXPECT_EQ(Staged(), Gbk("未连接，无法发起会话"));
   fake::S().fail_alloc = true;
   EXPECT_FALSE(molra::AllocManagementSession(*set));
-  EXPECT_EQ(Staged(), "发起会话失败");
+  EXPECT_EQ(Staged(), Gbk("发起会话失败"));
   EXPECT_EQ(molra::GetStagedError().code, 0);
 }
 

@@ -149,10 +149,10 @@ class Breaks : public TradeTest {
 // Failures a call may meet while connections come and go.
 const std::set<std::pair<std::int64_t, std::string>> kAllowed = {
     {1, ""},
-    {-202, "未连接，无法发起会话"},
-    {-204, "发送请求失败"},
-    {0, "认证管理连接已失效"},
-    {0, "交易、订阅连接已失效"},
+    {-202, Gbk("未连接，无法发起会话")},
+    {-204, Gbk("发送请求失败")},
+    {0, Gbk("认证管理连接已失效")},
+    {0, Gbk("交易、订阅连接已失效")},
 };
 
 TEST_F(Breaks, EveryOrderOfBreaksAndRecoveriesDuringTraffic) {
@@ -193,11 +193,11 @@ TEST_F(Breaks, BindingFailingOnRecoveryIsLoggedAndTradingGoesOn) {
   KELSIM(KelSim_WaitIdle)();
   // A set whose trade connection is down is refused before any session is asked for.
   EXPECT_EQ(SECMOLRA_TradableQty("1001", "SH", "600000", 1, 10.0, 0, kGdhSH), 0);
-  EXPECT_EQ(Message(), "交易、订阅连接已失效");
+  EXPECT_EQ(Message(), Gbk("交易、订阅连接已失效"));
   KELSIM(KelSim_FailBind)(1);
   KELSIM(KelSim_RestoreConnection)(conns_[1]);
   KELSIM(KelSim_WaitIdle)();
-  EXPECT_NE(LogText().find("重新连接到服务时绑定客户号失败[KEY:SIM KHH:1001]"), std::string::npos);
+  EXPECT_NE(LogText().find(Gbk("重新连接到服务时绑定客户号失败[KEY:SIM KHH:1001]")), std::string::npos);
   EXPECT_EQ(HostEvents(), (std::vector<int>{11, 0}));
   EXPECT_GT(SECMOLRA_TradableQty("1001", "SH", "600000", 1, 10.0, 0, kGdhSH), 0);
 }
@@ -207,10 +207,10 @@ TEST_F(Breaks, ManagementDownRefusesEveryCallUntilItRecovers) {
   KELSIM(KelSim_WaitIdle)();
   const std::int32_t open = KELSIM(KelSim_OpenSessions)();
   EXPECT_EQ(SECMOLRA_OrderEntrust("1001", "SH", "600000", 1, 100, 10.0, 0, kGdhSH), 0);
-  EXPECT_EQ(Message(), "认证管理连接已失效");
+  EXPECT_EQ(Message(), Gbk("认证管理连接已失效"));
   std::vector<FundRecord> funds;
   EXPECT_EQ(SECMOLRA_QueryFundInfo("1001", funds), 0);
-  EXPECT_EQ(Message(), "认证管理连接已失效");
+  EXPECT_EQ(Message(), Gbk("认证管理连接已失效"));
   EXPECT_EQ(KELSIM(KelSim_OpenSessions)(), open);
   KELSIM(KelSim_RestoreConnection)(conns_[0]);
   KELSIM(KelSim_WaitIdle)();

@@ -51,7 +51,7 @@ class Exceptions : public TradeTest {
   // The log holds the export's record and the exception's text.
   void ExpectCaught(const std::string& name, const std::string& record) {
     const std::string log = LogText();
-    EXPECT_NE(log.find(name + "：" + record), std::string::npos) << name;
+    EXPECT_NE(log.find(name + Gbk("：") + record), std::string::npos) << name;
     EXPECT_NE(log.find(name + " exception: " + kThrown), std::string::npos) << name;
   }
   std::int32_t OpenSessions() { return KELSIM(KelSim_OpenSessions)(); }
@@ -96,8 +96,8 @@ TEST_F(Exceptions, AnExportThatCatchesOneFailsWithInternalErrorAndReleasesItsSes
     EXPECT_EQ(result, c.failure) << c.name;
     std::string msg;
     EXPECT_EQ(LastError(&msg), -299) << c.name;
-    EXPECT_EQ(msg, "内部错误") << c.name;
-    ExpectCaught(c.name, "内部错误");
+    EXPECT_EQ(msg, Gbk("内部错误")) << c.name;
+    ExpectCaught(c.name, Gbk("内部错误"));
     EXPECT_EQ(OpenSessions(), 0) << c.name;
   }
 }
@@ -111,8 +111,8 @@ TEST_F(Exceptions, AReplyHandlerThatCatchesOneRecordsAnswerErrorDeliversNothingA
   EXPECT_TRUE(host.Functions().empty());
   std::string msg;
   EXPECT_EQ(LastError(&msg), -205);
-  EXPECT_EQ(msg, "内部错误");
-  ExpectCaught("Sc_Order_AsyncFuncProcess", "内部错误");
+  EXPECT_EQ(msg, Gbk("内部错误"));
+  ExpectCaught("Sc_Order_AsyncFuncProcess", Gbk("内部错误"));
   EXPECT_EQ(OpenSessions(), 0);
   // The kit still works.
   ASSERT_EQ(SECMOLRA_OrderEntrust_ASync("1001", "SH", "600000", 1, 100, 10.0, 0, kGdhSH, 10), 10);

@@ -19,7 +19,7 @@
 #include <vector>
 
 #include "comm/kel_api.h"
-#include "log/log.h"
+#include "core/log.h"
 #include "push/push_handlers.h"
 #include "trade/replies.h"
 #include "support/json_fields.h"
@@ -98,7 +98,7 @@ TEST_F(ExitFaults, PushesAndCallsAfterExit) {
   EXPECT_EQ(g_pushes.load(), 0) << "the subscriptions went with the connections";
   EXPECT_EQ(KELSIM(KelSim_SubscriptionCount)("1001"), 0);
   EXPECT_EQ(SECMOLRA_OrderEntrust("1001", "SH", "600000", 1, 100, 10.0, 0, kGdhSH), -203);
-  EXPECT_EQ(Message(), "客户未登录");
+  EXPECT_EQ(Message(), Gbk("客户未登录"));
   EXPECT_EQ(SendOrder(9), -203);
   EXPECT_EQ(KELSIM(KelSim_OpenSessions)(), 0);
   EXPECT_TRUE(SECMOLRA_Exit()) << "a second exit does nothing";
@@ -110,8 +110,8 @@ TEST_F(ExitFaults, PushesAndCallsAfterExit) {
 // another's message, so codes and messages are checked each against its own list.)
 const std::set<std::int64_t> kCodesAroundExit = {-203, -202, -204, 0};
 const std::set<std::string> kMessagesAroundExit = {
-    "客户未登录",           "客户未连接登录，无法获取连接", "未连接，无法发起会话", "发起会话失败",
-    "发送请求失败",         "认证管理连接已失效",           "交易、订阅连接已失效",
+    Gbk("客户未登录"),           Gbk("客户未连接登录，无法获取连接"), Gbk("未连接，无法发起会话"), Gbk("发起会话失败"),
+    Gbk("发送请求失败"),         Gbk("认证管理连接已失效"),           Gbk("交易、订阅连接已失效"),
 };
 
 TEST_F(ExitFaults, CallsOnOtherThreadsWhileOneExitsFailCleanly) {
@@ -208,7 +208,7 @@ struct LateTransportThread {
     }).join();
     if (spdlog::logger* l = molra::g_logger.load()) l->flush();
     const bool ok = SECMOLRA_GetLastError(nullptr) == -205 &&
-                    FileHolds(g_late_log, "Sc_Order_AsyncFuncProcess：应答数据包不正确1") &&
+                    FileHolds(g_late_log, Gbk("Sc_Order_AsyncFuncProcess：应答数据包不正确1").c_str()) &&
                     FileHolds(g_late_log, "ScStructMsgProc received unknow message. func:77 datalen:3");
     if (!ok) {
       std::fprintf(stderr, "a transport thread at process end found the kit's log or error record gone\n");

@@ -52,7 +52,7 @@ int FaultEach(const NamedCalls& calls, void (*arm)(std::int32_t), std::int64_t c
     const std::int32_t open = KELSIM(KelSim_OpenSessions)();
     arm(1);
     EXPECT_EQ(c.second(), code) << c.first;
-    EXPECT_EQ(LastErrorText(), message) << c.first;
+    EXPECT_EQ(LastErrorText(), Gbk(message)) << c.first;
     KELSIM(KelSim_WaitIdle)();
     EXPECT_EQ(KELSIM(KelSim_OpenSessions)(), open) << c.first;
   }
@@ -134,10 +134,10 @@ TEST_F(Faults, SynchronousAnswersOneByteShortAtEveryLengthCheck) {
     const std::int32_t open = OpenSessions();
     Answer(l.code, AnswerBlock(429, 1));
     EXPECT_EQ(c.sync(), -205) << c.name << " 429";
-    EXPECT_EQ(Message(), "应答数据包不正确1") << c.name;
+    EXPECT_EQ(Message(), Gbk("应答数据包不正确1")) << c.name;
     Answer(l.code, AnswerBlock(static_cast<std::size_t>(l.full - 1), 1));
     EXPECT_EQ(c.sync(), -205) << c.name << " " << l.full - 1;
-    EXPECT_EQ(Message(), l.short_msg) << c.name;
+    EXPECT_EQ(Message(), Gbk(l.short_msg)) << c.name;
     ByteBlock full = AnswerBlock(static_cast<std::size_t>(l.full), 1);
     if (l.full >= 451 && l.fam != Fam::kBatchEntrust) full.Num<std::int64_t>(443, 4242);
     if (l.full >= 438 && l.full < 451) full.Num<double>(430, 42.0);
@@ -163,10 +163,10 @@ TEST_F(Faults, BackEndAnswersCutOneByteShort) {
     ASSERT_GE(c.sync(), 0) << c.name << " is accepted uncut: " << Message();
     KELSIM(KelSim_SetAnswerLength)(l->code, l->full - 1);
     EXPECT_EQ(c.sync(), -205) << c.name;
-    EXPECT_EQ(Message(), l->short_msg) << c.name;
+    EXPECT_EQ(Message(), Gbk(l->short_msg)) << c.name;
     KELSIM(KelSim_SetAnswerLength)(l->code, 429);
     EXPECT_EQ(c.sync(), -205) << c.name;
-    EXPECT_EQ(Message(), "应答数据包不正确1") << c.name;
+    EXPECT_EQ(Message(), Gbk("应答数据包不正确1")) << c.name;
   }
 }
 
@@ -185,8 +185,8 @@ TEST_F(Faults, AsynchronousRepliesOneByteShort) {
       ASSERT_GT(c.async(), 0) << c.name << " " << Message();
       KELSIM(KelSim_WaitIdle)();
       EXPECT_EQ(LastError(), -205) << r.handler << " " << len;
-      EXPECT_EQ(Message(), len == 429 ? "应答数据包不正确1" : "应答数据包不正确") << r.handler;
-      EXPECT_NE(LogText().find(std::string(r.handler) + "：" + Message()), std::string::npos) << r.handler;
+      EXPECT_EQ(Message(), len == 429 ? Gbk("应答数据包不正确1") : Gbk("应答数据包不正确")) << r.handler;
+      EXPECT_NE(LogText().find(std::string(r.handler) + Gbk("：") + Message()), std::string::npos) << r.handler;
       EXPECT_EQ(host.Functions().size(), delivered) << r.handler << ": a refused reply is not delivered";
     }
     Answer(r.code, AnswerBlock(static_cast<std::size_t>(r.reply_len), 1));

@@ -8,6 +8,7 @@
 
 #include "core/context.h"
 #include "core/errors.h"
+#include "core/messages.h"
 #include "secmolra.h"
 #include "support/test_support.h"
 
@@ -20,6 +21,21 @@ static_assert(offsetof(CusLoginInfo, Token) == 333, "token at 333");
 static_assert(offsetof(CusLoginInfo, ErrorCode) == 341, "account error code at 341");
 static_assert(offsetof(CusLoginInfo, ErrorMsg) == 349, "account error message at 349");
 static_assert(offsetof(BatchOrderRow, Wth) == 45 && offsetof(BatchOrderRow, Msg) == 53, "batch row");
+
+// Every text of the kit's table: the bytes it compiles are the GBK of the text it shows.
+TEST(Messages, EveryRowsBytesAreTheGbkOfItsText) {
+  struct Row {
+    const char* name;
+    const char* text;
+    const char* gbk;
+  };
+  const Row rows[] = {
+#define MOLRA_ROW(name, text, gbk) {#name, text, gbk},
+      MOLRA_MESSAGES(MOLRA_ROW)
+#undef MOLRA_ROW
+  };
+  for (const Row& r : rows) EXPECT_EQ(Gbk(r.text), r.gbk) << r.name;
+}
 
 TEST(LastError, IsZeroAndEmptyBeforeAnyErrorReadingDoesNotClearAndNullMessageIsEmpty) {
   char buf[64];

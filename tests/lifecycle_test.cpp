@@ -6,7 +6,7 @@
 
 #include "comm/conn_pool.h"
 #include "comm/kel_api.h"
-#include "log/log.h"
+#include "core/log.h"
 #include "secmolra.h"
 #include "support/test_support.h"
 
@@ -33,7 +33,7 @@ TEST(Lifecycle, InitWithoutTransportFailsWithStagedRecordAndLogsTheBinderError) 
   EXPECT_EQ(LastError(&msg), 0);
   EXPECT_EQ(msg, "");
   FlushLog();
-  EXPECT_NE(TodayLog(logdir).find("加载kelapi.dll失败，错误码："), std::string::npos);
+  EXPECT_NE(TodayLog(logdir).find(Gbk("加载kelapi.dll失败，错误码：")), std::string::npos);
   // Not initialised: a retry goes through start-up again and fails again.
   EXPECT_FALSE(SECMOLRA_Init());
 }
@@ -49,7 +49,7 @@ TEST(Lifecycle, TransportLackingItsLastEntryIsRefusedWithEveryOtherEntryBound) {
     EXPECT_NE(slots[i], nullptr) << kel::kEntryPointNames[i];
   }
   FlushLog();
-  EXPECT_NE(TodayLog(logdir).find("加载接口Kel_AnsIsMulti失败，错误码："), std::string::npos);
+  EXPECT_NE(TodayLog(logdir).find(Gbk("加载接口Kel_AnsIsMulti失败，错误码：")), std::string::npos);
 }
 
 TEST(Lifecycle, BindsAll123EntryPointsInTableOrder) {

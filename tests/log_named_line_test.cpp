@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "log/named_line.h"
+#include "trade/named_line.h"
 
 namespace {
 

@@ -117,7 +117,7 @@ TEST_F(LoginTest, SystemDateWithNobodyLoggedInIs202AndTriesAgain) {
   SECMOLRA_SetLastError(0, "", nullptr, nullptr);
   EXPECT_EQ(SECMOLRA_GetSystemDate(), 0);
   EXPECT_EQ(LastError(), -202);
-  EXPECT_EQ(Count(Log(), "[error] GetCurTime："), 2u);
+  EXPECT_EQ(Count(Log(), Gbk("[error] GetCurTime：")), 2u);
   EXPECT_EQ(Sim::Get().CallLog(), "");
 }
 
@@ -186,15 +186,15 @@ TEST_F(LoginTest, ServerTimeFailuresAreRecordedUnderGetCurTime) {
   LOGIN_SIM_FN(KelSim_FailRun)(1);
   EXPECT_FALSE(molra::GetCurTime());
   EXPECT_EQ(LastError(), -204);
-  EXPECT_EQ(LastErrorText(), "发送请求失败");
+  EXPECT_EQ(LastErrorText(), Gbk("发送请求失败"));
   LOGIN_SIM_FN(KelSim_FailAllocSession)(1);
   EXPECT_FALSE(molra::GetCurTime());
   EXPECT_EQ(LastError(), -202);
-  EXPECT_EQ(LastErrorText(), "发起会话失败");
+  EXPECT_EQ(LastErrorText(), Gbk("发起会话失败"));
   // A refused query changes nothing.
   LOGIN_SIM_FN(KelSim_SetKvAnswer)("A00001", -3, "busy", "578=1|1219=01:00:00");
   EXPECT_FALSE(molra::GetCurTime());
   EXPECT_EQ(molra::TimeOffsetMs(), offset);
-  EXPECT_NE(Log().find("GetCurTime：发送请求失败"), std::string::npos);
+  EXPECT_NE(Log().find(Gbk("GetCurTime：发送请求失败")), std::string::npos);
   EXPECT_EQ(LOGIN_SIM_FN(KelSim_OpenSessions)(), 0);
 }

@@ -169,7 +169,7 @@ TEST_F(LoginTest, RefusedLoginReturnsTheBackEndsCodeAndKeepsTheNodeWriteBack) {
   EXPECT_EQ(SECMOLRA_TradeLogin("T", "1001", "wrong"), -108);
   EXPECT_EQ(LastError(), -108);
   EXPECT_EQ(LastErrorText(), "wrong trade password");
-  EXPECT_TRUE(Contains(Log(), "AccountInfo::Login：wrong trade password"));
+  EXPECT_TRUE(Contains(Log(), Gbk("AccountInfo::Login：wrong trade password")));
   EXPECT_EQ(molra::Registry().Find(4, "1001"), nullptr);
   EXPECT_EQ(molra::Registry().DefaultKhh(0), "");
   EXPECT_EQ(molra::NodeTable().Get("1001"), 1);
@@ -179,7 +179,7 @@ TEST_F(LoginTest, RefusedLoginReturnsTheBackEndsCodeAndKeepsTheNodeWriteBack) {
 TEST_F(LoginTest, TwoTypeFourNodesWithoutAChoiceAre226) {
   StartDefault();
   EXPECT_EQ(SECMOLRA_TradeLogin("T", "1002", "222222"), -226);
-  EXPECT_EQ(LastErrorText(), "客户存在多个节点，未指定交易节点");
+  EXPECT_EQ(LastErrorText(), Gbk("客户存在多个节点，未指定交易节点"));
   EXPECT_EQ(LastRequest("610301"), "<none>");
   EXPECT_EQ(molra::Registry().Find(4, "1002"), nullptr);
 }
@@ -195,7 +195,7 @@ TEST_F(LoginTest, TypeFiveNodeIsIgnoredAndTheTypeFourNodeIsUsed) {
 TEST_F(LoginTest, NoTypeFourNodeIs227) {
   StartDefault();
   EXPECT_EQ(SECMOLRA_TradeLogin("T", "1004", "444444"), -227);
-  EXPECT_EQ(LastErrorText(), "客户未开通WOQ交易");
+  EXPECT_EQ(LastErrorText(), Gbk("客户未开通WOQ交易"));
 }
 
 TEST_F(LoginTest, SetCusNodeIdIsResetByLoginWhileLoginExWithANodeSkipsTheNodeList) {
@@ -237,9 +237,9 @@ TEST_F(LoginTest, FailedRunOfTheLoginIs204AndReleasesTheSession) {
   CusLoginInfo info = Record("1001", "111111", 1);
   LOGIN_SIM_FN(KelSim_FailRun)(1);
   EXPECT_EQ(SECMOLRA_TradeLoginEx("T", &info), -204);
-  EXPECT_EQ(LastErrorText(), "发送请求失败");
+  EXPECT_EQ(LastErrorText(), Gbk("发送请求失败"));
   EXPECT_EQ(V(info.ErrorCode), -204);
-  EXPECT_TRUE(Contains(Log(), "AccountInfo::Login：发送请求失败"));
+  EXPECT_TRUE(Contains(Log(), Gbk("AccountInfo::Login：发送请求失败")));
   EXPECT_EQ(LOGIN_SIM_FN(KelSim_OpenSessions)(), 0);
 }
 
@@ -247,7 +247,7 @@ TEST_F(LoginTest, FailedRunOfTheNodeListIs204UnderItsOwnName) {
   StartDefault();
   LOGIN_SIM_FN(KelSim_FailRun)(1);
   EXPECT_EQ(SECMOLRA_TradeLogin("T", "1001", "111111"), -204);
-  EXPECT_TRUE(Contains(Log(), "AccountInfo::AcctManage::GetAccountJDBH：发送请求失败"));
+  EXPECT_TRUE(Contains(Log(), Gbk("AccountInfo::AcctManage::GetAccountJDBH：发送请求失败")));
   EXPECT_EQ(LOGIN_SIM_FN(KelSim_OpenSessions)(), 0);
 }
 
@@ -256,10 +256,10 @@ TEST_F(LoginTest, NoSessionIs202WithTheStagedMessage) {
   CusLoginInfo info = Record("1001", "111111", 1);
   LOGIN_SIM_FN(KelSim_FailAllocSession)(1);
   EXPECT_EQ(SECMOLRA_TradeLoginEx("T", &info), -202);
-  EXPECT_EQ(LastErrorText(), "发起会话失败");
+  EXPECT_EQ(LastErrorText(), Gbk("发起会话失败"));
   LOGIN_SIM_FN(KelSim_FailAllocSession)(1);
   EXPECT_EQ(SECMOLRA_TradeLogin("T", "1001", "111111"), -202);
-  EXPECT_TRUE(Contains(Log(), "AccountInfo::AcctManage::GetAccountJDBH：发起会话失败"));
+  EXPECT_TRUE(Contains(Log(), Gbk("AccountInfo::AcctManage::GetAccountJDBH：发起会话失败")));
 }
 
 TEST_F(LoginTest, LoginWithoutAnAddressRecordIs224) {
@@ -268,8 +268,8 @@ TEST_F(LoginTest, LoginWithoutAnAddressRecordIs224) {
   CusLoginInfo info = Record("1001", "111111", 1);
   std::string msg;
   EXPECT_EQ(molra::AccountInfo::Login(keyless, info, &msg), -224);
-  EXPECT_EQ(msg, "无法获取到连接信息");
-  EXPECT_EQ(LastErrorText(), "无法获取到连接信息");
+  EXPECT_EQ(msg, Gbk("无法获取到连接信息"));
+  EXPECT_EQ(LastErrorText(), Gbk("无法获取到连接信息"));
 }
 
 TEST_F(LoginTest, AuthenticationFormNeedsTheCustomersSetInThePool) {
@@ -280,7 +280,7 @@ TEST_F(LoginTest, AuthenticationFormNeedsTheCustomersSetInThePool) {
   CusLoginInfo info = Record("1001", "111111", 1);
   std::string msg;
   EXPECT_EQ(molra::AccountInfo::Login(loose, info, &msg), -224);
-  EXPECT_EQ(msg, "获取不到连接配置信息");
+  EXPECT_EQ(msg, Gbk("获取不到连接配置信息"));
   loose->Close();
 }
 
@@ -291,7 +291,7 @@ TEST_F(LoginTest, NodeListOfAnotherSystemTypeIsInvalid) {
   conn->system_type = 6;
   std::vector<CusNodeInfo> list;
   EXPECT_EQ(molra::AccountInfo::AcctManage::GetAccountJDBH("1001", *conn, list, 0), -223);
-  EXPECT_EQ(LastErrorText(), "无效系统类型6");
+  EXPECT_EQ(LastErrorText(), Gbk("无效系统类型6"));
   EXPECT_EQ(LOGIN_SIM_FN(KelSim_OpenSessions)(), 0);
   conn->Close();
 }

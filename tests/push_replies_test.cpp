@@ -25,8 +25,8 @@ namespace {
 using Handler = bool (*)(kel::int64);
 
 const std::string kGbkOk = "\xce\xaf\xcd\xd0\xb3\xc9\xb9\xa6";  // "委托成功"
-const std::string kShort1 = "应答数据包不正确1";
-const std::string kShort = "应答数据包不正确";
+const std::string kShort1 = Gbk("应答数据包不正确1");
+const std::string kShort = Gbk("应答数据包不正确");
 
 ByteBlock Request(std::size_t len = 137) {
   ByteBlock r(len);
@@ -109,7 +109,7 @@ TEST(ReplyOrder, AnswerOrRequestMissingOrShortOfTheHeadIsRefusedWithVariant1) {
     SCOPED_TRACE(what);
     ScratchLog log;
     ExpectRefused(Handle(molra::Sc_Order_AsyncFuncProcess, s), kShort1);
-    EXPECT_NE(log.Text().find("Sc_Order_AsyncFuncProcess：" + kShort1), std::string::npos);
+    EXPECT_NE(log.Text().find(Gbk("Sc_Order_AsyncFuncProcess：") + kShort1), std::string::npos);
   }
 }
 
@@ -202,7 +202,7 @@ TEST(ReplySingles, OneByteShortOfTheMinimumIsRefusedUnderTheHandlersName) {
     SCOPED_TRACE(c.name);
     ScratchLog log;
     ExpectRefused(Handle(c.fn, Structured(SingleAnswer(c, c.min_len - 1))), kShort);
-    EXPECT_NE(log.Text().find(std::string(c.name) + "：" + kShort + "\r\n"), std::string::npos);
+    EXPECT_NE(log.Text().find(std::string(c.name) + Gbk("：") + kShort + "\r\n"), std::string::npos);
   }
 }
 
@@ -254,7 +254,7 @@ TEST(ReplyUnstructured, WithoutTheRequestNothingIsDelivered) {
   s.code = -1;
   ScratchLog log;
   ExpectRefused(Handle(molra::Sc_LOF_AsyncFuncProcess, s), kShort1);
-  EXPECT_NE(log.Text().find("Sc_LOF_AsyncFuncProcess：" + kShort1), std::string::npos);
+  EXPECT_NE(log.Text().find(Gbk("Sc_LOF_AsyncFuncProcess：") + kShort1), std::string::npos);
 }
 
 TEST(ReplyUnstructured, TheStructuredAnswerIsNotAskedFor) {
@@ -359,7 +359,7 @@ TEST(ReplyBatch, RefusalHasNoCountFundsOrOrders) {
 TEST(ReplyBatch, AcceptedAnswerShorterThanTheFullBlockIsRefused) {
   ScratchLog log;
   ExpectRefused(Handle(molra::Sc_BatchOrder_AsyncFuncProcess, Batch(7662, 1)), kShort);
-  EXPECT_NE(log.Text().find("Sc_BatchOrder_AsyncFuncProcess：" + kShort + "\r\n"),
+  EXPECT_NE(log.Text().find(Gbk("Sc_BatchOrder_AsyncFuncProcess：") + kShort + "\r\n"),
             std::string::npos);
   ExpectRefused(Handle(molra::Sc_BatchOrder_AsyncFuncProcess, Batch(429, -5)), kShort1);
 }

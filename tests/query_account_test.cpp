@@ -121,7 +121,7 @@ TEST_F(Account, FundTransferSendsSettingsThenFieldsInOrder) {
 
 TEST_F(Account, RefusedTransferCarriesTheAnswersCodeAndText) {
   LogIn("1001", "111111");
-  LOGIN_SIM_FN(KelSim_SetKvAnswer)("610404", -103, "可用资金不足", "507=0");
+  LOGIN_SIM_FN(KelSim_SetKvAnswer)("610404", -103, Gbk("可用资金不足").c_str(), "507=0");
   ExpectError(SECMOLRA_FundTransOut("1001", "111111", 1e12, "", "", "", ""), -103,
               "可用资金不足", "AccountInfo::FunMDBFundsTransfer");
   EXPECT_NE(Log().find("AccountInfo::FunMDBFundsTransfer failed."), std::string::npos);

@@ -107,7 +107,7 @@ TEST_F(QueryArgs, ExFormCopiesTheWorkerErrorIntoTheCallersRecord) {
   std::strcpy(info.KHH, "9999");
   std::vector<FundRecord> list;
   EXPECT_EQ(SECMOLRA_QueryFundInfoEx(&info, list), 0);
-  EXPECT_STREQ(info.ErrorMsg, "客户未连接登录，无法获取连接");
+  EXPECT_STREQ(info.ErrorMsg, Gbk("客户未连接登录，无法获取连接").c_str());
   info.ErrorCode = -5;
   std::strcpy(info.KHH, "");
   EXPECT_EQ(SECMOLRA_QueryFundInfoEx(&info, list), -221);

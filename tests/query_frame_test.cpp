@@ -322,13 +322,13 @@ TEST_F(QueryFrame, TransportAndAnswerFailuresReleaseTheSession) {
   LOGIN_SIM_FN(KelSim_FailRun)(1);
   ExpectError(SECMOLRA_QueryFundInfo("1001", list), -204, "发送请求失败", "QueryZjxx");
   EXPECT_EQ(OpenSessions(), 0);
-  Script("DQ0003", -103, "资金不足", "605=1001|709=1");
+  Script("DQ0003", -103, Gbk("资金不足").c_str(), "605=1001|709=1");
   ExpectError(SECMOLRA_QueryFundInfo("1001", list), -103, "资金不足", "QueryZjxx");
   EXPECT_TRUE(list.empty());
   EXPECT_EQ(OpenSessions(), 0);
   LOGIN_SIM_FN(KelSim_FailAllocSession)(1);
   EXPECT_EQ(SECMOLRA_QueryFundInfo("1001", list), -202);
-  EXPECT_EQ(Err(), "发起会话失败");
+  EXPECT_EQ(Err(), Gbk("发起会话失败"));
   EXPECT_EQ(OpenSessions(), 0);
 }
 
@@ -380,10 +380,10 @@ TEST_F(QueryFrame, CursorLeftOpenAtExitIsDroppedWithoutCallingTheTransport) {
 
 TEST_F(QueryFrame, CursorOnARefusedAnswerIsNoCursor) {
   LogIn();
-  Script("ZD0002", -5, "无此表", "");
+  Script("ZD0002", -5, Gbk("无此表").c_str(), "");
   ExpectError(SECMOLRA_BeginQuery("1001", "ZD0002", nullptr), -5, "无此表", "SECMOLRA_BeginQuery");
   EXPECT_EQ(OpenSessions(), 0);
   // A customer with no connection set: the staged code 0, never a cursor id.
   EXPECT_EQ(SECMOLRA_BeginQuery("4444", "ZD0002", nullptr), 0);
-  EXPECT_EQ(Err(), "客户未连接登录，无法获取连接");
+  EXPECT_EQ(Err(), Gbk("客户未连接登录，无法获取连接"));
 }

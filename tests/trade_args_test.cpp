@@ -20,11 +20,11 @@ constexpr const char* kEmpty4 = "客户号、交易所、证券代码、股东�
 constexpr const char* kEmpty2 = "客户号、交易所不能为空";
 constexpr const char* kRange = "非法，范围0~9999999999999999";
 
-// The call's result and the message it recorded.
-#define EXPECT_REFUSED(call, code, message)      \
-  do {                                           \
-    EXPECT_EQ(call, code);                       \
-    EXPECT_EQ(LastErrorText(), message) << #call; \
+// The call's result and the message it recorded (written as it reads, compared as GBK).
+#define EXPECT_REFUSED(call, code, message)            \
+  do {                                                 \
+    EXPECT_EQ(call, code);                             \
+    EXPECT_EQ(LastErrorText(), Gbk(message)) << #call; \
   } while (0)
 
 CusLoginInfo Record(const char* khh, const char* gdh) {
@@ -57,7 +57,7 @@ TEST(RequestNumber, GeneratedNumbersCarryTheCounterInTheirLastTenDigits) {
 TEST(RequestNumber, AsyncRangeEdges) {
   // 9999999999999999 passes the check (and fails later: nobody is logged in).
   SECMOLRA_OrderEntrust_ASync("1001", "SH", "600000", 1, 100, 10.0, 0, "A1", 9999999999999999LL);
-  EXPECT_NE(LastErrorText().find("客户未登录"), std::string::npos) << LastErrorText();
+  EXPECT_NE(LastErrorText().find(Gbk("客户未登录")), std::string::npos) << LastErrorText();
 
   EXPECT_REFUSED(
       SECMOLRA_OrderEntrust_ASync("1001", "SH", "600000", 1, 100, 10.0, 0, "A1", 10000000000000000LL),
@@ -121,7 +121,7 @@ TEST(EntrustArgs, CategoryRefusalsComeBeforeTheCustomerWithTheirOwnMessages) {
     EXPECT_EQ(c.result, -222) << c.message;
   }
   // Each refusal was recorded as it happened; the last one is the process record.
-  EXPECT_EQ(LastErrorText(), "仅支持[JYLB_ZZZG,JYLB_ZZHS,JYLB_YSYY]");
+  EXPECT_EQ(LastErrorText(), Gbk("仅支持[JYLB_ZZZG,JYLB_ZZHS,JYLB_YSYY]"));
 }
 
 TEST(EntrustArgs, AdmittedCategoriesReachTheCustomerLookup) {
@@ -153,8 +153,8 @@ TEST(WithdrawArgs, AsyncByRequestNumberZeroPassesTheExportAndIsRefusedByTheReque
   ScratchLog log;
   EXPECT_REFUSED(SECMOLRA_OrderWithdrawByKFSBDBH_ASync("1001", "SH", 0, 0), -221, "非法参数");
   const std::string text = log.Text();
-  EXPECT_NE(text.find("OrderWithdraw：非法参数"), std::string::npos) << text;
-  EXPECT_EQ(text.find("SECMOLRA_OrderWithdrawByKFSBDBH_ASync：非法参数"), std::string::npos) << text;
+  EXPECT_NE(text.find(Gbk("OrderWithdraw：非法参数")), std::string::npos) << text;
+  EXPECT_EQ(text.find(Gbk("SECMOLRA_OrderWithdrawByKFSBDBH_ASync：非法参数")), std::string::npos) << text;
 }
 
 TEST(WithdrawArgs, RangeMessagesDifferByFamily) {

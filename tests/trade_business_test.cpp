@@ -10,7 +10,7 @@ using Business = TradeTest;
 
 TEST_F(Business, EtfCategoryOneTouchesNoTransport) {
   EXPECT_EQ(SECMOLRA_ETFEntrust("1001", "SH", "510050", 1, 1, kGdhSH, nullptr), -222);
-  EXPECT_EQ(Message(), "仅支持[JYLB_ETFG,JYLB_ETFSH]");
+  EXPECT_EQ(Message(), Gbk("仅支持[JYLB_ETFG,JYLB_ETFSH]"));
   EXPECT_EQ(Sim::Get().CallLog(), "");
 }
 

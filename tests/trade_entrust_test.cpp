@@ -93,9 +93,9 @@ TEST_F(Entrust, TransportCallsInOrderAndSessionReleased) {
 }
 
 TEST_F(Entrust, RefusalCodeIsReturnedWithTheAnswersMessage) {
-  Answer("19001", AnswerBlock(450, -150, "可用资金不足"));
+  Answer("19001", AnswerBlock(450, -150, Gbk("可用资金不足")));
   EXPECT_EQ(Buy(), -150);
-  EXPECT_EQ(Message(), "可用资金不足");
+  EXPECT_EQ(Message(), Gbk("可用资金不足"));
   // Code 0 is a failure as well, returned as it stands.
   Answer("19001", AnswerBlock(472, 0, "zero"));
   EXPECT_EQ(Buy(), 0);
@@ -119,7 +119,7 @@ TEST_F(Entrust, CustomerNotLoggedInIsRecordedInTheAccountToo) {
   EXPECT_EQ(LastError(&msg), r);
   EXPECT_EQ(V(rec.ErrorCode), r);
   EXPECT_EQ(std::string(rec.ErrorMsg), msg);
-  EXPECT_NE(LogText().find("OrderEntrust：" + msg), std::string::npos);
+  EXPECT_NE(LogText().find(Gbk("OrderEntrust：") + msg), std::string::npos);
 }
 
 TEST_F(Entrust, AsyncWritesTheCallersNumberAndHandsTheSessionOver) {

@@ -15,9 +15,9 @@ TEST_F(Tradable, QuantityIsTruncatedTowardZero) {
 
 // Answers short of each family's length: fault_session_test.
 TEST_F(Tradable, RefusalReturnsTheCodeWithTheAnswersMessage) {
-  Answer("19011", AnswerBlock(438, -4, "停牌"));
+  Answer("19011", AnswerBlock(438, -4, Gbk("停牌")));
   EXPECT_EQ(SECMOLRA_TradableQty("1001", "SH", "600000", 1, 10.0, 0, kGdhSH), -4);
-  EXPECT_EQ(Message(), "停牌");
+  EXPECT_EQ(Message(), Gbk("停牌"));
 }
 
 TEST_F(Tradable, OrdinaryBlockCarriesTwelveCharacterCode) {

@@ -6,13 +6,13 @@
 
 #include <fmt/format.h>
 
-#include "account/login_texts.h"
 #include "account/registry.h"
 #include "core/context.h"
 #include "core/errors.h"
 #include "comm/conn_pool.h"
 #include "comm/kel_api.h"
-#include "log/log.h"
+#include "core/messages.h"
+#include "core/log.h"
 #include "push/subscribe.h"
 #include "util/field_ids.h"
 #include "account/server_time.h"
@@ -21,7 +21,6 @@ namespace molra {
 
 namespace {
 
-namespace text = login_text;
 
 constexpr const char* kLoginFunc = "AccountInfo::Login";
 constexpr const char* kJdbhFunc = "AccountInfo::AcctManage::GetAccountJDBH";
@@ -101,9 +100,9 @@ std::int64_t LoginRun::Run() {
   node_id_ = info_.NodeID;
   if (node_.empty()) node_ = Kit().Node();
   if (wtfs_.empty()) wtfs_ = Kit().Wtfs();
-  if (khh_.empty() || password_.empty()) return Fail(-221, text::kKhhOrPasswordEmpty);
+  if (khh_.empty() || password_.empty()) return Fail(-221, msg::kKhhOrPasswordEmpty);
   profile_ = conn_ ? conn_->ActiveProfile() : nullptr;
-  if (profile_ == nullptr) return Fail(-224, text::kNoConnInfo);
+  if (profile_ == nullptr) return Fail(-224, msg::kNoConnInfo);
 
   if (std::int64_t r = ResolveNode(); r < 0) return r;
   info_.NodeID = node_id_;
@@ -113,13 +112,13 @@ std::int64_t LoginRun::Run() {
   std::shared_ptr<KelComm::KelConn> session_conn = conn_;
   if (form.authentication) {
     session_conn = Pool() ? Pool()->GetConnection(khh_, "") : nullptr;
-    if (!session_conn) return Fail(-224, text::kNoConnConfig);
+    if (!session_conn) return Fail(-224, msg::kNoConnConfig);
   }
   KelSession session = form.alloc_session(*session_conn);
   if (!session) return Fail(-202, GetStagedError().message);
 
   FillRequest(session, form, EncodedPassword(form));
-  if (!kel::api.Kel_Run(session.handle())) return Fail(-204, text::kSendFailed);
+  if (!kel::api.Kel_Run(session.handle())) return Fail(-204, msg::kSendFailed);
   std::int32_t code = kel::api.Kel_GetCode(session.handle());
   if (code < 1) return Fail(code, GetErrorString(session.handle()));
 
@@ -145,8 +144,8 @@ std::int64_t LoginRun::ResolveNode() {
     if (msg_ != nullptr) *msg_ = ThreadLastError().message;  // recorded by the query
     return n;
   }
-  if (n == 0) return Fail(-227, text::kNoNode);
-  if (n >= 2) return Fail(-226, text::kManyNodes);
+  if (n == 0) return Fail(-227, msg::kNoTradingNode);
+  if (n >= 2) return Fail(-226, msg::kManyNodes);
   node_id_ = nodes.front().NodeID;
   return 0;
 }
@@ -235,7 +234,7 @@ std::int64_t AccountInfo::AcctManage::GetAccountJDBH(const std::string& khh,
   KelSession session = form.alloc_session(conn);
   if (!session) return JdbhFail(-202, GetStagedError().message);
   if (conn.system_type != 4) {
-    return JdbhFail(-223, fmt::format(fmt::runtime(text::kInvalidSystemType), conn.system_type));
+    return JdbhFail(-223, fmt::format(fmt::runtime(msg::kInvalidSystemType), conn.system_type));
   }
   kel::int64 h = session.handle();
   CreateHead(session, form.node_list_code);
@@ -244,7 +243,7 @@ std::int64_t AccountInfo::AcctManage::GetAccountJDBH(const std::string& khh,
   if (!form.authentication && flag == 0 && profile != nullptr) {
     kel::api.Kel_SetItem(h, fid::JYS, FieldText(profile->exchange).c_str());
   }
-  if (!kel::api.Kel_Run(h)) return JdbhFail(-204, text::kSendFailed);
+  if (!kel::api.Kel_Run(h)) return JdbhFail(-204, msg::kSendFailed);
   std::int32_t code = kel::api.Kel_GetCode(h);
   if (code < 1) return JdbhFail(code, GetErrorString(h));
 

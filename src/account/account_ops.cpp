@@ -13,7 +13,8 @@
 #include "comm/conn_pool.h"
 #include "comm/kel_api.h"
 #include "comm/kv_request.h"
-#include "log/log.h"
+#include "core/messages.h"
+#include "core/log.h"
 #include "secmolra.h"
 #include "util/field_ids.h"
 
@@ -73,7 +74,7 @@ std::int64_t RunMethod(const Method& m, const Customer& c, const std::function<R
   }
   CreateHead(session, m.func_code);
   SetRequestFields(h, request);
-  if (!kel::api.Kel_Run(h)) return Fail(SECMOLRA_ERR_SEND, "发送请求失败", m.name);
+  if (!kel::api.Kel_Run(h)) return Fail(SECMOLRA_ERR_SEND, msg::kSendFailed, m.name);
   std::int64_t result = m.result == Result::kRowState ? kel::api.Kel_GetLong(h, fid::ROW_STATE, 0)
                                                       : kel::api.Kel_GetCode(h);
   if (result < 0) {
@@ -88,7 +89,7 @@ std::int64_t RunMethod(const Method& m, const Customer& c, const std::function<R
 std::int64_t ModifyPwd(const Customer& c, const char* khh, const char* old_pwd,
                        const char* new_pwd, std::int32_t kind) {
   if (c.conn->system_type != kSystemType) {
-    return Fail(SECMOLRA_ERR_UNSUPPORTED, "功能未实现", "AccountInfo::ModifyPwd");
+    return Fail(SECMOLRA_ERR_UNSUPPORTED, msg::kNotImplemented, "AccountInfo::ModifyPwd");
   }
   const Method& m = kind == 0 ? kModifyTradePwd : kModifyFundPwd;
   return RunMethod(m, c, [&] {
@@ -107,7 +108,7 @@ std::int64_t FundTransfer(const char* export_name, const Method& m, const char* 
                           const char* pwd, double amount, const char* zjzh, const char* text5,
                           const char* text6, const char* remark) {
   if (khh == nullptr || pwd == nullptr || !(amount > 0)) {
-    return Fail(SECMOLRA_ERR_ARGUMENT, "非法参数", export_name);
+    return Fail(SECMOLRA_ERR_ARGUMENT, msg::kIllegalArgument, export_name);
   }
   MOLRA_LOG_INFO("{} lpKhh:{} dFsje:{} sZjzh:{} sZy:{}", export_name, khh, amount,
                  LogText(zjzh), LogText(remark));
@@ -115,7 +116,7 @@ std::int64_t FundTransfer(const char* export_name, const Method& m, const char* 
   std::int64_t code = 0;
   if (!Lookup(export_name, khh, c, code)) return code;
   // Transfers exist for the one back-office system type the kit accepts.
-  if (c.conn->system_type != kSystemType) return Fail(SECMOLRA_ERR_UNSUPPORTED, "功能未实现", m.name);
+  if (c.conn->system_type != kSystemType) return Fail(SECMOLRA_ERR_UNSUPPORTED, msg::kNotImplemented, m.name);
   return RunMethod(m, c, [&] {
     return ReqFields{ReqField::Text(fid::KHH, khh),
                      ReqField::Double(fid::FSJE, amount),
@@ -146,10 +147,10 @@ SECMOLRA_API int64_t SECMOLRA_ModifyPwd(const char* khh, const char* oldPwd, con
   return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
     constexpr const char* kName = "SECMOLRA_ModifyPwd";
     if (khh == nullptr || oldPwd == nullptr || newPwd == nullptr) {
-      return Fail(SECMOLRA_ERR_ARGUMENT, "非法参数", kName);
+      return Fail(SECMOLRA_ERR_ARGUMENT, msg::kIllegalArgument, kName);
     }
     if (*khh == '\0' || *oldPwd == '\0' || *newPwd == '\0') {
-      return Fail(SECMOLRA_ERR_ARGUMENT, "客户号、新旧密码不能为空", kName);
+      return Fail(SECMOLRA_ERR_ARGUMENT, msg::kPasswordArgsEmpty, kName);
     }
     MOLRA_LOG_INFO("{} lpKhh:{} nType:{}", kName, khh, kind);
     Customer c;
@@ -187,7 +188,7 @@ SECMOLRA_API int64_t SECMOLRA_FundTransBetweenNodes(int32_t systemType, const ch
                    kName, systemType, LogText(khh), LogText(zjzh), amount, node1, node2,
                    LogText(remark));
     if (systemType != kSystemType || Missing(khh) || !(amount > 0) || !ValidNodes(node1, node2)) {
-      return Fail(SECMOLRA_ERR_ARGUMENT, "非法参数", kName);
+      return Fail(SECMOLRA_ERR_ARGUMENT, msg::kIllegalArgument, kName);
     }
     Customer c;
     std::int64_t code = 0;
@@ -211,7 +212,7 @@ SECMOLRA_API int64_t SECMOLRA_ModifyZJHBCL(int32_t systemType, const char* khh,
                    LogText(remark));
     if (systemType != kSystemType || Missing(khh) || !ValidNodes(node1, node2) ||
         !(ratio1 >= 0) || !(ratio2 >= 0)) {
-      return Fail(SECMOLRA_ERR_ARGUMENT, "非法参数", kName);
+      return Fail(SECMOLRA_ERR_ARGUMENT, msg::kIllegalArgument, kName);
     }
     Customer c;
     std::int64_t code = 0;

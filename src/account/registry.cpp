@@ -3,6 +3,7 @@
 #include <mutex>
 
 #include "comm/conn_pool.h"
+#include "core/messages.h"
 
 namespace molra {
 
@@ -113,12 +114,12 @@ bool FindCustomer(const std::string& khh, Customer& out, ErrorRecord& err) {
   out.conn = pool ? pool->GetConnection(khh, "") : nullptr;
   if (!out.conn) {
     // The staged record carries code 0 for connection failures; callers report it as is.
-    err = pool ? GetStagedError() : ErrorRecord{-203, "客户未登录"};
+    err = pool ? GetStagedError() : ErrorRecord{-203, msg::kNotLoggedIn};
     return false;
   }
   out.record = Registry().Find(out.conn->system_type, khh);
   if (!out.record) {
-    err = {-203, "客户未登录"};
+    err = {-203, msg::kNotLoggedIn};
     return false;
   }
   return true;

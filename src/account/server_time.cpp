@@ -6,6 +6,7 @@
 #include "core/errors.h"
 #include "comm/conn_pool.h"
 #include "comm/kel_api.h"
+#include "core/messages.h"
 #include "util/field_ids.h"
 #include "util/time_text.h"
 
@@ -42,7 +43,7 @@ bool GetCurTime() {
   std::string t0 = LocalStamp();
   CreateHead(session, kServerTimeCode);
   if (!kel::api.Kel_Run(session.handle())) {
-    SetLastError(-204, "发送请求失败", kCurTimeFunc, nullptr);
+    SetLastError(-204, msg::kSendFailed, kCurTimeFunc, nullptr);
     return false;
   }
   if (kel::api.Kel_GetCode(session.handle()) <= 0) return false;

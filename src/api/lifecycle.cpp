@@ -9,7 +9,8 @@
 #include "comm/conn_pool.h"
 #include "comm/kel_api.h"
 #include "config/ini_file.h"
-#include "log/log.h"
+#include "core/messages.h"
+#include "core/log.h"
 #include "query/query_cursor.h"
 #include "secmolra.h"
 
@@ -23,7 +24,7 @@ bool StartTransport() {
   kel::api.Kel_SetDefaultSystemId(4);
   kel::api.Kel_SetDefaultNodeId(0);
   if (!CreateConnPool()) {
-    StageError(-1, "创建连接池失败");
+    StageError(-1, msg::kPoolNotCreated);
     return false;
   }
   return true;

@@ -7,21 +7,20 @@
 #include <fmt/format.h>
 
 #include "account/account_info.h"
-#include "account/login_texts.h"
 #include "account/registry.h"
 #include "core/guard.h"
 #include "core/errors.h"
 #include "comm/conn_pool.h"
 #include "comm/kel_api.h"
 #include "config/ini_file.h"
-#include "log/log.h"
+#include "core/messages.h"
+#include "core/log.h"
 #include "secmolra.h"
 #include "util/field_ids.h"
 
 namespace molra {
 namespace {
 
-namespace text = login_text;
 
 constexpr const char* kTradeDateCode = "A00066";
 constexpr kel::int32 kTradeDateTimeoutSeconds = 2;
@@ -39,17 +38,17 @@ SetResult OpenCustomerSet(const char* func, const std::string& key, const std::s
   IniFile ini;
   std::string path = ConfigFilePath();
   if (!ini.Load(path)) {
-    r.code = Fail(-206, fmt::format(fmt::runtime(text::kConfigUnreadable), path), func);
+    r.code = Fail(-206, fmt::format(fmt::runtime(msg::kConfigUnreadable), path), func);
     return r;
   }
   if (reset_customer) ResetCustomer(khh);
   if (ini.GetLong(key.c_str(), "SystemType", 4) != 4) {
-    r.code = Fail(-223, text::kUnknownSystemType, func);
+    r.code = Fail(-223, msg::kUnknownSystemType, func);
     return r;
   }
   ConnPool* pool = Pool();
   if (pool == nullptr) {
-    r.code = Fail(-1, text::kNoPool, func);
+    r.code = Fail(-1, msg::kPoolNotCreated, func);
     return r;
   }
   r.conn = pool->GetConnection(khh, key);
@@ -75,7 +74,7 @@ std::int64_t TradeDate() {
   kel::int64 h = session.handle();
   kel::api.Kel_SetTimeOut(h, kTradeDateTimeoutSeconds);
   CreateHead(session, kTradeDateCode);
-  if (!kel::api.Kel_Run(h)) return Fail(-204, text::kSendFailed, kFunc);
+  if (!kel::api.Kel_Run(h)) return Fail(-204, msg::kSendFailed, kFunc);
   std::int32_t code = kel::api.Kel_GetCode(h);
   if (code < 1) return Fail(code, GetErrorString(h), kFunc);
   return kel::api.Kel_GetLong(h, fid::TRADE_DATE, -1);
@@ -93,10 +92,10 @@ SECMOLRA_API int64_t SECMOLRA_TradeLogin(const char* lpKeyName, const char* lpKh
   return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
     constexpr const char* kFunc = "SECMOLRA_TradeLogin";
     if (lpKeyName == nullptr || lpKhh == nullptr || password == nullptr) {
-      return Fail(-221, login_text::kIllegalArgument, kFunc);
+      return Fail(-221, msg::kIllegalArgument, kFunc);
     }
     // An empty password passes here on purpose: the login itself refuses it.
-    if (*lpKeyName == '\0' || *lpKhh == '\0') return Fail(-221, login_text::kLoginArgsEmpty, kFunc);
+    if (*lpKeyName == '\0' || *lpKhh == '\0') return Fail(-221, msg::kLoginArgsEmpty, kFunc);
     MOLRA_LOG_INFO("{} lpKeyName:{} khh:{}", kFunc, lpKeyName, lpKhh);
     SetResult set = OpenCustomerSet(kFunc, lpKeyName, lpKhh, true);
     if (!set.conn) return set.code;
@@ -113,10 +112,10 @@ SECMOLRA_API int64_t SECMOLRA_TradeLoginEx(const char* lpKeyName, CusLoginInfo* 
   return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
     constexpr const char* kFunc = "SECMOLRA_TradeLoginEx";
     if (lpKeyName == nullptr || info == nullptr) {
-      return Fail(-221, login_text::kIllegalArgument, kFunc);
+      return Fail(-221, msg::kIllegalArgument, kFunc);
     }
     std::string khh = FieldText(info->KHH);
-    if (*lpKeyName == '\0' || khh.empty()) return Fail(-221, login_text::kLoginArgsEmpty, kFunc);
+    if (*lpKeyName == '\0' || khh.empty()) return Fail(-221, msg::kLoginArgsEmpty, kFunc);
     MOLRA_LOG_INFO("{} lpKeyName:{} khh:{} tradenodeID:{} nodeinfo:{}", kFunc, lpKeyName, khh,
                    info->NodeID, FieldText(info->Node));
     SetResult set = OpenCustomerSet(kFunc, lpKeyName, khh, true);
@@ -128,8 +127,8 @@ SECMOLRA_API int64_t SECMOLRA_TradeLoginEx(const char* lpKeyName, CusLoginInfo* 
 SECMOLRA_API int64_t SECMOLRA_TradeLogout(const char* lpKhh) {
   return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
     constexpr const char* kFunc = "SECMOLRA_TradeLogout";
-    if (lpKhh == nullptr) return Fail(-221, login_text::kIllegalArgument, kFunc);
-    if (*lpKhh == '\0') return Fail(-221, login_text::kKhhEmpty, kFunc);
+    if (lpKhh == nullptr) return Fail(-221, msg::kIllegalArgument, kFunc);
+    if (*lpKhh == '\0') return Fail(-221, msg::kKhhEmpty, kFunc);
     MOLRA_LOG_INFO("{} khh:{} ", kFunc, lpKhh);
     return ResetCustomer(lpKhh);
   });
@@ -155,7 +154,7 @@ SECMOLRA_API int64_t SECMOLRA_QueryCusNodeinfo(const char* lpKeyName, const char
                                                std::vector<CusNodeInfo>& list) {
   return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
     constexpr const char* kFunc = "SECMOLRA_QueryCusNodeinfo";
-    if (lpKhh == nullptr) return Fail(-221, login_text::kIllegalArgument, kFunc);
+    if (lpKhh == nullptr) return Fail(-221, msg::kIllegalArgument, kFunc);
     // An empty (or null) key reads no section: the customer's existing set is used.
     const char* key = lpKeyName != nullptr ? lpKeyName : "";
     MOLRA_LOG_INFO("{} lpKeyName:{} khh:{}", kFunc, key, lpKhh);

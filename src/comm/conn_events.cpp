@@ -10,16 +10,17 @@
 #include "core/guard.h"
 #include "core/context.h"
 #include "comm/conn_internal.h"
-#include "comm/conn_messages.h"
 #include "comm/kel_api.h"
-#include "log/log.h"
+#include "core/messages.h"
+#include "core/log.h"
 
 namespace KelComm {
 
 using namespace roles;
-namespace msg = molra::connmsg;
 
 namespace {
+
+constexpr char kEventHandlerName[] = "KelComm::KelConn::on_conn_event";
 
 struct LiveSets {
   std::mutex mutex;
@@ -78,7 +79,7 @@ void OnRecovery(KelConn& set, const RoleInfo* role, kel::int64 handle) {
     if (role->bind_customer && BindsCustomer(set.Active())) Rebind(set, handle);
     if (role == &kRoles[kSubscribe]) {
       if (set.primary.cancel_resub) Unsubscribe(handle, set.TakeSubscriptions(0));
-      MOLRA_LOG_INFO(msg::kSubscribeCrash, msg::kEventHandlerName);
+      MOLRA_LOG_INFO(msg::kSubscribeCrash, kEventHandlerName);
     }
   }
   if (count == 0) Notify(set, 0);
@@ -107,7 +108,7 @@ std::shared_ptr<KelConn> SetForEvent(void* ctx) {
 }  // namespace roles
 
 void KelConn::on_conn_event(kel::int64 handle, kel::int32 event, void* ctx) {
-  molra::Guard(msg::kEventHandlerName, molra::kNoResult, [&] {
+  molra::Guard(kEventHandlerName, molra::kNoResult, [&] {
     if (ctx == nullptr) return;
     std::shared_ptr<KelConn> set = SetForEvent(ctx);
     if (set == nullptr) return;

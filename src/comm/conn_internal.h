@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "comm/conn_pool.h"
+#include "core/messages.h"
 #include "core/text.h"
 
 namespace KelComm::roles {
@@ -27,16 +28,16 @@ struct RoleInfo {
 
 inline constexpr RoleInfo kRoles[] = {
     {&KelConn::mgmt_handle, &KelConn::mgmt_state, &molra::ConnProfile::addr, false,
-     "connect success key:{} szAddr:{}", "{} 管理服务连接中断", "管理服务重新连接成功[KEY:{} KHH:{}]"},
+     "connect success key:{} szAddr:{}", msg::kMgmtBroken, msg::kMgmtRestored},
     {&KelConn::trade_handle, &KelConn::trade_state, &molra::ConnProfile::trade_addr, true,
-     "connect success key:{} szTradeAddr:{}", "{} 交易服务连接中断",
-     "交易服务重新连接成功[KEY:{} KHH:{}]"},
+     "connect success key:{} szTradeAddr:{}", msg::kTradeBroken,
+     msg::kTradeRestored},
     {&KelConn::query_handle, &KelConn::query_state, &molra::ConnProfile::query_addr, true,
-     "connect success key:{} szQueryAddr:{}", "{} 查询服务连接中断",
-     "查询服务重新连接成功[KEY:{} KHH:{}]"},
+     "connect success key:{} szQueryAddr:{}", msg::kQueryBroken,
+     msg::kQueryRestored},
     {&KelConn::subscribe_handle, &KelConn::subscribe_state, &molra::ConnProfile::subscribe_addr,
-     true, "connect success key:{} szSubscribeAddr:{}", "{} 订阅服务连接中断",
-     "订阅服务重新连接成功[KEY:{} KHH:{}]"},
+     true, "connect success key:{} szSubscribeAddr:{}", msg::kSubscribeBroken,
+     msg::kSubscribeRestored},
 };
 
 // Closing stale handles before a connect.

@@ -6,13 +6,12 @@
 #include <vector>
 
 #include "core/errors.h"
-#include "comm/conn_messages.h"
 #include "comm/kel_api.h"
 #include "comm/timer.h"
+#include "core/messages.h"
 
 namespace molra {
 
-namespace msg = connmsg;
 
 namespace {
 

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "core/errors.h"
+#include "core/messages.h"
 #include "util/dynlib.h"
 
 namespace kel {
@@ -34,7 +35,7 @@ void SetTransportFileForTest(const char* path) { g_transport_file = path; }
 bool BindTransport() {
   void* module = molra::LoadDynamicLibrary(g_transport_file.c_str());
   if (module == nullptr) {
-    molra::SetLastError(-200, fmt::format("加载kelapi.dll失败，错误码：{}", molra::LastSystemError()),
+    molra::SetLastError(-200, fmt::format(msg::kLoadLibraryFailed, molra::LastSystemError()),
                         nullptr, nullptr);
     return false;
   }
@@ -49,7 +50,7 @@ bool BindTransport() {
     void* fn = molra::FindSymbol(module, kEntryPointNames[i]);
     if (fn == nullptr) {
       molra::SetLastError(
-          -200, fmt::format("加载接口{}失败，错误码：{}", kEntryPointNames[i], molra::LastSystemError()),
+          -200, fmt::format(msg::kLoadEntryFailed, kEntryPointNames[i], molra::LastSystemError()),
           nullptr, nullptr);
       return false;
     }

@@ -3,15 +3,14 @@
 
 #include "core/errors.h"
 #include "comm/conn_internal.h"
-#include "comm/conn_messages.h"
 #include "comm/kel_api.h"
 #include "config/conn_profile.h"
-#include "log/log.h"
+#include "core/messages.h"
+#include "core/log.h"
 
 namespace KelComm {
 
 using namespace roles;
-namespace msg = molra::connmsg;
 
 namespace {
 constexpr kel::int32 kConnectTimeoutSeconds = 10;

@@ -4,13 +4,12 @@
 #include <vector>
 
 #include "core/errors.h"
-#include "comm/conn_messages.h"
 #include "comm/conn_pool.h"
 #include "comm/kel_api.h"
+#include "core/messages.h"
 
 namespace molra {
 
-namespace msg = connmsg;
 
 KelSession& KelSession::operator=(KelSession&& o) noexcept {
   if (this != &o) {

@@ -13,7 +13,7 @@
 #include <vector>
 
 #include "core/context.h"
-#include "log/log.h"
+#include "core/log.h"
 
 namespace molra {
 

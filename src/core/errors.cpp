@@ -3,7 +3,8 @@
 #include <cstring>
 #include <mutex>
 
-#include "log/log.h"
+#include "core/messages.h"
+#include "core/log.h"
 
 namespace molra {
 
@@ -38,7 +39,7 @@ void SetLastError(std::int64_t code, const std::string& msg, const char* func,
     p.last.code = code;
     p.last.message = msg;
   }
-  MOLRA_LOG_ERROR("{0}：{1}", func ? func : "", msg);
+  MOLRA_LOG_ERROR(msg::kErrorLine, func ? func : "", msg);
   if (account != nullptr) {
     account->ErrorCode = code;
     CopyField(account->ErrorMsg, msg.c_str());

@@ -6,7 +6,7 @@
 #include "core/context.h"
 #include "comm/kel_api.h"
 #include "config/ini_file.h"
-#include "log/log.h"
+#include "core/log.h"
 #include "push/push_decode.h"
 
 namespace molra {

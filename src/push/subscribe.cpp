@@ -8,7 +8,7 @@
 #include "comm/conn_pool.h"
 #include "comm/kel_api.h"
 #include "config/ini_file.h"
-#include "log/log.h"
+#include "core/log.h"
 #include "push/push_handlers.h"
 #include "util/field_ids.h"
 

@@ -11,7 +11,8 @@
 #include "core/guard.h"
 #include "core/errors.h"
 #include "comm/kel_api.h"
-#include "log/log.h"
+#include "core/messages.h"
+#include "core/log.h"
 #include "query/query_cursor.h"
 #include "query/query_frame.h"
 #include "secmolra.h"
@@ -66,7 +67,7 @@ CursorTable& Cursors() {
 }
 
 std::int64_t ArgumentError(const char* func) {
-  SetLastError(SECMOLRA_ERR_ARGUMENT, "非法参数", func, nullptr);
+  SetLastError(SECMOLRA_ERR_ARGUMENT, msg::kIllegalArgument, func, nullptr);
   return SECMOLRA_ERR_ARGUMENT;
 }
 
@@ -92,7 +93,7 @@ SECMOLRA_API int64_t SECMOLRA_BeginQuery(const char* khh, const char* funcCode,
     MOLRA_LOG_INFO("{} lpKhh:{} func:{} req:{}", kBegin, khh, funcCode, LogText(request));
     std::string customer = *khh != '\0' ? std::string(khh) : Registry().DefaultKhh(0);
     if (customer.empty()) {
-      SetLastError(SECMOLRA_ERR_NOT_LOGGED_IN, "客户未登录", kBegin, nullptr);
+      SetLastError(SECMOLRA_ERR_NOT_LOGGED_IN, msg::kNotLoggedIn, kBegin, nullptr);
       return SECMOLRA_ERR_NOT_LOGGED_IN;
     }
     CusLoginInfo info = MakeLoginInfo(customer.c_str());

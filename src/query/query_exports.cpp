@@ -1,7 +1,8 @@
 // The customer-query exports. Each one checks its customer, logs its call and runs its
 // query through the frame; the plain and Ex forms share one body.
 #include "core/guard.h"
-#include "log/log.h"
+#include "core/messages.h"
+#include "core/log.h"
 #include "query/query_frame.h"
 #include "secmolra.h"
 
@@ -17,24 +18,24 @@ std::int64_t ArgumentError(const char* export_name, const char* msg) {
 std::int64_t FundInfo(const char* name, QueryCaller c, std::vector<FundRecord>& list) {
   if (!c.Begin(name, list)) return SECMOLRA_ERR_ARGUMENT;
   MOLRA_LOG_INFO("{} lpKhh:{}", name, c.khh());
-  return RunQueryInto(QueryKind::kFund, c.info(), FundRequest(), list);
+  return RunQueryInto(c.info(), FundRequest(), list);
 }
 
 std::int64_t AccInfo(const char* name, QueryCaller c, std::vector<AccountRecord>& list) {
   if (!c.Begin(name, list)) return SECMOLRA_ERR_ARGUMENT;
   MOLRA_LOG_INFO("{} lpKhh:{}", name, c.khh());
-  return RunQueryInto(QueryKind::kAccount, c.info(), AccountRequest(), list);
+  return RunQueryInto(c.info(), AccountRequest(), list);
 }
 
 std::int64_t PSQY(const char* name, QueryCaller c, const char* jys, const char* gdh,
                   std::vector<PSQYRecord>& list) {
   if (!c.Begin(name, list)) return SECMOLRA_ERR_ARGUMENT;
   MOLRA_LOG_INFO("{} lpKhh:{}, lpJys:{}, lpGdh:{} ", name, c.khh(), LogText(jys), LogText(gdh));
-  return RunQueryInto(QueryKind::kPSQY, c.info(), PSQYRequest(jys, gdh), list);
+  return RunQueryInto(c.info(), PSQYRequest(jys, gdh), list);
 }
 
 template <typename R>
-std::int64_t OrdersOrMatchs(const char* name, QueryKind kind, QueryCaller c, std::int32_t type,
+std::int64_t OrdersOrMatchs(const char* name, QueryCaller c, std::int32_t type,
                             std::int32_t sort, std::int32_t rowcount, std::int32_t browindex,
                             const char* jys, const char* zqdm, std::int64_t wth,
                             std::vector<R>& list) {
@@ -42,7 +43,7 @@ std::int64_t OrdersOrMatchs(const char* name, QueryKind kind, QueryCaller c, std
   MOLRA_LOG_INFO(
       "{} lpKhh:{} nType:{} nSortType:{} nRowcount:{} nBrowindex:{} lpJys:{} lpZqdm:{} lWth:{}",
       name, c.khh(), type, sort, rowcount, browindex, LogText(jys), LogText(zqdm), wth);
-  return RunQueryInto(kind, c.info(),
+  return RunQueryInto(c.info(),
                       OrdersRequest(type, sort, rowcount, browindex, jys, zqdm, wth), list);
 }
 
@@ -56,7 +57,7 @@ std::int64_t Positions(const char* name, QueryCaller c, std::int32_t sort,
       "exeflag:{}",
       name, c.khh(), sort, rowcount, browindex, LogText(gdh), LogText(jys), LogText(zqdm),
       exeflag);
-  return RunQueryInto(QueryKind::kPositions, c.info(),
+  return RunQueryInto(c.info(),
                       PositionsRequest(sort, rowcount, browindex, gdh, jys, zqdm, exeflag),
                       list);
 }
@@ -64,14 +65,14 @@ std::int64_t Positions(const char* name, QueryCaller c, std::int32_t sort,
 }  // namespace
 
 bool CheckFundCode(const char* jjdm) {
-  const char* msg = jjdm == nullptr ? "非法参数" : *jjdm == '\0' ? "基金代码不能为空" : nullptr;
+  const char* msg = jjdm == nullptr ? msg::kIllegalArgument : *jjdm == '\0' ? msg::kFundCodeEmpty : nullptr;
   if (msg != nullptr) ArgumentError("SECMOLRA_QueryETFShare", msg);
   return msg == nullptr;
 }
 
 std::int64_t QueryETFShare(CusLoginInfo* info, const char* jjdm,
                            std::vector<ETFShareRecord>& list) {
-  return RunQueryInto(QueryKind::kETFShare, info, ETFShareRequest(jjdm), list);
+  return RunQueryInto(info, ETFShareRequest(jjdm), list);
 }
 
 namespace {
@@ -85,13 +86,13 @@ std::int64_t ETFShare(const char* name, QueryCaller c, const char* jjdm,
 }
 
 template <typename R>
-std::int64_t NodeFundsQuery(const char* name, QueryKind kind, const char* khh, const char* zjzh,
+std::int64_t NodeFundsQuery(const char* name, const char* khh, const char* zjzh,
                             std::vector<R>& list) {
   list.clear();
-  if (khh == nullptr || *khh == '\0' || zjzh == nullptr) return ArgumentError(name, "非法参数");
+  if (khh == nullptr || *khh == '\0' || zjzh == nullptr) return ArgumentError(name, msg::kIllegalArgument);
   MOLRA_LOG_INFO("{} lpKhh:{} sZjzh:{}", name, khh, zjzh);
   CusLoginInfo info = MakeLoginInfo(khh);
-  return RunQueryInto(kind, &info, NodeFundsRequest(zjzh), list);
+  return RunQueryInto(&info, NodeFundsRequest(zjzh), list);
 }
 
 }  // namespace
@@ -146,7 +147,7 @@ SECMOLRA_API int64_t SECMOLRA_QueryOrders(const char* khh, int32_t nType, int32_
                                           const char* jys, const char* zqdm, int64_t lWth,
                                           std::vector<OrderRecord>& list) {
   return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
-    return OrdersOrMatchs("SECMOLRA_QueryOrders", QueryKind::kOrders, QueryCaller(khh), nType,
+    return OrdersOrMatchs("SECMOLRA_QueryOrders", QueryCaller(khh), nType,
                           nSortType, nRowcount, nBrowindex, jys, zqdm, lWth, list);
   });
 }
@@ -157,7 +158,7 @@ SECMOLRA_API int64_t SECMOLRA_QueryOrdersEx(CusLoginInfo* info, int32_t nType,
                                             const char* zqdm, int64_t lWth,
                                             std::vector<OrderRecord>& list) {
   return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
-    return OrdersOrMatchs("SECMOLRA_QueryOrdersEx", QueryKind::kOrders, QueryCaller(info), nType,
+    return OrdersOrMatchs("SECMOLRA_QueryOrdersEx", QueryCaller(info), nType,
                           nSortType, nRowcount, nBrowindex, jys, zqdm, lWth, list);
   });
 }
@@ -167,7 +168,7 @@ SECMOLRA_API int64_t SECMOLRA_QueryMatchs(const char* khh, int32_t nType, int32_
                                           const char* jys, const char* zqdm, int64_t lWth,
                                           std::vector<MatchRecord>& list) {
   return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
-    return OrdersOrMatchs("SECMOLRA_QueryMatchs", QueryKind::kMatchs, QueryCaller(khh), nType,
+    return OrdersOrMatchs("SECMOLRA_QueryMatchs", QueryCaller(khh), nType,
                           nSortType, nRowcount, nBrowindex, jys, zqdm, lWth, list);
   });
 }
@@ -178,7 +179,7 @@ SECMOLRA_API int64_t SECMOLRA_QueryMatchsEx(CusLoginInfo* info, int32_t nType,
                                             const char* zqdm, int64_t lWth,
                                             std::vector<MatchRecord>& list) {
   return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
-    return OrdersOrMatchs("SECMOLRA_QueryMatchsEx", QueryKind::kMatchs, QueryCaller(info), nType,
+    return OrdersOrMatchs("SECMOLRA_QueryMatchsEx", QueryCaller(info), nType,
                           nSortType, nRowcount, nBrowindex, jys, zqdm, lWth, list);
   });
 }
@@ -223,14 +224,14 @@ SECMOLRA_API int64_t SECMOLRA_QueryETFShareEx(CusLoginInfo* info, const char* jj
 SECMOLRA_API int64_t SECMOLRA_QueryZJHBCL(const char* khh, const char* zjzh,
                                           std::vector<ZJHBCLRecord>& list) {
   return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
-    return NodeFundsQuery("SECMOLRA_QueryZJHBCL", QueryKind::kZJHBCL, khh, zjzh, list);
+    return NodeFundsQuery("SECMOLRA_QueryZJHBCL", khh, zjzh, list);
   });
 }
 
 SECMOLRA_API int64_t SECMOLRA_QueryJDKYZJ(const char* khh, const char* zjzh,
                                           std::vector<JDKYZJRecord>& list) {
   return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
-    return NodeFundsQuery("SECMOLRA_QueryJDKYZJ", QueryKind::kJDKYZJ, khh, zjzh, list);
+    return NodeFundsQuery("SECMOLRA_QueryJDKYZJ", khh, zjzh, list);
   });
 }
 

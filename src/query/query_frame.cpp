@@ -5,6 +5,7 @@
 
 #include "core/errors.h"
 #include "comm/kel_api.h"
+#include "core/messages.h"
 #include "util/field_ids.h"
 
 namespace molra::query {
@@ -20,11 +21,11 @@ CusLoginInfo MakeLoginInfo(const char* khh) {
 bool QueryCaller::Check(const char* export_name) {
   bool null = ex_form_ ? ex_ == nullptr : khh_arg_ == nullptr;
   if (null) {
-    SetLastError(SECMOLRA_ERR_ARGUMENT, "非法参数", export_name, nullptr);
+    SetLastError(SECMOLRA_ERR_ARGUMENT, msg::kIllegalArgument, export_name, nullptr);
     return false;
   }
   if (khh().empty()) {
-    SetLastError(SECMOLRA_ERR_ARGUMENT, "客户号不能为空", export_name, nullptr);
+    SetLastError(SECMOLRA_ERR_ARGUMENT, msg::kKhhEmpty, export_name, nullptr);
     return false;
   }
   return true;
@@ -33,12 +34,12 @@ bool QueryCaller::Check(const char* export_name) {
 bool RunRequest(const char* func, CusLoginInfo* info, const char* func_code,
                 const ReqFields& fields, Answer& out, std::int64_t& code) {
   if (info == nullptr) {
-    code = Fail(SECMOLRA_ERR_ARGUMENT, "非法参数", func, nullptr);
+    code = Fail(SECMOLRA_ERR_ARGUMENT, msg::kIllegalArgument, func, nullptr);
     return false;
   }
   std::string khh = KhhOf(*info);
   if (khh.empty()) {
-    code = Fail(SECMOLRA_ERR_ARGUMENT, "客户号不能为空", func, info);
+    code = Fail(SECMOLRA_ERR_ARGUMENT, msg::kKhhEmpty, func, info);
     return false;
   }
   ErrorRecord err;
@@ -58,7 +59,7 @@ bool RunRequest(const char* func, CusLoginInfo* info, const char* func_code,
   SetRequestFields(h, {ReqField::Text(fid::KHH, khh)});
   SetRequestFields(h, fields);
   if (!kel::api.Kel_Run(h)) {
-    code = Fail(SECMOLRA_ERR_SEND, "发送请求失败", func, info);
+    code = Fail(SECMOLRA_ERR_SEND, msg::kSendFailed, func, info);
     return false;
   }
   code = kel::api.Kel_GetCode(h);

@@ -42,15 +42,10 @@ using RowSink = std::function<void(const char* record)>;
 std::int64_t RunQuery(const QuerySpec& spec, CusLoginInfo* info, const ReqFields& fields,
                       const RowSink& sink);
 
+// The query of record type R (QueryOf), its rows appended to `list`.
 template <typename R>
-std::int64_t RunQueryInto(QueryKind kind, CusLoginInfo* info, const ReqFields& fields,
-                          std::vector<R>& list) {
-  const QuerySpec& spec = Spec(kind);
-  if (spec.layout.size != sizeof(R)) {  // the table and the record type disagree
-    SetLastError(SECMOLRA_ERR_ANSWER, "记录长度不符", spec.worker, info);
-    return SECMOLRA_ERR_ANSWER;
-  }
-  return RunQuery(spec, info, fields, [&list](const char* record) {
+std::int64_t RunQueryInto(CusLoginInfo* info, const ReqFields& fields, std::vector<R>& list) {
+  return RunQuery(Spec(QueryOf<R>::kind), info, fields, [&list](const char* record) {
     R r;
     std::memcpy(&r, record, sizeof r);
     list.push_back(r);

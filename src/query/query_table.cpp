@@ -12,9 +12,10 @@ namespace molra::query {
 
 namespace {
 
-template <std::size_t N>
-constexpr RecordLayout Layout(const FieldSpec (&fields)[N], std::size_t size) {
-  return RecordLayout{fields, N, size};
+// The layout of records R: their fields, their size.
+template <typename R, std::size_t N>
+constexpr RecordLayout Layout(const FieldSpec (&fields)[N]) {
+  return RecordLayout{fields, N, sizeof(R)};
 }
 
 const FieldSpec kFundFields[] = {
@@ -132,25 +133,25 @@ const FieldSpec kJDKYZJFields[] = {
     MOLRA_FIELD(JDKYZJRecord, KYZJ, fid::FUND_AMOUNT1),
 };
 
-// Indexed by QueryKind.
+// Indexed by QueryKind; each row reads the records QueryOf names for its kind.
 const QuerySpec kQueries[] = {
-    {"QueryZjxx", "DQ0003", Layout(kFundFields, sizeof(FundRecord)),
+    {"QueryZjxx", "DQ0003", Layout<FundRecord>(kFundFields),
      RowMode::kSkipNegativeState},
-    {"QueryGDH", "D00734", Layout(kAccountFields, sizeof(AccountRecord)),
+    {"QueryGDH", "D00734", Layout<AccountRecord>(kAccountFields),
      RowMode::kSkipNegativeState},
-    {"QueryPSQY", "D00985", Layout(kPSQYFields, sizeof(PSQYRecord)),
+    {"QueryPSQY", "D00985", Layout<PSQYRecord>(kPSQYFields),
      RowMode::kRecheckAnswerCode},
-    {"QueryWtxx", "D00751", Layout(kOrderFields, sizeof(OrderRecord)),
+    {"QueryWtxx", "D00751", Layout<OrderRecord>(kOrderFields),
      RowMode::kSkipNegativeState},
-    {"QueryCjxx", "D00752", Layout(kMatchFields, sizeof(MatchRecord)),
+    {"QueryCjxx", "D00752", Layout<MatchRecord>(kMatchFields),
      RowMode::kSkipNegativeState},
-    {"QueryCcxx", "D00753", Layout(kPositionFields, sizeof(PositionRecord)),
+    {"QueryCcxx", "D00753", Layout<PositionRecord>(kPositionFields),
      RowMode::kSkipNegativeState},
-    {"QueryETFShare", "D00754", Layout(kETFShareFields, sizeof(ETFShareRecord)),
+    {"QueryETFShare", "D00754", Layout<ETFShareRecord>(kETFShareFields),
      RowMode::kSkipNegativeState},
-    {"QueryZJHBCL", "910005", Layout(kZJHBCLFields, sizeof(ZJHBCLRecord)),
+    {"QueryZJHBCL", "910005", Layout<ZJHBCLRecord>(kZJHBCLFields),
      RowMode::kSkipNegativeState},
-    {"QueryJDKYZJ", "910006", Layout(kJDKYZJFields, sizeof(JDKYZJRecord)),
+    {"QueryJDKYZJ", "910006", Layout<JDKYZJRecord>(kJDKYZJFields),
      RowMode::kSkipNegativeState},
 };
 

@@ -8,7 +8,8 @@
 
 #include "core/guard.h"
 #include "core/errors.h"
-#include "log/log.h"
+#include "core/messages.h"
+#include "core/log.h"
 #include "secmolra.h"
 #include "trade/order_args.h"
 #include "trade/order_blocks.h"
@@ -19,8 +20,8 @@ namespace molra::trade {
 
 namespace {
 
-constexpr const char* kEmptyBatchArgs = "客户号、批量委托信息不能为空";
-constexpr const char* kTooManyRows = "批量委托数量超出限制[100]";
+constexpr const char* kEmptyBatchArgs = msg::kEmptyBatchArgs;
+constexpr const char* kTooManyRows = msg::kTooManyRows;
 constexpr double kPriceBound = 100000.0;  // the message says 99999.99; the test is below this
 constexpr std::int64_t kMaxQuantity = 999999999;
 constexpr std::uint32_t kMaxOrderType = 999;
@@ -30,21 +31,21 @@ constexpr std::uint32_t kMaxOrderType = 999;
 // The row's members are misaligned: fmt takes its arguments by reference, so it is given
 // copies.
 std::string RowProblem(const BatchOrderRow& r, std::size_t no) {
-  if (FieldLength(r.Jys, sizeof r.Jys) != 2) return fmt::format("编号{0}交易所[{1}]不合法", no, FieldText(r.Jys));
+  if (FieldLength(r.Jys, sizeof r.Jys) != 2) return fmt::format(msg::kRowExchange, no, FieldText(r.Jys));
   if (FieldLength(r.Zqdm, sizeof r.Zqdm) != 6) {
-    return fmt::format("编号{0}证券代码[{1}]不合法", no, FieldText(r.Zqdm));
+    return fmt::format(msg::kRowCode, no, FieldText(r.Zqdm));
   }
   if (r.Jylb != 1 && r.Jylb != 2) {
-    return fmt::format("编号{0}交易类别[{1}]不合法，应在[JYLB_BUY、JYLB_SALE]", no, std::int32_t{r.Jylb});
+    return fmt::format(msg::kRowCategory, no, std::int32_t{r.Jylb});
   }
   if (!(r.Wtjg > 0.0 && r.Wtjg < kPriceBound)) {
-    return fmt::format("编号{0}委托价格[{1}]不合法，应在(0.000-99999.99]", no, double{r.Wtjg});
+    return fmt::format(msg::kRowPrice, no, double{r.Wtjg});
   }
   if (r.Wtsl < 1 || r.Wtsl > kMaxQuantity) {
-    return fmt::format("编号{0}委托数量[{1}]不合法，应在(0-999999999]", no, std::int64_t{r.Wtsl});
+    return fmt::format(msg::kRowQuantity, no, std::int64_t{r.Wtsl});
   }
   if (static_cast<std::uint32_t>(r.Ddlx) > kMaxOrderType) {
-    return fmt::format("编号{0}订单类型[{1}]不合法，应在[0-999]", no,
+    return fmt::format(msg::kRowOrderType, no,
                        static_cast<std::uint32_t>(r.Ddlx));
   }
   return {};

@@ -77,7 +77,7 @@ std::int64_t EntrustImpl(Target target, CusLoginInfo* record, const EntrustArgs&
   const OrderFamily* f = Resolve(target, a.jylb, record);
   if (f == nullptr) return -222;
   if (record == nullptr || a.jys == nullptr || a.zqdm == nullptr) {
-    return Refuse(*f, record, -221, kIllegal);
+    return Refuse(*f, record, -221, msg::kIllegalArgument);
   }
   OrderRequest req(*f, record);
   if (f->key_value) {
@@ -96,7 +96,7 @@ std::int64_t ETFEntrustImpl(CusLoginInfo* record, const char* jys, const char* z
                             std::int32_t jylb, std::int32_t wtsl, const char* step, Mode mode) {
   const OrderFamily* f = Resolve(ByCategory(Biz::kETF), jylb, record);
   if (f == nullptr) return -222;
-  if (record == nullptr || jys == nullptr || zqdm == nullptr) return Refuse(*f, record, -221, kIllegal);
+  if (record == nullptr || jys == nullptr || zqdm == nullptr) return Refuse(*f, record, -221, msg::kIllegalArgument);
 
   OrderRequest req(*f, record);
   ETFEntrustReq& b = req.Block<ETFEntrustReq>();

@@ -11,7 +11,8 @@
 #include "core/errors.h"
 #include "comm/conn_pool.h"
 #include "comm/kel_api.h"
-#include "log/log.h"
+#include "core/messages.h"
+#include "core/log.h"
 #include "secmolra.h"
 #include "trade/order_args.h"
 #include "trade/order_ops.h"
@@ -124,17 +125,17 @@ std::int64_t Basket::Run() {
                info.unit = kel::api.Kel_GetLong(h, fid::ETF_UNIT, -1);
                info.cash = kel::api.Kel_GetDouble(h, fid::ETF_CASH, -1);
              })) {
-    return QueryFailed(q, "查询ETF_JBXX失败: ");
+    return QueryFailed(q, msg::kEtfInfoFailed);
   }
 
   std::int64_t trade_date = 0;
   if (!q.Ask("A00066", [](kel::int64) {},
              [&](kel::int64 h) { trade_date = kel::api.Kel_GetLong(h, fid::TRADE_DATE, -1); })) {
-    return QueryFailed(q, "查询交易日期失败: ");
+    return QueryFailed(q, msg::kTradeDateFailed);
   }
-  if (!info.subscription_allowed) return Fail(-222, fmt::format("无{}申购资格，禁止交易", etf_));
+  if (!info.subscription_allowed) return Fail(-222, fmt::format(msg::kNoCreationRight, etf_));
   if (info.info_date != trade_date) {
-    return Fail(-222, fmt::format("{}基本信息未更新[cur:{} etf:{}]，禁止交易", etf_, trade_date,
+    return Fail(-222, fmt::format(msg::kEtfInfoStale, etf_, trade_date,
                                   info.info_date));
   }
 
@@ -151,7 +152,7 @@ std::int64_t Basket::Run() {
                                   kel::api.Kel_GetLong(h, fid::ETF_COMPONENT_QTY, row)});
                }
              })) {
-    return QueryFailed(q, fmt::format("查询{}成分股信息失败:", etf_));
+    return QueryFailed(q, fmt::format(msg::kConstituentsFailed, etf_));
   }
   MOLRA_LOG_INFO("{} etf:{} unit:{} cash:{} constituents:{} tradedate:{}", kBasketName, etf_,
                  info.unit, info.cash, parts.size(), trade_date);
@@ -175,7 +176,7 @@ std::int64_t Basket::PlaceOrders(const std::vector<Constituent>& parts) {
 std::int64_t BasketImpl(CusLoginInfo* rec, const char* jys, const char* etf, std::int32_t units,
                         double price, std::int64_t ddlx) {
   if (rec == nullptr || rec->KHH[0] == '\0' || jys == nullptr || etf == nullptr) {
-    SetLastError(-221, kIllegal, kBasketName, rec);
+    SetLastError(-221, msg::kIllegalArgument, kBasketName, rec);
     return -221;
   }
   return Basket(rec, jys, etf, units, price, ddlx).Run();

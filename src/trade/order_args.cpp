@@ -8,6 +8,7 @@
 #include <fmt/format.h>
 
 #include "core/errors.h"
+#include "core/messages.h"
 #include "util/clock.h"
 
 namespace molra::trade {
@@ -51,7 +52,7 @@ void ArgCheck::Fail(std::int64_t code, const std::string& msg) {
 
 ArgCheck& ArgCheck::NotNull(std::initializer_list<const void*> ptrs) {
   for (const void* p : ptrs) {
-    if (ok() && p == nullptr) Fail(-221, kIllegal);
+    if (ok() && p == nullptr) Fail(-221, msg::kIllegalArgument);
   }
   return *this;
 }
@@ -70,7 +71,7 @@ ArgCheck& ArgCheck::Require(bool cond, const char* msg) {
 
 ArgCheck& ArgCheck::InRange(std::int64_t v, const char* label) {
   if (ok() && static_cast<std::uint64_t>(v) > static_cast<std::uint64_t>(kMaxRequestNumber)) {
-    Fail(-221, fmt::format("{}[{}]非法，范围{}~{}", label, v, 0, kMaxRequestNumber));
+    Fail(-221, fmt::format(msg::kNumberOutOfRange, label, v, 0, kMaxRequestNumber));
   }
   return *this;
 }
@@ -83,7 +84,7 @@ ArgCheck& ArgCheck::Supported(bool cond, const char* msg) {
 ArgCheck CheckOrderArgs(const char* func, const char* khh, const char* jys, const char* zqdm,
                         const char* gdh, bool async, std::int64_t number) {
   ArgCheck c(func);
-  c.NotNull({khh, jys, zqdm, gdh}).NotEmpty({khh, jys, zqdm, gdh}, kEmptyOrderArgs);
+  c.NotNull({khh, jys, zqdm, gdh}).NotEmpty({khh, jys, zqdm, gdh}, msg::kEmptyOrderArgs);
   if (async) c.InRange(number, "KFSBDBH");
   return c;
 }
@@ -93,7 +94,7 @@ ArgCheck CheckOrderArgsEx(const char* func, const CusLoginInfo* record, const ch
   ArgCheck c(func);
   c.NotNull({jys, zqdm})
       .NotEmpty({record ? record->KHH : nullptr, jys, zqdm, record ? record->GDH : nullptr},
-                kEmptyOrderArgs);
+                msg::kEmptyOrderArgs);
   if (async) c.InRange(number, "KFSBDBH");
   return c;
 }

@@ -5,14 +5,13 @@
 #include <cstdint>
 #include <string>
 
+#include "core/messages.h"
 #include "core/text.h"
 #include "secmolra.h"
 
 namespace molra::trade {
 
 constexpr std::int64_t kMaxRequestNumber = 9999999999999999LL;
-constexpr const char* kIllegal = "非法参数";
-constexpr const char* kEmptyOrderArgs = "客户号、交易所、证券代码、股东号不能为空";
 
 // The next generated request number: the local time "%02d%02d%02d" with its leading zeros
 // removed, followed by the process-wide counter as "%010lld" (09:31:05, counter 42 ->
@@ -36,7 +35,7 @@ class ArgCheck {
   // -221 `msg` when one of the strings is empty; a null string is not checked here.
   ArgCheck& NotEmpty(std::initializer_list<const char*> strs, const char* msg);
   // -221 `msg` unless `ok`.
-  ArgCheck& Require(bool ok, const char* msg = kIllegal);
+  ArgCheck& Require(bool ok, const char* msg = msg::kIllegalArgument);
   // -221 "{label}[{v}]非法，范围0~9999999999999999" when v, taken as unsigned, is above the
   // largest request number (so every negative value too).
   ArgCheck& InRange(std::int64_t v, const char* label);

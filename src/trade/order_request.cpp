@@ -10,7 +10,7 @@
 #include "core/errors.h"
 #include "comm/conn_pool.h"
 #include "comm/kel_api.h"
-#include "log/log.h"
+#include "core/log.h"
 #include "trade/order_args.h"
 #include "trade/order_blocks.h"
 #include "util/field_ids.h"
@@ -66,7 +66,7 @@ std::int64_t OrderRequest::Fail(std::int64_t code, const std::string& msg) {
 }
 
 std::int64_t OrderRequest::Execute(bool async, std::int64_t number) {
-  if (record_ == nullptr || record_->KHH[0] == '\0') return Fail(-221, kIllegal);
+  if (record_ == nullptr || record_->KHH[0] == '\0') return Fail(-221, msg::kIllegalArgument);
   const std::string khh = FieldText(record_->KHH);
 
   Customer customer;
@@ -98,11 +98,11 @@ std::int64_t OrderRequest::Execute(bool async, std::int64_t number) {
   LogLine(async ? number : 0);
 
   if (async) {
-    if (!Write(h, number)) return Fail(-204, kSendFailed);
+    if (!Write(h, number)) return Fail(-204, msg::kSendFailed);
     session.Detach();  // the reply handler owns and releases it
     return number;
   }
-  if (!kel::api.Kel_Run(h)) return Fail(-204, kSendFailed);
+  if (!kel::api.Kel_Run(h)) return Fail(-204, msg::kSendFailed);
   return family_.key_value ? ReadFieldAnswer(h) : ReadBlockAnswer(h);
 }
 
@@ -156,7 +156,7 @@ std::int64_t OrderRequest::ReadBlockAnswer(kel::int64 session) {
   if (!kel::api.Kel_GetStructData(session, answer, &len, -1)) len = 0;
   len = std::min(len, capacity);
 
-  if (len < kAnswerHeadLen) return Fail(-205, kAnswerTooShort);
+  if (len < kAnswerHeadLen) return Fail(-205, msg::kAnswerShort1);
   const AnswerHead& head = *reinterpret_cast<const AnswerHead*>(answer);
   if (head.code < family_.min_ok) return Fail(head.code, FieldText(head.message));
   if (len < family_.answer_len) return Fail(-205, family_.short_answer);

@@ -15,7 +15,8 @@
 
 #include <spdlog/spdlog.h>
 
-#include "log/named_line.h"
+#include "core/messages.h"
+#include "trade/named_line.h"
 #include "secmolra.h"
 #include "trade/order_family.h"
 
@@ -23,8 +24,6 @@ namespace molra::trade {
 
 // Offsets of what the frame reads in every answer block.
 constexpr std::int32_t kAnswerHeadLen = 430;
-constexpr const char* kAnswerTooShort = "应答数据包不正确1";
-constexpr const char* kSendFailed = "发送请求失败";
 // Decimal places of a price set as a key/value field.
 constexpr kel::int32 kPricePrecision = 6;
 

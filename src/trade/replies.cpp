@@ -9,7 +9,8 @@
 #include "core/errors.h"
 #include "comm/conn_pool.h"
 #include "comm/kel_api.h"
-#include "log/log.h"
+#include "core/messages.h"
+#include "core/log.h"
 #include "push/json_text.h"
 #include "util/field_ids.h"
 
@@ -17,8 +18,6 @@ namespace molra {
 namespace {
 
 constexpr int kReplyType = 14;
-constexpr char kShortAnswer1[] = "应答数据包不正确1";
-constexpr char kShortAnswer[] = "应答数据包不正确";
 
 // Every structured answer: return code, return note, order number, entrust time.
 constexpr int kMinAnswer = 430;
@@ -225,12 +224,12 @@ void WriteAnswer(JsonWriter& w, const ReplyKind& k, const Block& answer, const B
 bool StructuredReply(kel::int64 session, const ReplyKind& k) {
   Block answer;
   answer.data = kel::api.Kel_GetStructDataEx(session, &answer.len, -1);
-  if (answer.data == nullptr || answer.len < kMinAnswer) return Refuse(k, kShortAnswer1);
+  if (answer.data == nullptr || answer.len < kMinAnswer) return Refuse(k, msg::kAnswerShort1);
   if (answer.At<std::int16_t>(kCodeAt) > 0 && answer.len < k.min_len) {
-    return Refuse(k, kShortAnswer);
+    return Refuse(k, msg::kAnswerShort);
   }
   const Block request = RequestBlock(session);
-  if (request.data == nullptr) return Refuse(k, kShortAnswer1);
+  if (request.data == nullptr) return Refuse(k, msg::kAnswerShort1);
   const HostCallback cb = Kit().func_callback.load(std::memory_order_acquire);
   if (cb == nullptr) return true;
   JsonText text;
@@ -244,7 +243,7 @@ bool StructuredReply(kel::int64 session, const ReplyKind& k) {
 // The back end answered with an error and no record: the short form.
 bool UnstructuredReply(kel::int64 session, const ReplyKind& k) {
   const Block request = RequestBlock(session);
-  if (request.data == nullptr) return Refuse(k, kShortAnswer1);
+  if (request.data == nullptr) return Refuse(k, msg::kAnswerShort1);
   const HostCallback cb = Kit().func_callback.load(std::memory_order_acquire);
   if (cb == nullptr) return true;
   JsonText text;

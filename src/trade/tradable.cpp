@@ -3,6 +3,7 @@
 #include "core/guard.h"
 #include "core/errors.h"
 #include "comm/kel_api.h"
+#include "core/messages.h"
 #include "secmolra.h"
 #include "trade/order_args.h"
 #include "trade/order_blocks.h"
@@ -73,7 +74,7 @@ std::int64_t TradableImpl(Fam fam, CusLoginInfo* record, const TradableArgs& a) 
   const OrderFamily* f = Resolve(TargetOf(fam), a.jylb, record);
   if (f == nullptr) return -222;
   if (record == nullptr || a.jys == nullptr || a.zqdm == nullptr) {
-    return Refuse(*f, record, -221, kIllegal);
+    return Refuse(*f, record, -221, msg::kIllegalArgument);
   }
   OrderRequest req(*f, record);
   if (f->key_value) {

@@ -5,7 +5,8 @@
 #include "core/guard.h"
 #include "core/errors.h"
 #include "comm/kel_api.h"
-#include "log/log.h"
+#include "core/messages.h"
+#include "core/log.h"
 #include "secmolra.h"
 #include "trade/order_args.h"
 #include "trade/order_blocks.h"
@@ -17,8 +18,8 @@ namespace molra::trade {
 
 std::int64_t WithdrawImpl(Fam fam, CusLoginInfo* record, const WithdrawArgs& a, Mode mode) {
   const OrderFamily& f = Family(fam);
-  if (record == nullptr || a.jys == nullptr) return Refuse(f, record, -221, kIllegal);
-  if (a.cxwth < 1 && a.cxkfsbdbh < 1) return Refuse(f, record, -221, kIllegal);
+  if (record == nullptr || a.jys == nullptr) return Refuse(f, record, -221, msg::kIllegalArgument);
+  if (a.cxwth < 1 && a.cxkfsbdbh < 1) return Refuse(f, record, -221, msg::kIllegalArgument);
 
   OrderRequest req(f, record);
   const std::string khh = FieldText(record->KHH);
@@ -50,8 +51,8 @@ std::int64_t BatchWithdrawImpl(CusLoginInfo* record, std::int64_t lsh, bool asyn
 
 namespace {
 
-constexpr const char* kEmptyWithdrawArgs = "客户号、交易所不能为空";
-constexpr const char* kEmptyBatchWithdrawArgs = "客户号为空、流水号不能为负";
+constexpr const char* kEmptyWithdrawArgs = msg::kEmptyWithdrawArgs;
+constexpr const char* kEmptyBatchWithdrawArgs = msg::kEmptyBatchWithdrawArgs;
 
 enum class By { kWth, kKfsbdbh };
 

@@ -1,7 +1,7 @@
 #include "support/host_callbacks.h"
 
 #include "core/context.h"
-#include "log/log.h"
+#include "core/log.h"
 #include "support/test_support.h"
 
 namespace molra::test {

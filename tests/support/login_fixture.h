@@ -7,7 +7,7 @@
 #include <string>
 
 #include "kelsim.h"
-#include "log/log.h"
+#include "core/log.h"
 #include "secmolra.h"
 #include "support/test_support.h"
 

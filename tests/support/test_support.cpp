@@ -11,7 +11,13 @@
 #include <stdexcept>
 #include <vector>
 
-#include "log/log.h"
+#if defined(_WIN32)
+#include <windows.h>
+#else
+#include <iconv.h>
+#endif
+
+#include "core/log.h"
 #include "secmolra.h"
 #include "util/dynlib.h"
 
@@ -111,6 +117,33 @@ std::string LastErrorText() {
 std::string KitLog(const std::string& dir) {
   if (auto* l = g_logger.load()) l->flush();
   return ReadFile(dir + "/molra_" + Today() + ".log");
+}
+
+std::string Gbk(const std::string& utf8) {
+#if defined(_WIN32)
+  const int wide_len = MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, utf8.data(),
+                                           static_cast<int>(utf8.size()), nullptr, 0);
+  std::wstring wide(static_cast<std::size_t>(wide_len), L'\0');
+  MultiByteToWideChar(CP_UTF8, 0, utf8.data(), static_cast<int>(utf8.size()), wide.data(), wide_len);
+  const int len = WideCharToMultiByte(936, 0, wide.data(), wide_len, nullptr, 0, nullptr, nullptr);
+  std::string out(static_cast<std::size_t>(len), '\0');
+  WideCharToMultiByte(936, 0, wide.data(), wide_len, out.data(), len, nullptr, nullptr);
+  if (utf8.size() > 0 && (wide_len == 0 || len == 0)) throw std::runtime_error("no GBK for " + utf8);
+  return out;
+#else
+  iconv_t cd = iconv_open("GBK", "UTF-8");
+  if (cd == reinterpret_cast<iconv_t>(-1)) throw std::runtime_error("iconv lacks GBK");
+  std::string in = utf8;
+  std::string out(utf8.size() * 2 + 1, '\0');
+  char* src = in.data();
+  char* dst = out.data();
+  std::size_t src_left = in.size(), dst_left = out.size();
+  const std::size_t r = iconv(cd, &src, &src_left, &dst, &dst_left);
+  iconv_close(cd);
+  if (r == static_cast<std::size_t>(-1)) throw std::runtime_error("no GBK for " + utf8);
+  out.resize(out.size() - dst_left);
+  return out;
+#endif
 }
 
 }  // namespace molra::test

@@ -51,4 +51,9 @@ std::string LastErrorText();
 // The kit's log file of today in dir, flushed first.
 std::string KitLog(const std::string& dir);
 
+// The GBK bytes of a UTF-8 text: the tests write the kit's texts as they read, and compare
+// what the kit hands out byte for byte. Converted by the platform (iconv, or the Windows
+// code page 936), independently of the kit's own table.
+std::string Gbk(const std::string& utf8);
+
 }  // namespace molra::test

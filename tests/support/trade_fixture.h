@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "kelsim.h"
-#include "log/log.h"
+#include "core/log.h"
 #include "secmolra.h"
 #include "support/byte_block.h"
 #include "support/test_support.h"

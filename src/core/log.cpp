@@ -1,4 +1,5 @@
-#include "log/log.h"
+#include "core/log.h"
+#include "core/messages.h"
 
 #include <spdlog/pattern_formatter.h>
 #include <spdlog/sinks/daily_file_sink.h>
@@ -70,7 +71,7 @@ void SetUpLogging(const std::string& log_path) {
     LoggerOwners().push_back(logger);
     g_logger.store(logger.get(), std::memory_order_release);
   } catch (const spdlog::spdlog_ex& ex) {
-    std::printf("打开日志文件失败！%s\n", ex.what());
+    std::printf(msg::kLogOpenFailed, ex.what());
   }
 }
 

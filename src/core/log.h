@@ -18,8 +18,8 @@ inline spdlog::logger* ActiveLogger() {
                                                      : nullptr;
 }
 
-// Creates the log directory, the logger and its pattern; prints "打开日志文件失败！" and
-// leaves the kit without a log when the library fails.
+// Creates the log directory, the logger and its pattern. When the logging library fails,
+// prints msg::kLogOpenFailed to standard output and leaves the kit without a log.
 void SetUpLogging(const std::string& log_path);
 // Stops the periodic flusher and drops the loggers from spdlog's registry; the kit keeps
 // its own handle, so later lines still reach the file.
