@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "core/errors.h"
+#include "core/text.h"
 #include "comm/kel_api.h"
 #include "support/host_callbacks.h"
 #include "support/login_fixture.h"

@@ -54,20 +54,20 @@ TEST(IniFileLocation, ProfilePathIsJoinedWithoutSeparator) {
 
 TEST(GlobalSection, MissingFileGivesDefaults) {
   SECMOLRA_SetProfilePath((MakeTempDir() + "/").c_str());
-  EXPECT_TRUE(CommInit());
-  EXPECT_FALSE(Global().struct_push_msg);
-  EXPECT_EQ(Global().confirm_msg_func, "DM0003");
-  EXPECT_EQ(Global().report_msg_func, "DM0004");
+  const PushSettings push = CommInit();
+  EXPECT_FALSE(push.struct_push_msg);
+  EXPECT_EQ(push.confirm_msg_func, "DM0003");
+  EXPECT_EQ(push.report_msg_func, "DM0004");
 }
 
 TEST(GlobalSection, SectionsAndKeysIgnoreCaseAndTheFileIsReadAfresh) {
   std::string dir = WriteIni("[global]\nstructpushmsg=Yes\nconfirmmsgfunc=1234\n");
-  EXPECT_TRUE(CommInit());
-  EXPECT_TRUE(Global().struct_push_msg);
-  EXPECT_EQ(Global().confirm_msg_func, "1234");
-  EXPECT_EQ(Global().report_msg_func, "DM0004");
+  PushSettings push = CommInit();
+  EXPECT_TRUE(push.struct_push_msg);
+  EXPECT_EQ(push.confirm_msg_func, "1234");
+  EXPECT_EQ(push.report_msg_func, "DM0004");
   WriteFile(dir + "molra.ini", "[GLOBAL]\nStructPushMsg=of\n");
-  EXPECT_TRUE(CommInit());
-  EXPECT_FALSE(Global().struct_push_msg);
-  EXPECT_EQ(Global().confirm_msg_func, "DM0003");
+  push = CommInit();
+  EXPECT_FALSE(push.struct_push_msg);
+  EXPECT_EQ(push.confirm_msg_func, "DM0003");
 }

@@ -18,6 +18,7 @@
 
 #include "comm/kel_api.h"
 #include "push/push_handlers.h"
+#include "core/context.h"
 #include "support/host_callbacks.h"
 #include "support/trade_fixture.h"
 
@@ -140,8 +141,8 @@ TEST_F(Exceptions, PushesAndConnectionEventsThatThrowAreLoggedAndDropped) {
   // A host callback that throws inside the structured handler, on a thread of its own.
   SECMOLRA_SetMsgCallback(ThrowingHost);
   char structured[415] = {};
-  std::thread([&structured] { molra::ScStructMsgProc(nullptr, 0, sizeof structured, structured); })
-      .join();
+  molra::PushSettings push;
+  std::thread([&] { molra::ScStructMsgProc(&push, 0, sizeof structured, structured); }).join();
   SECMOLRA_SetMsgCallback(nullptr);
   const std::string log = LogText();
   for (const char* name : {"ScOrderMsgProcess", "KelComm::KelConn::on_conn_event", "ScStructMsgProc"}) {

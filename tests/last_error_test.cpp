@@ -8,6 +8,7 @@
 
 #include "core/context.h"
 #include "core/errors.h"
+#include "core/text.h"
 #include "core/messages.h"
 #include "secmolra.h"
 #include "support/test_support.h"
@@ -118,20 +119,20 @@ TEST(BoundedCopy, ExactWidthLeavesNoTerminator) {
 TEST(Setters, SetNodeRefusesNullAndAcceptsEmpty) {
   EXPECT_TRUE(SECMOLRA_SetNode("node-a"));
   EXPECT_FALSE(SECMOLRA_SetNode(nullptr));
-  EXPECT_EQ(molra::Kit().Node(), "node-a");
+  EXPECT_EQ(molra::Host().Node(), "node-a");
   EXPECT_TRUE(SECMOLRA_SetNode(""));
-  EXPECT_EQ(molra::Kit().Node(), "");
+  EXPECT_EQ(molra::Host().Node(), "");
 }
 
 TEST(Setters, SetWTFSKeepsThePreviousMethodWhenTheTransportRefusesAndSetKelWriteLogForwards) {
   ASSERT_TRUE(SECMOLRA_Init());
   Sim::Get().Reset();
   EXPECT_TRUE(SECMOLRA_SetWTFS("32"));
-  EXPECT_EQ(molra::Kit().Wtfs(), "32");
+  EXPECT_EQ(molra::Host().Wtfs(), "32");
   EXPECT_NE(Sim::Get().CallLog().find("Kel_SetDefaultInfo(,32,,)"), std::string::npos);
   Sim::Get().Fn<void (*)(bool)>("KelSim_SetDefaultInfoResult")(false);
   EXPECT_FALSE(SECMOLRA_SetWTFS("64"));
-  EXPECT_EQ(molra::Kit().Wtfs(), "32");
+  EXPECT_EQ(molra::Host().Wtfs(), "32");
   Sim::Get().ClearCallLog();
   EXPECT_TRUE(SECMOLRA_SetKelWriteLog(false));
   EXPECT_EQ(Sim::Get().CallLog(), "Kel_WriteLog(0)\n");
@@ -141,7 +142,7 @@ TEST(Setters, SetWTFSKeepsThePreviousMethodWhenTheTransportRefusesAndSetKelWrite
 TEST(Setters, SetWTFSBeforeInitIsRefusedWithoutCallingTheTransport) {
   EXPECT_FALSE(SECMOLRA_SetWTFS("32"));
   EXPECT_FALSE(SECMOLRA_SetKelWriteLog(true));
-  EXPECT_EQ(molra::Kit().Wtfs(), "");
+  EXPECT_EQ(molra::Host().Wtfs(), "");
 }
 
 static void Cb1(const char*, const char*, int32_t) {}
@@ -149,8 +150,8 @@ static void Cb1(const char*, const char*, int32_t) {}
 TEST(Setters, CallbackSettersStoreAndSwitchOff) {
   SECMOLRA_SetMsgCallback(Cb1);
   SECMOLRA_SetFuncCallback(Cb1);
-  EXPECT_EQ(molra::Kit().msg_callback.load(), &Cb1);
-  EXPECT_EQ(molra::Kit().func_callback.load(), &Cb1);
+  EXPECT_EQ(molra::Host().msg_callback.load(), &Cb1);
+  EXPECT_EQ(molra::Host().func_callback.load(), &Cb1);
   SECMOLRA_SetMsgCallback(nullptr);
-  EXPECT_EQ(molra::Kit().msg_callback.load(), nullptr);
+  EXPECT_EQ(molra::Host().msg_callback.load(), nullptr);
 }

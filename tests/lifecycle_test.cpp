@@ -76,24 +76,24 @@ TEST(Lifecycle, InitStartsTheTransportInOrder) {
   EXPECT_EQ(Sim::Get().CallLog(),
             "Kel_Initialize()\nKel_SetDefaultSystemId(4)\nKel_SetDefaultNodeId(0)\n"
             "Kel_SetLogPath()\n");
-  EXPECT_NE(molra::Pool(), nullptr);
+  EXPECT_NE(KitPool(), nullptr);
   SECMOLRA_Exit();
 }
 
 TEST(Lifecycle, SecondInitRepeatsNothingAndInitAfterExitLeavesTheTransportTornDown) {
   ASSERT_TRUE(SECMOLRA_Init());
-  molra::ConnPool* pool = molra::Pool();
+  molra::ConnPool* pool = KitPool();
   Sim::Get().ClearCallLog();
   EXPECT_TRUE(SECMOLRA_Init());
   EXPECT_EQ(Sim::Get().CallLog(), "");
-  EXPECT_EQ(molra::Pool(), pool);
+  EXPECT_EQ(KitPool(), pool);
   EXPECT_TRUE(SECMOLRA_Exit());
   EXPECT_NE(Sim::Get().CallLog().find("Kel_Uninitialize()"), std::string::npos);
-  EXPECT_EQ(molra::Pool(), nullptr);
+  EXPECT_EQ(KitPool(), nullptr);
   Sim::Get().ClearCallLog();
   EXPECT_TRUE(SECMOLRA_Init());
   EXPECT_EQ(Sim::Get().CallLog(), "");
-  EXPECT_EQ(molra::Pool(), nullptr);
+  EXPECT_EQ(KitPool(), nullptr);
   EXPECT_TRUE(SECMOLRA_Exit());  // nothing left to tear down
   EXPECT_EQ(Sim::Get().CallLog(), "");
 }

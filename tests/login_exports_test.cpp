@@ -3,7 +3,7 @@
 #include <cstring>
 #include <vector>
 
-#include "account/registry.h"
+#include "core/context.h"
 #include "support/login_fixture.h"
 
 using namespace molra::test;
@@ -75,7 +75,7 @@ TEST_F(LoginTest, ConnectionFailureReturnsTheStagedCodeAndMessage) {
   std::string m = LastErrorText();
   EXPECT_EQ(m.rfind("connect failed.", 0), 0u) << m;
   EXPECT_NE(m.find("[key:T,addr:127.0.0.1:9102]"), std::string::npos) << m;
-  EXPECT_EQ(molra::Registry().DefaultKhh(0), "");
+  EXPECT_EQ(Customers().DefaultKhh(0), "");
 }
 
 TEST_F(LoginTest, TradeLoginExChecksItsRecord) {
@@ -119,13 +119,13 @@ TEST_F(LoginTest, LogoutChecksItsArgumentAndResetsTheCustomer) {
   EXPECT_EQ(LastErrorText(), Gbk("客户号不能为空"));
 
   ASSERT_GT(SECMOLRA_TradeLogin("T", "1001", "111111"), 0);
-  ASSERT_NE(molra::Registry().Find(4, "1001"), nullptr);
+  ASSERT_NE(Customers().Find(4, "1001"), nullptr);
   Sim::Get().ClearCallLog();
   EXPECT_EQ(SECMOLRA_TradeLogout("1001"), 1);
-  EXPECT_EQ(molra::Registry().Find(4, "1001"), nullptr);
-  EXPECT_EQ(molra::Registry().DefaultKhh(4), "");
-  EXPECT_EQ(molra::Registry().DefaultConn(4), nullptr);
-  EXPECT_EQ(molra::NodeTable().Get("1001"), 0);
+  EXPECT_EQ(Customers().Find(4, "1001"), nullptr);
+  EXPECT_EQ(Customers().DefaultKhh(4), "");
+  EXPECT_EQ(Customers().DefaultConn(4), nullptr);
+  EXPECT_EQ(Customers().nodes.Get("1001"), 0);
   // Nothing goes to the back end, and the connection set stays in the pool.
   EXPECT_EQ(Sim::Get().CallLog(), "");
   EXPECT_NE(Log().find("SECMOLRA_TradeLogout khh:1001 "), std::string::npos);
@@ -136,9 +136,9 @@ TEST_F(LoginTest, LogoutChecksItsArgumentAndResetsTheCustomer) {
 TEST_F(LoginTest, SetCusTokenAndNodeIdStoreWithoutChecks) {
   StartDefault();
   EXPECT_TRUE(SECMOLRA_SetCusToken("1001", 77));
-  EXPECT_EQ(molra::TokenTable().Get("1001"), 77);
+  EXPECT_EQ(Customers().tokens.Get("1001"), 77);
   EXPECT_TRUE(SECMOLRA_SetCusNodeID("1001", 5));
-  EXPECT_EQ(molra::NodeTable().Get("1001"), 5);
+  EXPECT_EQ(Customers().nodes.Get("1001"), 5);
   EXPECT_TRUE(SECMOLRA_SetCusToken(nullptr, 1));
   EXPECT_TRUE(SECMOLRA_SetCusNodeID(nullptr, 1));
   std::string log = Log();
@@ -193,9 +193,8 @@ TEST_F(LoginTest, QueryCusNodeinfoReportsTheBackEndsRefusal) {
   EXPECT_TRUE(list.empty());
 }
 
-TEST_F(LoginTest, TradeDateWithNobodyLoggedInReportsTheStagedRecord) {
+TEST_F(LoginTest, TradeDateWithNobodyLoggedInIsNotConnected) {
   StartDefault();
-  molra::StageError(0, Gbk("客户未连接登录，无法获取连接"));
   EXPECT_EQ(SECMOLRA_GetTradeDate(), 0);
   EXPECT_EQ(LastErrorText(), Gbk("客户未连接登录，无法获取连接"));
   EXPECT_NE(Log().find(Gbk("GetTradeDate：客户未连接登录，无法获取连接")), std::string::npos);

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "comm/conn_pool.h"
-#include "account/registry.h"
+#include "core/context.h"
 #include "push/subscribe.h"
 #include "support/login_fixture.h"
 
@@ -27,7 +27,7 @@ void OnMsg(const char*, const char* json, int32_t type) {
   g_delivered.push_back({json ? json : "", type});
 }
 
-std::shared_ptr<KelComm::KelConn> SetOf(const char* khh) { return molra::Pool()->GetConnection(khh, ""); }
+std::shared_ptr<KelComm::KelConn> SetOf(const char* khh) { return *KitPool()->GetConnection(khh, ""); }
 
 std::string SubscribeConn() {
   return std::to_string(LOGIN_SIM_FN(KelSim_ConnectionByAddr)("127.0.0.1:9104", 0));
@@ -70,10 +70,6 @@ TEST_F(LoginTest, PerSubscriptionPathSubscribesBothKindsWithTheirHandlers) {
                          ")\nKel_AllocateSession(" + sub + ")\n" + SubscriptionCalls("DM0004", "fn");
   EXPECT_NE(calls.find(expected), std::string::npos) << calls;
   EXPECT_EQ(calls.find("Kel_RegGlobalStructPublishFunc"), std::string::npos);
-  auto* slots = SetOf("1001")->ActiveSlots();
-  EXPECT_GE(slots[1], 1);
-  EXPECT_GE(slots[3], 1);
-  EXPECT_NE(slots[1], slots[3]);
   EXPECT_EQ(LOGIN_SIM_FN(KelSim_SubscriptionCount)("1001"), 2);
   std::string log = Log();
   EXPECT_NE(log.find("SubscribeTradeMsg qr subscribe success"), std::string::npos);
@@ -91,7 +87,7 @@ TEST_F(LoginTest, SecondLoginWithPerSubscriptionPushesIsAlreadySubscribed) {
   EXPECT_EQ(Count(log, "cj already subscribe"), 0u);
 }
 
-TEST_F(LoginTest, StructuredPathRegistersTheGlobalHandlerAndSharesTheConfirmationSlot) {
+TEST_F(LoginTest, StructuredPathRegistersTheGlobalHandlerAndSubscribesOnce) {
   StartDefault("StructPushMsg=1\n");
   ASSERT_GT(SECMOLRA_TradeLogin("T", "1001", "111111"), 0);
   std::string sub = SubscribeConn();
@@ -100,9 +96,6 @@ TEST_F(LoginTest, StructuredPathRegistersTheGlobalHandlerAndSharesTheConfirmatio
   ASSERT_NE(reg, std::string::npos) << calls;
   EXPECT_NE(calls.find(SubscriptionCalls("DM0003", "(null)"), reg), std::string::npos) << calls;
   EXPECT_NE(calls.find(SubscriptionCalls("DM0004", "(null)"), reg), std::string::npos) << calls;
-  auto* slots = SetOf("1001")->ActiveSlots();
-  EXPECT_GE(slots[1], 1);
-  EXPECT_EQ(slots[3], 0);  // the match subscription went into the confirmation slot
 
   Sim::Get().ClearCallLog();
   ASSERT_GT(SECMOLRA_TradeLogin("T", "1001", "111111"), 0);
@@ -148,28 +141,17 @@ TEST_F(LoginTest, StructuredPushesReachTheMessageCallbackThroughTheGlobalHandler
   EXPECT_EQ(g_delivered[0].type, 8);
 }
 
-TEST_F(LoginTest, MatchSlotAloneStopsTheSubscriptionWithItsOwnLine) {
-  StartDefault();
-  ASSERT_GT(SECMOLRA_TradeLogin("T", "1001", "111111"), 0);
-  auto conn = SetOf("1001");
-  conn->ActiveSlots()[1] = 0;
-  Sim::Get().ClearCallLog();
-  molra::SubscribeTradeMsg("1001", molra::NodeTable().Get("1001"), conn);
-  EXPECT_EQ(Sim::Get().CallLog(), "");
-  EXPECT_EQ(Count(Log(), "SubscribeTradeMsg cj already subscribe"), 1u);
-}
-
 TEST_F(LoginTest, FailedSessionLogsTheFailureAndTheOtherKindStillSubscribes) {
   StartDefault();
   ASSERT_GT(SECMOLRA_TradeLogin("T", "1001", "111111"), 0);
   auto conn = SetOf("1001");
-  conn->ActiveSlots()[1] = 0;
-  conn->ActiveSlots()[3] = 0;
+  conn->subscriptions.confirm = 0;  // as after a cancelling recovery
+  conn->subscriptions.match = 0;
   SECMOLRA_SetLastError(0, "", nullptr, nullptr);
   LOGIN_SIM_FN(KelSim_FailAllocSession)(1);
-  molra::SubscribeTradeMsg("1001", molra::NodeTable().Get("1001"), conn);
-  EXPECT_EQ(conn->ActiveSlots()[1], 0);
-  EXPECT_GE(conn->ActiveSlots()[3], 1);
+  molra::SubscribeTradeMsg(molra::CurrentKit()->push, "1001", 1, conn);
+  EXPECT_EQ(conn->subscriptions.confirm, 0);
+  EXPECT_GE(conn->subscriptions.match, 1);
   std::string log = Log();
   EXPECT_EQ(Count(log, "SubscribeTradeMsg qr subscribe failed"), 1u);
   EXPECT_EQ(Count(log, "SubscribeTradeMsg cj subscribe success"), 2u);
@@ -177,25 +159,13 @@ TEST_F(LoginTest, FailedSessionLogsTheFailureAndTheOtherKindStillSubscribes) {
   EXPECT_EQ(LOGIN_SIM_FN(KelSim_OpenSessions)(), 0);
 }
 
-TEST_F(LoginTest, SubscriptionUsesTheGroupOfTheActiveProfile) {
-  StartDefault();
-  ASSERT_GT(SECMOLRA_TradeLogin("T", "1001", "111111"), 0);
-  auto conn = SetOf("1001");
-  conn->active_profile = 1;
-  molra::SubscribeTradeMsg("1001", molra::NodeTable().Get("1001"), conn);
-  EXPECT_GE(conn->slots[1][1], 1);
-  EXPECT_GE(conn->slots[1][3], 1);
-  EXPECT_EQ(Count(Log(), "already subscribe"), 0u);
-  conn->active_profile = 0;
-}
-
 TEST_F(LoginTest, SubscriptionWithoutACustomerDoesNothing) {
   StartDefault("StructPushMsg=1\n");
   ASSERT_GT(SECMOLRA_TradeLogin("T", "1001", "111111"), 0);
   auto conn = SetOf("1001");
   Sim::Get().ClearCallLog();
-  molra::SubscribeTradeMsg("", 0, conn);
-  molra::SubscribeTradeMsg("1001", 0, nullptr);
+  molra::SubscribeTradeMsg(molra::CurrentKit()->push, "", 0, conn);
+  molra::SubscribeTradeMsg(molra::CurrentKit()->push, "1001", 0, nullptr);
   EXPECT_EQ(Sim::Get().CallLog(),
             "Kel_RegGlobalStructPublishFunc(fn)\nKel_RegGlobalStructPublishFunc(fn)\n");
 }
@@ -231,8 +201,6 @@ void Resubscription::ExpectAfterACancellingRecovery(int size, int khh_at) {
   LOGIN_SIM_FN(KelSim_RestoreConnection)(sub);
   LOGIN_SIM_FN(KelSim_WaitIdle)();
   EXPECT_EQ(LOGIN_SIM_FN(KelSim_SubscriptionCount)("1001"), 0) << "both cancelled";
-  EXPECT_EQ(SetOf("1001")->ActiveSlots()[1], 0);
-  EXPECT_EQ(SetOf("1001")->ActiveSlots()[3], 0);
 
   ASSERT_GT(SECMOLRA_TradeLogin("T", "1001", "111111"), 0);
   EXPECT_EQ(LOGIN_SIM_FN(KelSim_SubscriptionCount)("1001"), 2);

@@ -27,12 +27,15 @@ std::string MakeRecord(std::size_t len, const char* cxbz, std::int32_t sbjg) {
   return r;
 }
 
+// The push settings the structured handler is registered with (the defaults until UseCodes).
+molra::PushSettings g_push;
+
 void UseCodes(const char* confirm, const char* report) {
   std::string dir = MakeTempDir();
   WriteFile(dir + "/molra.ini", std::string("[GLOBAL]\nConfirmMsgFunc=") + confirm +
                                     "\nReportMsgFunc=" + report + "\n");
-  molra::Kit().SetProfilePath(dir + "/");
-  molra::CommInit();
+  molra::Host().SetProfilePath(dir + "/");
+  g_push = molra::CommInit();
 }
 
 bool IsStamp(const std::string& s) { return std::regex_match(s, std::regex("[0-9]{6}\\.[0-9]{3}")); }
@@ -41,7 +44,7 @@ TEST(PushStruct, DefaultCodesCountAsZeroAndTake415BytesAsAConfirmation) {
   ScratchLog log;
   HostCallbacks host;
   std::string rec = MakeRecord(415, "O", 0);
-  molra::ScStructMsgProc(nullptr, 0, 415, rec.data());
+  molra::ScStructMsgProc(&g_push, 0, 415, rec.data());
   auto got = host.Messages();
   ASSERT_EQ(got.size(), 1u);
   EXPECT_EQ(got[0].type, 8);
@@ -54,8 +57,8 @@ TEST(PushStruct, ShortOrMissingDataIsLoggedAsUnknownAndDropped) {
   ScratchLog log;
   HostCallbacks host;
   std::string rec = MakeRecord(415, "O", 0);
-  molra::ScStructMsgProc(nullptr, 0, 414, rec.data());
-  molra::ScStructMsgProc(nullptr, 0, 415, nullptr);
+  molra::ScStructMsgProc(&g_push, 0, 414, rec.data());
+  molra::ScStructMsgProc(&g_push, 0, 415, nullptr);
   EXPECT_TRUE(host.Messages().empty());
   for (const char* len : {"414", "415"}) {
     // Written at info level: warning is for a failed rebind only.
@@ -69,9 +72,9 @@ TEST(PushStruct, FunctionNumbersAreTheLeadingDigitsOfTheConfiguredCodes) {
   ScratchLog log;
   HostCallbacks host;
   std::string rec = MakeRecord(500, "W", 3);  // longer records are taken too
-  molra::ScStructMsgProc(nullptr, 620001, 500, rec.data());
-  molra::ScStructMsgProc(nullptr, 620002, 500, rec.data());
-  molra::ScStructMsgProc(nullptr, 0, 500, rec.data());  // no longer either code
+  molra::ScStructMsgProc(&g_push, 620001, 500, rec.data());
+  molra::ScStructMsgProc(&g_push, 620002, 500, rec.data());
+  molra::ScStructMsgProc(&g_push, 0, 500, rec.data());  // no longer either code
   auto got = host.Messages();
   ASSERT_EQ(got.size(), 2u);
   EXPECT_EQ(got[0].type, 9);   // confirmation of a withdrawal
@@ -86,7 +89,7 @@ TEST(PushStruct, NoCallbackMeansNothingLoggedOrBuilt) {
   ScratchLog log;
   HostCallbacks host(false, true);
   std::string rec = MakeRecord(415, "O", 0);
-  molra::ScStructMsgProc(nullptr, 0, 415, rec.data());
+  molra::ScStructMsgProc(&g_push, 0, 415, rec.data());
   EXPECT_TRUE(host.Messages().empty());
   EXPECT_TRUE(host.Functions().empty());
   EXPECT_EQ(log.Text().find("push message"), std::string::npos);

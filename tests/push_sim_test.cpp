@@ -7,6 +7,7 @@
 
 #include "push/push_handlers.h"
 #include "trade/replies.h"
+#include "core/context.h"
 #include "support/host_callbacks.h"
 #include "support/sim_api.h"
 
@@ -127,7 +128,8 @@ TEST_F(PushSim, ConfirmationAndMatchArriveThroughThePerSubscriptionHandlers) {
 
 TEST_F(PushSim, StructuredPushesOfAWithdrawalAndARefusal) {
   HostCallbacks host;
-  k.Kel_RegGlobalStructPublishFunc(&molra::ScStructMsgProc, nullptr);
+  molra::PushSettings push;  // the default codes
+  k.Kel_RegGlobalStructPublishFunc(&molra::ScStructMsgProc, &push);
   Subscribe("DM0003", nullptr);
   // 20% above the price: accepted by the back end, refused by the exchange.
   client.Run(Order(token, 100, 12.0));

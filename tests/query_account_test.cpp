@@ -4,7 +4,7 @@
 #include <cstring>
 #include <string>
 
-#include "account/registry.h"
+#include "core/context.h"
 #include "comm/conn_pool.h"
 #include "support/login_fixture.h"
 #include "support/query_support.h"
@@ -81,9 +81,9 @@ TEST_F(Account, PasswordChangeResultIsKey507NotTheAnswerCode) {
 
 TEST_F(Account, PasswordChangeOnAnotherSystemTypeIsNotImplemented) {
   LogIn("1001", "111111");
-  auto conn = molra::Pool()->GetConnection("1001", "");
+  auto conn = *KitPool()->GetConnection("1001", "");
   ASSERT_NE(conn, nullptr);
-  molra::Registry().Register(5, "1001", molra::Registry().Find(4, "1001"));
+  Customers().Register(5, "1001", Customers().Find(4, "1001"));
   conn->system_type = 5;
   ExpectError(SECMOLRA_ModifyPwd("1001", "111111", "1", 0), -222, "功能未实现",
               "AccountInfo::ModifyPwd");

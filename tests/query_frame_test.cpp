@@ -136,7 +136,7 @@ TEST_F(QueryFrame, NodeIdIsSetAfterTheHeadAndBeforeTheFields) {
 TEST_F(QueryFrame, LoggedOutCustomerGetsNotLoggedInWhileItsSetStaysInThePool) {
   LogIn();
   ASSERT_EQ(SECMOLRA_TradeLogout("1001"), 1);
-  ASSERT_NE(molra::Pool()->GetConnection("1001", ""), nullptr);
+  ASSERT_TRUE(KitPool()->GetConnection("1001", ""));
   std::vector<FundRecord> list(1);
   ExpectError(SECMOLRA_QueryFundInfo("1001", list), -203, "客户未登录", "QueryZjxx");
   EXPECT_TRUE(list.empty());

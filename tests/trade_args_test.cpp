@@ -47,8 +47,9 @@ TEST(RequestNumber, TimeTextLosesItsLeadingZeros) {
 }
 
 TEST(RequestNumber, GeneratedNumbersCarryTheCounterInTheirLastTenDigits) {
-  const std::int64_t a = GenerateRequestNumber();
-  const std::int64_t b = GenerateRequestNumber();
+  molra::Kit kit({}, nullptr);
+  const std::int64_t a = GenerateRequestNumber(kit);
+  const std::int64_t b = GenerateRequestNumber(kit);
   EXPECT_EQ(a % 10000000000LL, 1);  // the counter starts at 0; its first number uses 1
   EXPECT_EQ(b % 10000000000LL, 2);
   EXPECT_LE(b, molra::trade::kMaxRequestNumber);

@@ -102,9 +102,12 @@ SECMOLRA_API int64_t PYSECMOLRA_QueryETFShare(const char* khh, const char* jjdm,
                                               ETFShareRecord* records, int32_t cap) {
   return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
     return CopyOut(records, cap, [&](std::vector<ETFShareRecord>& l) -> std::int64_t {
-      if (!query::CheckFundCode(jjdm)) return SECMOLRA_ERR_ARGUMENT;
+      constexpr const char* kName = "PYSECMOLRA_QueryETFShare";
+      if (Status checked = query::CheckFundCode(jjdm); !checked) {
+        return Report(checked.failure(), kName);
+      }
       CusLoginInfo info = query::MakeLoginInfo(khh);
-      return query::QueryETFShare(&info, jjdm, l);
+      return Reported(query::QueryETFShare(&info, jjdm, l), kName);
     });
   });
 }

@@ -5,7 +5,9 @@
 #include "core/guard.h"
 #include "secmolra.h"
 #include "util/clock.h"
-#include "account/server_time.h"
+#include "account/server_clock.h"
+#include "core/context.h"
+#include "core/errors.h"
 #include "util/time_text.h"
 
 using namespace molra;
@@ -31,7 +33,9 @@ SECMOLRA_API uint64_t SECMOLRA_GetDoubleTickCount(void) MOLRA_SECOND_NAME_OF("SE
 
 SECMOLRA_API int64_t SECMOLRA_GetSystemDate(void) {
   return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
-    if (SystemDate() <= 0) GetCurTime();
+    if (SystemDate() <= 0) {
+      if (Status clock = MeasureServerTime(CurrentKit()); !clock) Report(clock.failure(), nullptr);
+    }
     return SystemDate();
   });
 }

@@ -40,9 +40,9 @@ const RoleInfo* RoleOfHandle(const KelConn& set, kel::int64 handle) {
 }
 
 void Notify(const KelConn& set, kel::int32 event) {
-  SECMOLRA_ConnEventCallback cb = molra::Kit().conn_event_callback.load();
+  SECMOLRA_ConnEventCallback cb = molra::Host().conn_event_callback.load();
   if (cb == nullptr) return;
-  const std::string name = FieldText(set.Active().name);
+  const std::string name = FieldText(set.profile.name);
   cb(set.customer.c_str(), name.c_str(), event, 0);
 }
 
@@ -76,9 +76,9 @@ void OnRecovery(KelConn& set, const RoleInfo* role, kel::int64 handle) {
     (set.*role->state).store(0);
     count = --set.broken_count;
     MOLRA_LOG_INFO(fmt::runtime(role->restored), set.key, set.customer);
-    if (role->bind_customer && BindsCustomer(set.Active())) Rebind(set, handle);
+    if (role->bind_customer && BindsCustomer(set.profile)) Rebind(set, handle);
     if (role == &kRoles[kSubscribe]) {
-      if (set.primary.cancel_resub) Unsubscribe(handle, set.TakeSubscriptions(0));
+      if (set.profile.cancel_resub) Unsubscribe(handle, set.TakeSubscriptions());
       MOLRA_LOG_INFO(msg::kSubscribeCrash, kEventHandlerName);
     }
   }

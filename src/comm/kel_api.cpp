@@ -5,7 +5,7 @@
 #include <cstring>
 #include <string>
 
-#include "core/errors.h"
+#include "secmolra.h"
 #include "core/messages.h"
 #include "util/dynlib.h"
 
@@ -24,6 +24,11 @@ const char* LookupName(const char* plain) {
 
 std::string g_transport_file = "./kelapi50.dll";
 
+// The binder's failures are recorded under no function name.
+molra::Failure Unbound(std::string message) {
+  return molra::Failure{SECMOLRA_ERR_LOAD, std::move(message), ""};
+}
+
 }  // namespace
 
 #define KEL_LOOKUP_NAME(name, ret, params) LookupName(#name),
@@ -32,12 +37,10 @@ const char* const kEntryPointNames[kEntryPointCount] = {KEL_ENTRY_POINTS(KEL_LOO
 
 void SetTransportFileForTest(const char* path) { g_transport_file = path; }
 
-bool BindTransport() {
+molra::Status BindTransport() {
   void* module = molra::LoadDynamicLibrary(g_transport_file.c_str());
   if (module == nullptr) {
-    molra::SetLastError(-200, fmt::format(msg::kLoadLibraryFailed, molra::LastSystemError()),
-                        nullptr, nullptr);
-    return false;
+    return Unbound(fmt::format(msg::kLoadLibraryFailed, molra::LastSystemError()));
   }
   // Fields of Api are laid out in the same order as kEntryPointNames; bind through a
   // parallel table of field addresses so one loop serves all 123 entries.
@@ -49,14 +52,11 @@ bool BindTransport() {
   for (int i = 0; i < kEntryPointCount; ++i) {
     void* fn = molra::FindSymbol(module, kEntryPointNames[i]);
     if (fn == nullptr) {
-      molra::SetLastError(
-          -200, fmt::format(msg::kLoadEntryFailed, kEntryPointNames[i], molra::LastSystemError()),
-          nullptr, nullptr);
-      return false;
+      return Unbound(fmt::format(msg::kLoadEntryFailed, kEntryPointNames[i], molra::LastSystemError()));
     }
     *slots[i] = fn;
   }
-  return true;
+  return molra::Ok();
 }
 
 }  // namespace kel

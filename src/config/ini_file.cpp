@@ -87,29 +87,18 @@ bool IniFile::HasSection(const char* section) const {
   return impl_->ini.GetSection(section) != nullptr;
 }
 
-std::string ConfigFilePath() { return Kit().ProfilePath() + "molra.ini"; }
+std::string ConfigFilePath() { return Host().ProfilePath() + "molra.ini"; }
 
-namespace {
-// Never destroyed: the push handlers read it on transport threads, also while the process
-// ends.
-GlobalConfig& Settings() {
-  static auto* settings = new GlobalConfig();
-  return *settings;
-}
-}  // namespace
-
-const GlobalConfig& Global() { return Settings(); }
-
-bool CommInit() {
-  GlobalConfig& global = Settings();
+PushSettings CommInit() {
+  PushSettings push;
   IniFile ini;
   ini.Load(ConfigFilePath());
-  global.struct_push_msg = ini.GetBool("GLOBAL", "StructPushMsg", false);
-  global.confirm_msg_func = ini.GetString("GLOBAL", "ConfirmMsgFunc", "DM0003");
-  global.report_msg_func = ini.GetString("GLOBAL", "ReportMsgFunc", "DM0004");
+  push.struct_push_msg = ini.GetBool("GLOBAL", "StructPushMsg", false);
+  push.confirm_msg_func = ini.GetString("GLOBAL", "ConfirmMsgFunc", "DM0003");
+  push.report_msg_func = ini.GetString("GLOBAL", "ReportMsgFunc", "DM0004");
   MOLRA_LOG_INFO("CommInit success. StructPushMsg:{} ConfirmMsgFunc:{} ReportMsgFunc:{}",
-                 global.struct_push_msg, global.confirm_msg_func, global.report_msg_func);
-  return true;
+                 push.struct_push_msg, push.confirm_msg_func, push.report_msg_func);
+  return push;
 }
 
 }  // namespace molra

@@ -10,7 +10,7 @@
 namespace molra {
 
 // Global structured publish handler (StructPushMsg on): registered with
-// Kel_RegGlobalStructPublishFunc.
+// Kel_RegGlobalStructPublishFunc, with the kit's PushSettings as ctx.
 void ScStructMsgProc(void* ctx, kel::int32 func, kel::int32 len, const char* data);
 // Per-subscription handlers (StructPushMsg off): passed to Kel_Subscribe.
 bool ScOrderMsgProcess(void* ctx, kel::int64 session);

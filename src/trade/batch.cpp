@@ -7,7 +7,6 @@
 #include <fmt/format.h>
 
 #include "core/guard.h"
-#include "core/errors.h"
 #include "core/messages.h"
 #include "core/log.h"
 #include "secmolra.h"
@@ -20,8 +19,6 @@ namespace molra::trade {
 
 namespace {
 
-constexpr const char* kEmptyBatchArgs = msg::kEmptyBatchArgs;
-constexpr const char* kTooManyRows = msg::kTooManyRows;
 constexpr double kPriceBound = 100000.0;  // the message says 99999.99; the test is below this
 constexpr std::int64_t kMaxQuantity = 999999999;
 constexpr std::uint32_t kMaxOrderType = 999;
@@ -123,19 +120,19 @@ std::int64_t ReadRows(const char* answer, std::int32_t len, std::vector<BatchOrd
 
 }  // namespace
 
-std::int64_t BatchEntrustImpl(CusLoginInfo* record, std::vector<BatchOrderRow>& rows,
-                              std::int64_t wtpch, bool async) {
+Result<std::int64_t> BatchEntrustImpl(CusLoginInfo* record, std::vector<BatchOrderRow>& rows,
+                                      std::int64_t wtpch, bool async) {
   const OrderFamily& f = Family(Fam::kBatchEntrust);
   OrderRequest req(f, record);
   BatchOrderReq& block = req.Block<BatchOrderReq>();
   block.wtpch = wtpch;
-  req.Prepare([&]() -> std::int64_t {
+  req.Prepare([&]() -> Status {
     for (std::size_t i = 0; i < rows.size(); ++i) {
       std::string problem = RowProblem(rows[i], i + 1);
-      if (!problem.empty()) return Refuse(f, record, -221, problem.c_str());
+      if (!problem.empty()) return Refuse(f, record, SECMOLRA_ERR_ARGUMENT, problem.c_str());
       PackRow(rows[i], block.rows + kBatchRowWidth * i);
     }
-    return 0;
+    return Ok();
   });
   req.Read([&](const char* answer, std::int32_t len) { return ReadRows(answer, len, rows, f.name); });
   return async ? req.Send(wtpch) : req.Run();
@@ -143,17 +140,17 @@ std::int64_t BatchEntrustImpl(CusLoginInfo* record, std::vector<BatchOrderRow>& 
 
 namespace {
 
-std::int64_t BatchExport(const char* func, const char* khh, CusLoginInfo* rec,
-                         std::vector<BatchOrderRow>& rows, std::int64_t wtpch, bool async) {
-  ArgCheck c(func);
+Result<std::int64_t> BatchExport(const char* func, const char* khh, CusLoginInfo* rec,
+                                 std::vector<BatchOrderRow>& rows, std::int64_t wtpch, bool async) {
+  ArgCheck c;
   if (rec == nullptr) c.NotNull({khh});
   const char* customer = rec != nullptr ? rec->KHH : khh;
-  c.NotEmpty({customer}, kEmptyBatchArgs).Require(!rows.empty(), kEmptyBatchArgs);
-  if (!c.ok()) return c.code();
+  c.NotEmpty({customer}, msg::kEmptyBatchArgs).Require(!rows.empty(), msg::kEmptyBatchArgs);
+  if (!c.ok()) return c.status().TakeFailure();
   MOLRA_LOG_INFO("{} lpkhh:{} ordernum:{} nWTPCH:{}", func,
                  rec != nullptr ? FieldText(rec->KHH) : std::string(khh), rows.size(), wtpch);
-  if (!c.Require(rows.size() <= static_cast<std::size_t>(kBatchMaxRows), kTooManyRows).ok()) {
-    return c.code();
+  if (!c.Require(rows.size() <= static_cast<std::size_t>(kBatchMaxRows), msg::kTooManyRows).ok()) {
+    return c.status().TakeFailure();
   }
   if (rec != nullptr) return BatchEntrustImpl(rec, rows, wtpch, async);
   CusLoginInfo own = MakeRecord(khh, "");
@@ -174,6 +171,8 @@ std::int64_t PyBatch(const char* khh, std::int64_t wtpch, BatchOrderRow* rows, s
 }  // namespace molra::trade
 
 using namespace molra::trade;
+using molra::Export;
+using molra::Result;
 using molra::Guard;
 
 extern "C" {
@@ -181,7 +180,7 @@ extern "C" {
 SECMOLRA_API int64_t SECMOLRA_BatchOrderEntrust(const char* lpKhh,
                                                 std::vector<BatchOrderRow>& rows,
                                                 int64_t nWTPCH) {
-  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+  return Export(__func__, [&]() -> Result<std::int64_t> {
     return BatchExport("SECMOLRA_BatchOrderEntrust", lpKhh, nullptr, rows, nWTPCH, false);
   });
 }
@@ -189,7 +188,7 @@ SECMOLRA_API int64_t SECMOLRA_BatchOrderEntrust(const char* lpKhh,
 SECMOLRA_API int64_t SECMOLRA_BatchOrderEntrustEx(CusLoginInfo* info,
                                                   std::vector<BatchOrderRow>& rows,
                                                   int64_t nWTPCH) {
-  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+  return Export(__func__, [&]() -> Result<std::int64_t> {
     // An Ex form does not check its record pointer: a null one reaches the frame's check.
     if (info == nullptr) return BatchEntrustImpl(nullptr, rows, nWTPCH, false);
     return BatchExport("SECMOLRA_BatchOrderEntrustEx", nullptr, info, rows, nWTPCH, false);
@@ -199,7 +198,7 @@ SECMOLRA_API int64_t SECMOLRA_BatchOrderEntrustEx(CusLoginInfo* info,
 SECMOLRA_API int64_t SECMOLRA_BatchOrderEntrust_ASync(const char* lpKhh,
                                                       std::vector<BatchOrderRow>& rows,
                                                       int64_t nWTPCH) {
-  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+  return Export(__func__, [&]() -> Result<std::int64_t> {
     return BatchExport("SECMOLRA_BatchOrderEntrust_ASync", lpKhh, nullptr, rows, nWTPCH, true);
   });
 }
@@ -207,7 +206,7 @@ SECMOLRA_API int64_t SECMOLRA_BatchOrderEntrust_ASync(const char* lpKhh,
 SECMOLRA_API int64_t SECMOLRA_BatchOrderEntrustEx_ASync(CusLoginInfo* info,
                                                         std::vector<BatchOrderRow>& rows,
                                                         int64_t nWTPCH) {
-  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+  return Export(__func__, [&]() -> Result<std::int64_t> {
     if (info == nullptr) return BatchEntrustImpl(nullptr, rows, nWTPCH, true);
     return BatchExport("SECMOLRA_BatchOrderEntrustEx_ASync", nullptr, info, rows, nWTPCH, true);
   });
@@ -215,16 +214,14 @@ SECMOLRA_API int64_t SECMOLRA_BatchOrderEntrustEx_ASync(CusLoginInfo* info,
 
 SECMOLRA_API int64_t PYSECMOLRA_BatchOrderEntrust(const char* lpKhh, int64_t nWTPCH,
                                                   BatchOrderRow* rows, int32_t count) {
-  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
-    return PyBatch(lpKhh, nWTPCH, rows, count, false);
-  });
+  return Guard(__func__, std::int64_t{SECMOLRA_ERR_INTERNAL},
+               [&] { return PyBatch(lpKhh, nWTPCH, rows, count, false); });
 }
 
 SECMOLRA_API int64_t PYSECMOLRA_BatchOrderEntrust_ASync(const char* lpKhh, int64_t nWTPCH,
                                                         BatchOrderRow* rows, int32_t count) {
-  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
-    return PyBatch(lpKhh, nWTPCH, rows, count, true);
-  });
+  return Guard(__func__, std::int64_t{SECMOLRA_ERR_INTERNAL},
+               [&] { return PyBatch(lpKhh, nWTPCH, rows, count, true); });
 }
 
 }  // extern "C"

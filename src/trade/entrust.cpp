@@ -1,7 +1,8 @@
 // Single entrusts of every business: the blocks that share the ordinary entrust's first 92
 // bytes, the key/value businesses, and the ETF block.
-#include "core/errors.h"
 #include "comm/kel_api.h"
+#include "core/messages.h"
+#include "core/text.h"
 #include "trade/order_args.h"
 #include "trade/order_blocks.h"
 #include "trade/order_ops.h"
@@ -10,28 +11,21 @@
 
 namespace molra::trade {
 
-std::int64_t Refuse(const OrderFamily& family, CusLoginInfo* record, std::int64_t code,
-                    const char* msg) {
-  SetLastError(code, msg, family.name, record);
-  return code;
+Failure Refuse(const OrderFamily& family, CusLoginInfo* record, std::int64_t code,
+               const char* msg) {
+  return Failure{code, msg, family.name, record};
 }
 
-const OrderFamily* Resolve(Target target, std::int32_t jylb, CusLoginInfo* record) {
+Result<const OrderFamily*> Resolve(Target target, std::int32_t jylb, CusLoginInfo* record) {
   if (target.biz == Biz::kNone) return &Family(target.fam);
   if (const OrderFamily* f = Route(target.biz, jylb)) return f;
   const OrderFamily& first = FirstOf(target.biz);
-  Refuse(first, record, -222, first.refusal);
-  return nullptr;
+  return Refuse(first, record, SECMOLRA_ERR_UNSUPPORTED, first.refusal);
 }
 
-void SetSecurityFields(kel::int64 h, const CusLoginInfo& rec, const char* jys,
-                       const char* zqdm) {
-  const std::string gdh = FieldText(rec.GDH);
-  const std::string khh = FieldText(rec.KHH);
-  kel::api.Kel_SetItem(h, fid::ZQDM, zqdm);
-  kel::api.Kel_SetItem(h, fid::GDH, gdh.c_str());
-  kel::api.Kel_SetItem(h, fid::KHH, khh.c_str());
-  kel::api.Kel_SetItem(h, fid::JYS, jys);
+ReqFields SecurityFields(const CusLoginInfo& rec, const char* jys, const char* zqdm) {
+  return {ReqField::Text(fid::ZQDM, zqdm), ReqField::Text(fid::GDH, FieldText(rec.GDH)),
+          ReqField::Text(fid::KHH, FieldText(rec.KHH)), ReqField::Text(fid::JYS, jys)};
 }
 
 namespace {
@@ -48,21 +42,16 @@ void FillEntrustBody(OrderRequest& req, const CusLoginInfo& rec, const EntrustAr
   b.byte91 = a.byte91;
 }
 
-void SetEntrustFields(kel::int64 h, const CusLoginInfo& rec, const EntrustArgs& a,
-                      const DzjyArgs* d) {
-  SetSecurityFields(h, rec, a.jys, a.zqdm);
-  kel::api.Kel_SetInt(h, fid::JYLB, a.jylb);
-  kel::api.Kel_SetLong(h, fid::WTSL, a.wtsl);
-  kel::api.Kel_SetDouble(h, fid::WTJG, a.wtjg, kPricePrecision);
-  kel::api.Kel_SetLong(h, fid::DDLX, a.ddlx);
-  if (d == nullptr) return;
-  kel::api.Kel_SetItem(h, fid::DZJY_DFXW, d->dfxw);
-  kel::api.Kel_SetItem(h, fid::DZJY_LXR, d->lxr);
-  kel::api.Kel_SetItem(h, fid::DZJY_LXDH, d->lxdh);
-  kel::api.Kel_SetItem(h, fid::DZJY_HYH, d->hyh);
-  kel::api.Kel_SetItem(h, fid::DZJY_DFGDH, d->dfgdh);
-  kel::api.Kel_SetInt(h, fid::DZJY_PDDM, d->pddm);
-  kel::api.Kel_SetInt(h, fid::DZJY_TDBZ, d->tdbz);
+ReqFields EntrustFields(const CusLoginInfo& rec, const EntrustArgs& a, const DzjyArgs* d) {
+  ReqFields f = SecurityFields(rec, a.jys, a.zqdm);
+  f.insert(f.end(), {ReqField::Int(fid::JYLB, a.jylb), ReqField::Long(fid::WTSL, a.wtsl),
+                     ReqField::Double(fid::WTJG, a.wtjg), ReqField::Long(fid::DDLX, a.ddlx)});
+  if (d == nullptr) return f;
+  f.insert(f.end(), {ReqField::Text(fid::DZJY_DFXW, d->dfxw), ReqField::Text(fid::DZJY_LXR, d->lxr),
+                     ReqField::Text(fid::DZJY_LXDH, d->lxdh), ReqField::Text(fid::DZJY_HYH, d->hyh),
+                     ReqField::Text(fid::DZJY_DFGDH, d->dfgdh),
+                     ReqField::Int(fid::DZJY_PDDM, d->pddm), ReqField::Int(fid::DZJY_TDBZ, d->tdbz)});
+  return f;
 }
 
 void LogDzjy(OrderRequest& req, const DzjyArgs& d) {
@@ -72,16 +61,16 @@ void LogDzjy(OrderRequest& req, const DzjyArgs& d) {
 
 }  // namespace
 
-std::int64_t EntrustImpl(Target target, CusLoginInfo* record, const EntrustArgs& a, Mode mode,
-                         const DzjyArgs* dzjy) {
-  const OrderFamily* f = Resolve(target, a.jylb, record);
-  if (f == nullptr) return -222;
+Result<std::int64_t> EntrustImpl(Target target, CusLoginInfo* record, const EntrustArgs& a,
+                                 Mode mode, const DzjyArgs* dzjy) {
+  Result<const OrderFamily*> f = Resolve(target, a.jylb, record);
+  if (!f) return f.TakeFailure();
   if (record == nullptr || a.jys == nullptr || a.zqdm == nullptr) {
-    return Refuse(*f, record, -221, msg::kIllegalArgument);
+    return Refuse(**f, record, SECMOLRA_ERR_ARGUMENT, msg::kIllegalArgument);
   }
-  OrderRequest req(*f, record);
-  if (f->key_value) {
-    req.Fields([&](kel::int64 h) { SetEntrustFields(h, *record, a, dzjy); });
+  OrderRequest req(**f, record);
+  if ((*f)->key_value) {
+    req.Fields(EntrustFields(*record, a, dzjy));
   } else {
     FillEntrustBody(req, *record, a);
   }
@@ -92,13 +81,15 @@ std::int64_t EntrustImpl(Target target, CusLoginInfo* record, const EntrustArgs&
   return mode.async ? req.Send(mode.number) : req.Run();
 }
 
-std::int64_t ETFEntrustImpl(CusLoginInfo* record, const char* jys, const char* zqdm,
-                            std::int32_t jylb, std::int32_t wtsl, const char* step, Mode mode) {
-  const OrderFamily* f = Resolve(ByCategory(Biz::kETF), jylb, record);
-  if (f == nullptr) return -222;
-  if (record == nullptr || jys == nullptr || zqdm == nullptr) return Refuse(*f, record, -221, msg::kIllegalArgument);
-
-  OrderRequest req(*f, record);
+Result<std::int64_t> ETFEntrustImpl(CusLoginInfo* record, const char* jys, const char* zqdm,
+                                    std::int32_t jylb, std::int32_t wtsl, const char* step,
+                                    Mode mode) {
+  Result<const OrderFamily*> f = Resolve(ByCategory(Biz::kETF), jylb, record);
+  if (!f) return f.TakeFailure();
+  if (record == nullptr || jys == nullptr || zqdm == nullptr) {
+    return Refuse(**f, record, SECMOLRA_ERR_ARGUMENT, msg::kIllegalArgument);
+  }
+  OrderRequest req(**f, record);
   ETFEntrustReq& b = req.Block<ETFEntrustReq>();
   CopyField(b.gdh, record->GDH);
   CopyField(b.jys, jys);

@@ -8,37 +8,36 @@
 namespace molra::trade {
 namespace {
 
-std::int64_t Plain(const char* func, Target t, const char* khh, const char* gdh,
-                   const EntrustArgs& a, Mode m, const DzjyArgs* d = nullptr) {
-  ArgCheck c = CheckOrderArgs(func, khh, a.jys, a.zqdm, gdh, m.async, m.number);
+Result<std::int64_t> Plain(Target t, const char* khh, const char* gdh, const EntrustArgs& a,
+                           Mode m, const DzjyArgs* d = nullptr) {
+  ArgCheck c = CheckOrderArgs(khh, a.jys, a.zqdm, gdh, m.async, m.number);
   if (d != nullptr) c.NotNull({d->dfxw, d->lxr, d->lxdh, d->hyh, d->dfgdh});
-  if (!c.ok()) return c.code();
+  if (!c.ok()) return c.status().TakeFailure();
   CusLoginInfo rec = MakeRecord(khh, gdh);
   return EntrustImpl(t, &rec, a, m, d);
 }
 
-std::int64_t WithRecord(const char* func, Target t, CusLoginInfo* rec, const EntrustArgs& a,
-                        Mode m, const DzjyArgs* d = nullptr) {
-  ArgCheck c = CheckOrderArgsEx(func, rec, a.jys, a.zqdm, m.async, m.number);
+Result<std::int64_t> WithRecord(Target t, CusLoginInfo* rec, const EntrustArgs& a, Mode m,
+                                const DzjyArgs* d = nullptr) {
+  ArgCheck c = CheckOrderArgsEx(rec, a.jys, a.zqdm, m.async, m.number);
   if (d != nullptr) c.NotNull({d->dfxw, d->lxr, d->lxdh, d->hyh, d->dfgdh});
-  if (!c.ok()) return c.code();
+  if (!c.ok()) return c.status().TakeFailure();
   return EntrustImpl(t, rec, a, m, d);
 }
 
-std::int64_t PlainEtf(const char* func, const char* khh, const char* jys, const char* zqdm,
-                      std::int32_t jylb, std::int32_t wtsl, const char* gdh, const char* step,
-                      Mode m) {
-  ArgCheck c = CheckOrderArgs(func, khh, jys, zqdm, gdh, m.async, m.number);
-  if (!c.ok()) return c.code();
+Result<std::int64_t> PlainEtf(const char* khh, const char* jys, const char* zqdm,
+                              std::int32_t jylb, std::int32_t wtsl, const char* gdh,
+                              const char* step, Mode m) {
+  ArgCheck c = CheckOrderArgs(khh, jys, zqdm, gdh, m.async, m.number);
+  if (!c.ok()) return c.status().TakeFailure();
   CusLoginInfo rec = MakeRecord(khh, gdh);
   return ETFEntrustImpl(&rec, jys, zqdm, jylb, wtsl, step, m);
 }
 
-std::int64_t EtfWithRecord(const char* func, CusLoginInfo* rec, const char* jys,
-                           const char* zqdm, std::int32_t jylb, std::int32_t wtsl,
-                           const char* step, Mode m) {
-  ArgCheck c = CheckOrderArgsEx(func, rec, jys, zqdm, m.async, m.number);
-  if (!c.ok()) return c.code();
+Result<std::int64_t> EtfWithRecord(CusLoginInfo* rec, const char* jys, const char* zqdm,
+                                   std::int32_t jylb, std::int32_t wtsl, const char* step, Mode m) {
+  ArgCheck c = CheckOrderArgsEx(rec, jys, zqdm, m.async, m.number);
+  if (!c.ok()) return c.status().TakeFailure();
   return ETFEntrustImpl(rec, jys, zqdm, jylb, wtsl, step, m);
 }
 
@@ -60,7 +59,7 @@ const Target kFjy = ByCategory(Biz::kFJY);
 }  // namespace molra::trade
 
 using namespace molra::trade;
-using molra::Guard;
+using molra::Export;
 
 extern "C" {
 
@@ -69,8 +68,8 @@ extern "C" {
 SECMOLRA_API int64_t SECMOLRA_OrderEntrust(const char* lpKhh, const char* lpJys,
                                            const char* lpZqdm, int32_t nJylb, int64_t lWtsl,
                                            double lfWtjg, int64_t lDdlx, const char* lpGdh) {
-  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
-    return Plain("SECMOLRA_OrderEntrust", target::kOrder, lpKhh, lpGdh,
+  return Export(__func__, [&] {
+    return Plain(target::kOrder, lpKhh, lpGdh,
                  {lpJys, lpZqdm, nJylb, lWtsl, lfWtjg, lDdlx, Low8(lDdlx)}, kSync);
   });
 }
@@ -78,8 +77,8 @@ SECMOLRA_API int64_t SECMOLRA_OrderEntrust(const char* lpKhh, const char* lpJys,
 SECMOLRA_API int64_t SECMOLRA_OrderEntrustEx(CusLoginInfo* info, const char* lpJys,
                                              const char* lpZqdm, int32_t nJylb, int64_t lWtsl,
                                              double lfWtjg, int64_t lDdlx) {
-  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
-    return WithRecord("SECMOLRA_OrderEntrustEx", target::kOrder, info,
+  return Export(__func__, [&] {
+    return WithRecord(target::kOrder, info,
                       {lpJys, lpZqdm, nJylb, lWtsl, lfWtjg, lDdlx, Low8(lDdlx)}, kSync);
   });
 }
@@ -88,8 +87,8 @@ SECMOLRA_API int64_t SECMOLRA_OrderEntrust_ASync(const char* lpKhh, const char* 
                                                  const char* lpZqdm, int32_t nJylb,
                                                  int64_t lWtsl, double lfWtjg, int64_t lDdlx,
                                                  const char* lpGdh, int64_t nKFSBDBH) {
-  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
-    return Plain("SECMOLRA_OrderEntrust_ASync", target::kOrder, lpKhh, lpGdh,
+  return Export(__func__, [&] {
+    return Plain(target::kOrder, lpKhh, lpGdh,
                  {lpJys, lpZqdm, nJylb, lWtsl, lfWtjg, lDdlx, Low8(lDdlx)}, Async(nKFSBDBH));
   });
 }
@@ -98,8 +97,8 @@ SECMOLRA_API int64_t SECMOLRA_OrderEntrustEx_ASync(CusLoginInfo* info, const cha
                                                    const char* lpZqdm, int32_t nJylb,
                                                    int64_t lWtsl, double lfWtjg, int64_t lDdlx,
                                                    int64_t nKFSBDBH) {
-  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
-    return WithRecord("SECMOLRA_OrderEntrustEx_ASync", target::kOrder, info,
+  return Export(__func__, [&] {
+    return WithRecord(target::kOrder, info,
                       {lpJys, lpZqdm, nJylb, lWtsl, lfWtjg, lDdlx, Low8(lDdlx)}, Async(nKFSBDBH));
   });
 }
@@ -109,8 +108,8 @@ SECMOLRA_API int64_t SECMOLRA_OrderEntrustEx_ASync(CusLoginInfo* info, const cha
 SECMOLRA_API int64_t SECMOLRA_ETFEntrust(const char* lpKhh, const char* lpJys,
                                          const char* lpZqdm, int32_t nJylb, int32_t lWtsl,
                                          const char* lpGdh, const char* lpStep) {
-  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
-    return PlainEtf("SECMOLRA_ETFEntrust", lpKhh, lpJys, lpZqdm, nJylb, lWtsl, lpGdh, lpStep,
+  return Export(__func__, [&] {
+    return PlainEtf(lpKhh, lpJys, lpZqdm, nJylb, lWtsl, lpGdh, lpStep,
                     kSync);
   });
 }
@@ -118,8 +117,8 @@ SECMOLRA_API int64_t SECMOLRA_ETFEntrust(const char* lpKhh, const char* lpJys,
 SECMOLRA_API int64_t SECMOLRA_ETFEntrustEx(CusLoginInfo* info, const char* lpJys,
                                            const char* lpZqdm, int32_t nJylb, int32_t lWtsl,
                                            const char* lpStep) {
-  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
-    return EtfWithRecord("SECMOLRA_ETFEntrustEx", info, lpJys, lpZqdm, nJylb, lWtsl, lpStep,
+  return Export(__func__, [&] {
+    return EtfWithRecord(info, lpJys, lpZqdm, nJylb, lWtsl, lpStep,
                          kSync);
   });
 }
@@ -128,8 +127,8 @@ SECMOLRA_API int64_t SECMOLRA_ETFEntrust_ASync(const char* lpKhh, const char* lp
                                                const char* lpZqdm, int32_t nJylb, int32_t lWtsl,
                                                const char* lpGdh, const char* lpStep,
                                                int64_t nKFSBDBH) {
-  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
-    return PlainEtf("SECMOLRA_ETFEntrust_ASync", lpKhh, lpJys, lpZqdm, nJylb, lWtsl, lpGdh,
+  return Export(__func__, [&] {
+    return PlainEtf(lpKhh, lpJys, lpZqdm, nJylb, lWtsl, lpGdh,
                     lpStep, Async(nKFSBDBH));
   });
 }
@@ -138,8 +137,8 @@ SECMOLRA_API int64_t SECMOLRA_ETFEntrustEx_ASync(CusLoginInfo* info, const char*
                                                  const char* lpZqdm, int32_t nJylb,
                                                  int32_t lWtsl, const char* lpStep,
                                                  int64_t nKFSBDBH) {
-  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
-    return EtfWithRecord("SECMOLRA_ETFEntrustEx_ASync", info, lpJys, lpZqdm, nJylb, lWtsl, lpStep,
+  return Export(__func__, [&] {
+    return EtfWithRecord(info, lpJys, lpZqdm, nJylb, lWtsl, lpStep,
                          Async(nKFSBDBH));
   });
 }
@@ -149,8 +148,8 @@ SECMOLRA_API int64_t SECMOLRA_ETFEntrustEx_ASync(CusLoginInfo* info, const char*
 SECMOLRA_API int64_t SECMOLRA_ZQHGEntrust(const char* lpKhh, const char* lpJys,
                                           const char* lpZqdm, int32_t nJylb, int32_t lWtsl,
                                           double lfWtjg, int64_t lDdlx, const char* lpGdh) {
-  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
-    return Plain("SECMOLRA_ZQHGEntrust", target::kZqhg, lpKhh, lpGdh,
+  return Export(__func__, [&] {
+    return Plain(target::kZqhg, lpKhh, lpGdh,
                  {lpJys, lpZqdm, nJylb, lWtsl, lfWtjg, lDdlx, Low8(lDdlx)}, kSync);
   });
 }
@@ -158,8 +157,8 @@ SECMOLRA_API int64_t SECMOLRA_ZQHGEntrust(const char* lpKhh, const char* lpJys,
 SECMOLRA_API int64_t SECMOLRA_ZQHGEntrustEx(CusLoginInfo* info, const char* lpJys,
                                             const char* lpZqdm, int32_t nJylb, int32_t lWtsl,
                                             double lfWtjg, int64_t lDdlx) {
-  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
-    return WithRecord("SECMOLRA_ZQHGEntrustEx", target::kZqhg, info,
+  return Export(__func__, [&] {
+    return WithRecord(target::kZqhg, info,
                       {lpJys, lpZqdm, nJylb, lWtsl, lfWtjg, lDdlx, Low8(lDdlx)}, kSync);
   });
 }
@@ -168,8 +167,8 @@ SECMOLRA_API int64_t SECMOLRA_ZQHGEntrust_ASync(const char* lpKhh, const char* l
                                                 const char* lpZqdm, int32_t nJylb, int32_t lWtsl,
                                                 double lfWtjg, int64_t lDdlx, const char* lpGdh,
                                                 int64_t nKFSBDBH) {
-  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
-    return Plain("SECMOLRA_ZQHGEntrust_ASync", target::kZqhg, lpKhh, lpGdh,
+  return Export(__func__, [&] {
+    return Plain(target::kZqhg, lpKhh, lpGdh,
                  {lpJys, lpZqdm, nJylb, lWtsl, lfWtjg, lDdlx, Low8(lDdlx)}, Async(nKFSBDBH));
   });
 }
@@ -178,8 +177,8 @@ SECMOLRA_API int64_t SECMOLRA_ZQHGEntrustEx_ASync(CusLoginInfo* info, const char
                                                   const char* lpZqdm, int32_t nJylb,
                                                   int32_t lWtsl, double lfWtjg, int64_t lDdlx,
                                                   int64_t nKFSBDBH) {
-  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
-    return WithRecord("SECMOLRA_ZQHGEntrustEx_ASync", target::kZqhg, info,
+  return Export(__func__, [&] {
+    return WithRecord(target::kZqhg, info,
                       {lpJys, lpZqdm, nJylb, lWtsl, lfWtjg, lDdlx, Low8(lDdlx)}, Async(nKFSBDBH));
   });
 }
@@ -188,16 +187,16 @@ SECMOLRA_API int64_t SECMOLRA_ZQHGEntrustEx_ASync(CusLoginInfo* info, const char
 
 SECMOLRA_API int64_t SECMOLRA_ZQHGCrk(const char* lpKhh, const char* lpJys, const char* lpZqdm,
                                       int32_t nJylb, int32_t lWtsl, const char* lpGdh) {
-  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
-    return Plain("SECMOLRA_ZQHGCrk", target::kCrk, lpKhh, lpGdh, {lpJys, lpZqdm, nJylb, lWtsl, 0, 0, 0},
+  return Export(__func__, [&] {
+    return Plain(target::kCrk, lpKhh, lpGdh, {lpJys, lpZqdm, nJylb, lWtsl, 0, 0, 0},
                  kSync);
   });
 }
 
 SECMOLRA_API int64_t SECMOLRA_ZQHGCrkEx(CusLoginInfo* info, const char* lpJys,
                                         const char* lpZqdm, int32_t nJylb, int32_t lWtsl) {
-  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
-    return WithRecord("SECMOLRA_ZQHGCrkEx", target::kCrk, info, {lpJys, lpZqdm, nJylb, lWtsl, 0, 0, 0},
+  return Export(__func__, [&] {
+    return WithRecord(target::kCrk, info, {lpJys, lpZqdm, nJylb, lWtsl, 0, 0, 0},
                       kSync);
   });
 }
@@ -205,8 +204,8 @@ SECMOLRA_API int64_t SECMOLRA_ZQHGCrkEx(CusLoginInfo* info, const char* lpJys,
 SECMOLRA_API int64_t SECMOLRA_ZQHGCrk_ASync(const char* lpKhh, const char* lpJys,
                                             const char* lpZqdm, int32_t nJylb, int32_t lWtsl,
                                             const char* lpGdh, int64_t nKFSBDBH) {
-  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
-    return Plain("SECMOLRA_ZQHGCrk_ASync", target::kCrk, lpKhh, lpGdh,
+  return Export(__func__, [&] {
+    return Plain(target::kCrk, lpKhh, lpGdh,
                  {lpJys, lpZqdm, nJylb, lWtsl, 0, 0, 0}, Async(nKFSBDBH));
   });
 }
@@ -214,8 +213,8 @@ SECMOLRA_API int64_t SECMOLRA_ZQHGCrk_ASync(const char* lpKhh, const char* lpJys
 SECMOLRA_API int64_t SECMOLRA_ZQHGCrkEx_ASync(CusLoginInfo* info, const char* lpJys,
                                               const char* lpZqdm, int32_t nJylb, int32_t lWtsl,
                                               int64_t nKFSBDBH) {
-  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
-    return WithRecord("SECMOLRA_ZQHGCrkEx_ASync", target::kCrk, info,
+  return Export(__func__, [&] {
+    return WithRecord(target::kCrk, info,
                       {lpJys, lpZqdm, nJylb, lWtsl, 0, 0, 0}, Async(nKFSBDBH));
   });
 }
@@ -225,16 +224,16 @@ SECMOLRA_API int64_t SECMOLRA_ZQHGCrkEx_ASync(CusLoginInfo* info, const char* lp
 SECMOLRA_API int64_t SECMOLRA_Lof(const char* lpKhh, const char* lpJys, const char* lpZqdm,
                                   int32_t nJylb, int32_t lWtsl, double lwtjg, char flag,
                                   const char* lpGdh) {
-  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
-    return Plain("SECMOLRA_Lof", target::kLof, lpKhh, lpGdh,
+  return Export(__func__, [&] {
+    return Plain(target::kLof, lpKhh, lpGdh,
                  {lpJys, lpZqdm, nJylb, lWtsl, lwtjg, 0, static_cast<std::uint8_t>(flag)}, kSync);
   });
 }
 
 SECMOLRA_API int64_t SECMOLRA_LofEx(CusLoginInfo* info, const char* lpJys, const char* lpZqdm,
                                     int32_t nJylb, int32_t lWtsl, double lwtjg, char flag) {
-  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
-    return WithRecord("SECMOLRA_LofEx", target::kLof, info,
+  return Export(__func__, [&] {
+    return WithRecord(target::kLof, info,
                       {lpJys, lpZqdm, nJylb, lWtsl, lwtjg, 0, static_cast<std::uint8_t>(flag)},
                       kSync);
   });
@@ -244,8 +243,8 @@ SECMOLRA_API int64_t SECMOLRA_Lof_ASync(const char* lpKhh, const char* lpJys,
                                         const char* lpZqdm, int32_t nJylb, int32_t lWtsl,
                                         double lwtjg, char flag, const char* lpGdh,
                                         int64_t nKFSBDBH) {
-  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
-    return Plain("SECMOLRA_Lof_ASync", target::kLof, lpKhh, lpGdh,
+  return Export(__func__, [&] {
+    return Plain(target::kLof, lpKhh, lpGdh,
                  {lpJys, lpZqdm, nJylb, lWtsl, lwtjg, 0, static_cast<std::uint8_t>(flag)},
                  Async(nKFSBDBH));
   });
@@ -254,8 +253,8 @@ SECMOLRA_API int64_t SECMOLRA_Lof_ASync(const char* lpKhh, const char* lpJys,
 SECMOLRA_API int64_t SECMOLRA_LofEx_ASync(CusLoginInfo* info, const char* lpJys,
                                           const char* lpZqdm, int32_t nJylb, int32_t lWtsl,
                                           double lwtjg, char flag, int64_t nKFSBDBH) {
-  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
-    return WithRecord("SECMOLRA_LofEx_ASync", target::kLof, info,
+  return Export(__func__, [&] {
+    return WithRecord(target::kLof, info,
                       {lpJys, lpZqdm, nJylb, lWtsl, lwtjg, 0, static_cast<std::uint8_t>(flag)},
                       Async(nKFSBDBH));
   });
@@ -266,8 +265,8 @@ SECMOLRA_API int64_t SECMOLRA_LofEx_ASync(CusLoginInfo* info, const char* lpJys,
 SECMOLRA_API int64_t SECMOLRA_PHDJEntrust(const char* lpKhh, const char* lpJys,
                                           const char* lpZqdm, int32_t nJylb, int64_t lWtsl,
                                           double lfWtjg, int64_t lDdlx, const char* lpGdh) {
-  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
-    return Plain("SECMOLRA_PHDJEntrust", target::kPhdj, lpKhh, lpGdh,
+  return Export(__func__, [&] {
+    return Plain(target::kPhdj, lpKhh, lpGdh,
                  {lpJys, lpZqdm, nJylb, lWtsl, lfWtjg, lDdlx, Low8(lDdlx)}, kSync);
   });
 }
@@ -275,8 +274,8 @@ SECMOLRA_API int64_t SECMOLRA_PHDJEntrust(const char* lpKhh, const char* lpJys,
 SECMOLRA_API int64_t SECMOLRA_PHDJEntrustEx(CusLoginInfo* info, const char* lpJys,
                                             const char* lpZqdm, int32_t nJylb, int64_t lWtsl,
                                             double lfWtjg, int64_t lDdlx) {
-  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
-    return WithRecord("SECMOLRA_PHDJEntrustEx", target::kPhdj, info,
+  return Export(__func__, [&] {
+    return WithRecord(target::kPhdj, info,
                       {lpJys, lpZqdm, nJylb, lWtsl, lfWtjg, lDdlx, Low8(lDdlx)}, kSync);
   });
 }
@@ -285,8 +284,8 @@ SECMOLRA_API int64_t SECMOLRA_PHDJEntrust_ASync(const char* lpKhh, const char* l
                                                 const char* lpZqdm, int32_t nJylb, int64_t lWtsl,
                                                 double lfWtjg, int64_t lDdlx, const char* lpGdh,
                                                 int64_t nKFSBDBH) {
-  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
-    return Plain("SECMOLRA_PHDJEntrust_ASync", target::kPhdj, lpKhh, lpGdh,
+  return Export(__func__, [&] {
+    return Plain(target::kPhdj, lpKhh, lpGdh,
                  {lpJys, lpZqdm, nJylb, lWtsl, lfWtjg, lDdlx, Low8(lDdlx)}, Async(nKFSBDBH));
   });
 }
@@ -295,8 +294,8 @@ SECMOLRA_API int64_t SECMOLRA_PHDJEntrustEx_ASync(CusLoginInfo* info, const char
                                                   const char* lpZqdm, int32_t nJylb,
                                                   int64_t lWtsl, double lfWtjg, int64_t lDdlx,
                                                   int64_t nKFSBDBH) {
-  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
-    return WithRecord("SECMOLRA_PHDJEntrustEx_ASync", target::kPhdj, info,
+  return Export(__func__, [&] {
+    return WithRecord(target::kPhdj, info,
                       {lpJys, lpZqdm, nJylb, lWtsl, lfWtjg, lDdlx, Low8(lDdlx)}, Async(nKFSBDBH));
   });
 }
@@ -306,8 +305,8 @@ SECMOLRA_API int64_t SECMOLRA_PHDJEntrustEx_ASync(CusLoginInfo* info, const char
 SECMOLRA_API int64_t SECMOLRA_FXYW(const char* lpKhh, const char* lpJys, const char* lpZqdm,
                                    int32_t nJylb, int64_t lWtsl, double lwtjg, int64_t lDdlx,
                                    const char* lpGdh) {
-  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
-    return Plain("SECMOLRA_FXYW", target::kFxyw, lpKhh, lpGdh,
+  return Export(__func__, [&] {
+    return Plain(target::kFxyw, lpKhh, lpGdh,
                  {lpJys, lpZqdm, nJylb, lWtsl, lwtjg, lDdlx, 0}, kSync);
   });
 }
@@ -315,8 +314,8 @@ SECMOLRA_API int64_t SECMOLRA_FXYW(const char* lpKhh, const char* lpJys, const c
 SECMOLRA_API int64_t SECMOLRA_FXYWEx(CusLoginInfo* info, const char* lpJys, const char* lpZqdm,
                                      int32_t nJylb, int64_t lWtsl, double lwtjg,
                                      int64_t lDdlx) {
-  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
-    return WithRecord("SECMOLRA_FXYWEx", target::kFxyw, info,
+  return Export(__func__, [&] {
+    return WithRecord(target::kFxyw, info,
                       {lpJys, lpZqdm, nJylb, lWtsl, lwtjg, lDdlx, 0}, kSync);
   });
 }
@@ -325,8 +324,8 @@ SECMOLRA_API int64_t SECMOLRA_FXYW_ASync(const char* lpKhh, const char* lpJys,
                                          const char* lpZqdm, int32_t nJylb, int64_t lWtsl,
                                          double lwtjg, int64_t lDdlx, const char* lpGdh,
                                          int64_t nKFSBDBH) {
-  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
-    return Plain("SECMOLRA_FXYW_ASync", target::kFxyw, lpKhh, lpGdh,
+  return Export(__func__, [&] {
+    return Plain(target::kFxyw, lpKhh, lpGdh,
                  {lpJys, lpZqdm, nJylb, lWtsl, lwtjg, lDdlx, 0}, Async(nKFSBDBH));
   });
 }
@@ -334,8 +333,8 @@ SECMOLRA_API int64_t SECMOLRA_FXYW_ASync(const char* lpKhh, const char* lpJys,
 SECMOLRA_API int64_t SECMOLRA_FXYWEx_ASync(CusLoginInfo* info, const char* lpJys,
                                            const char* lpZqdm, int32_t nJylb, int64_t lWtsl,
                                            double lwtjg, int64_t lDdlx, int64_t nKFSBDBH) {
-  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
-    return WithRecord("SECMOLRA_FXYWEx_ASync", target::kFxyw, info,
+  return Export(__func__, [&] {
+    return WithRecord(target::kFxyw, info,
                       {lpJys, lpZqdm, nJylb, lWtsl, lwtjg, lDdlx, 0}, Async(nKFSBDBH));
   });
 }
@@ -347,9 +346,9 @@ SECMOLRA_API int64_t SECMOLRA_DZJY(const char* lpKhh, const char* lpJys, const c
                                    const char* lpGdh, const char* lpDfxw, const char* lpLxr,
                                    const char* lpLxdh, const char* lpHyh, const char* lpDfgdh,
                                    int32_t nPddm, int32_t nTdbz) {
-  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+  return Export(__func__, [&] {
     const DzjyArgs d{lpDfxw, lpLxr, lpLxdh, lpHyh, lpDfgdh, nPddm, nTdbz};
-    return Plain("SECMOLRA_DZJY", target::kDzjy, lpKhh, lpGdh,
+    return Plain(target::kDzjy, lpKhh, lpGdh,
                  {lpJys, lpZqdm, nJylb, lWtsl, lwtjg, lDdlx, 0}, kSync, &d);
   });
 }
@@ -359,9 +358,9 @@ SECMOLRA_API int64_t SECMOLRA_DZJYEx(CusLoginInfo* info, const char* lpJys, cons
                                      const char* lpDfxw, const char* lpLxr, const char* lpLxdh,
                                      const char* lpHyh, const char* lpDfgdh, int32_t nPddm,
                                      int32_t nTdbz) {
-  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+  return Export(__func__, [&] {
     const DzjyArgs d{lpDfxw, lpLxr, lpLxdh, lpHyh, lpDfgdh, nPddm, nTdbz};
-    return WithRecord("SECMOLRA_DZJYEx", target::kDzjy, info,
+    return WithRecord(target::kDzjy, info,
                       {lpJys, lpZqdm, nJylb, lWtsl, lwtjg, lDdlx, 0}, kSync, &d);
   });
 }
@@ -371,16 +370,16 @@ SECMOLRA_API int64_t SECMOLRA_DZJYEx(CusLoginInfo* info, const char* lpJys, cons
 SECMOLRA_API int64_t SECMOLRA_FJY(const char* lpKhh, const char* lpJys, const char* lpZqdm,
                                   int32_t nJylb, int64_t lWtsl, double lwtjg, int64_t lDdlx,
                                   const char* lpGdh) {
-  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
-    return Plain("SECMOLRA_FJY", target::kFjy, lpKhh, lpGdh,
+  return Export(__func__, [&] {
+    return Plain(target::kFjy, lpKhh, lpGdh,
                  {lpJys, lpZqdm, nJylb, lWtsl, lwtjg, lDdlx, 0}, kSync);
   });
 }
 
 SECMOLRA_API int64_t SECMOLRA_FJYEx(CusLoginInfo* info, const char* lpJys, const char* lpZqdm,
                                     int32_t nJylb, int64_t lWtsl, double lwtjg, int64_t lDdlx) {
-  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
-    return WithRecord("SECMOLRA_FJYEx", target::kFjy, info, {lpJys, lpZqdm, nJylb, lWtsl, lwtjg, lDdlx, 0},
+  return Export(__func__, [&] {
+    return WithRecord(target::kFjy, info, {lpJys, lpZqdm, nJylb, lWtsl, lwtjg, lDdlx, 0},
                       kSync);
   });
 }
@@ -389,8 +388,8 @@ SECMOLRA_API int64_t SECMOLRA_FJY_ASync(const char* lpKhh, const char* lpJys,
                                         const char* lpZqdm, int32_t nJylb, int64_t lWtsl,
                                         double lwtjg, int64_t lDdlx, const char* lpGdh,
                                         int64_t nKFSBDBH) {
-  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
-    return Plain("SECMOLRA_FJY_ASync", target::kFjy, lpKhh, lpGdh,
+  return Export(__func__, [&] {
+    return Plain(target::kFjy, lpKhh, lpGdh,
                  {lpJys, lpZqdm, nJylb, lWtsl, lwtjg, lDdlx, 0}, Async(nKFSBDBH));
   });
 }
@@ -398,8 +397,8 @@ SECMOLRA_API int64_t SECMOLRA_FJY_ASync(const char* lpKhh, const char* lpJys,
 SECMOLRA_API int64_t SECMOLRA_FJYEx_ASync(CusLoginInfo* info, const char* lpJys,
                                           const char* lpZqdm, int32_t nJylb, int64_t lWtsl,
                                           double lwtjg, int64_t lDdlx, int64_t nKFSBDBH) {
-  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
-    return WithRecord("SECMOLRA_FJYEx_ASync", target::kFjy, info,
+  return Export(__func__, [&] {
+    return WithRecord(target::kFjy, info,
                       {lpJys, lpZqdm, nJylb, lWtsl, lwtjg, lDdlx, 0}, Async(nKFSBDBH));
   });
 }

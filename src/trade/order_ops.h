@@ -7,6 +7,8 @@
 #include <cstdint>
 #include <vector>
 
+#include "comm/kv_request.h"
+#include "core/status.h"
 #include "secmolra.h"
 #include "trade/order_family.h"
 
@@ -29,11 +31,11 @@ struct Target {
 inline Target Fixed(Fam fam) { return Target{Biz::kNone, fam}; }
 inline Target ByCategory(Biz biz) { return Target{biz, Fam::kCount}; }
 
-// The row for `jylb`, or null with -222 and the business's message recorded.
-const OrderFamily* Resolve(Target target, std::int32_t jylb, CusLoginInfo* record);
-// Records code and message under the family's name and returns the code.
-std::int64_t Refuse(const OrderFamily& family, CusLoginInfo* record, std::int64_t code,
-                    const char* msg);
+// The row for `jylb`, or -222 with the business's message under its first row's name.
+Result<const OrderFamily*> Resolve(Target target, std::int32_t jylb, CusLoginInfo* record);
+// A failure under the family's name, with the record as account.
+Failure Refuse(const OrderFamily& family, CusLoginInfo* record, std::int64_t code,
+               const char* msg);
 
 struct EntrustArgs {
   const char* jys;
@@ -58,16 +60,15 @@ struct DzjyArgs {
 
 // The first four fields of the key/value entrusts and tradable quantities: 719 security
 // code, 571 shareholder account, 605 customer number, 599 exchange.
-void SetSecurityFields(std::int64_t session, const CusLoginInfo& rec, const char* jys,
-                       const char* zqdm);
+ReqFields SecurityFields(const CusLoginInfo& rec, const char* jys, const char* zqdm);
 
 // Ordinary, repurchase, pledge, listed-fund, after-hours (blocks sharing the first 92
 // bytes) and issuance, block-trading and non-trading (key/value) entrusts.
-std::int64_t EntrustImpl(Target target, CusLoginInfo* record, const EntrustArgs& a, Mode mode,
+Result<std::int64_t> EntrustImpl(Target target, CusLoginInfo* record, const EntrustArgs& a, Mode mode,
                          const DzjyArgs* dzjy = nullptr);
 
 // ETF subscription (29) and redemption (30); `step` may be null.
-std::int64_t ETFEntrustImpl(CusLoginInfo* record, const char* jys, const char* zqdm,
+Result<std::int64_t> ETFEntrustImpl(CusLoginInfo* record, const char* jys, const char* zqdm,
                             std::int32_t jylb, std::int32_t wtsl, const char* step, Mode mode);
 
 struct WithdrawArgs {
@@ -75,10 +76,10 @@ struct WithdrawArgs {
   std::int64_t cxwth;      // order number, or 0
   std::int64_t cxkfsbdbh;  // request number of the order, or 0
 };
-std::int64_t WithdrawImpl(Fam fam, CusLoginInfo* record, const WithdrawArgs& a, Mode mode);
-std::int64_t BatchWithdrawImpl(CusLoginInfo* record, std::int64_t lsh, bool async);
+Result<std::int64_t> WithdrawImpl(Fam fam, CusLoginInfo* record, const WithdrawArgs& a, Mode mode);
+Result<std::int64_t> BatchWithdrawImpl(CusLoginInfo* record, std::int64_t lsh, bool async);
 
-std::int64_t BatchEntrustImpl(CusLoginInfo* record, std::vector<BatchOrderRow>& rows,
+Result<std::int64_t> BatchEntrustImpl(CusLoginInfo* record, std::vector<BatchOrderRow>& rows,
                               std::int64_t wtpch, bool async);
 
 struct TradableArgs {
@@ -88,6 +89,6 @@ struct TradableArgs {
   double wtjg;
   std::int32_t ddlx;
 };
-std::int64_t TradableImpl(Fam fam, CusLoginInfo* record, const TradableArgs& a);
+Result<std::int64_t> TradableImpl(Fam fam, CusLoginInfo* record, const TradableArgs& a);
 
 }  // namespace molra::trade

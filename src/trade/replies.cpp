@@ -112,7 +112,7 @@ std::int64_t Truncated(double d) {
 }
 
 bool Refuse(const ReplyKind& k, const char* msg) {
-  SetLastError(-205, msg, k.name, nullptr);
+  Report(Failure{SECMOLRA_ERR_ANSWER, msg, k.name}, nullptr);
   return false;
 }
 
@@ -230,7 +230,7 @@ bool StructuredReply(kel::int64 session, const ReplyKind& k) {
   }
   const Block request = RequestBlock(session);
   if (request.data == nullptr) return Refuse(k, msg::kAnswerShort1);
-  const HostCallback cb = Kit().func_callback.load(std::memory_order_acquire);
+  const HostCallback cb = Host().func_callback.load(std::memory_order_acquire);
   if (cb == nullptr) return true;
   JsonText text;
   JsonWriter& w = text.writer();
@@ -244,7 +244,7 @@ bool StructuredReply(kel::int64 session, const ReplyKind& k) {
 bool UnstructuredReply(kel::int64 session, const ReplyKind& k) {
   const Block request = RequestBlock(session);
   if (request.data == nullptr) return Refuse(k, msg::kAnswerShort1);
-  const HostCallback cb = Kit().func_callback.load(std::memory_order_acquire);
+  const HostCallback cb = Host().func_callback.load(std::memory_order_acquire);
   if (cb == nullptr) return true;
   JsonText text;
   JsonWriter& w = text.writer();
@@ -265,7 +265,7 @@ bool UnstructuredReply(kel::int64 session, const ReplyKind& k) {
 // field 605, the entrust time in the entrust-time field, the note is the transport's text.
 // As for their synchronous calls, a code of 0 or above is an acceptance.
 bool KeyValueReply(kel::int64 session, const ReplyKind& k) {
-  const HostCallback cb = Kit().func_callback.load(std::memory_order_acquire);
+  const HostCallback cb = Host().func_callback.load(std::memory_order_acquire);
   if (cb == nullptr) return true;
   const int code = kel::api.Kel_GetCode(session);
   const bool ok = code >= 0;

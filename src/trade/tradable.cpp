@@ -1,7 +1,6 @@
 // Tradable quantity of every business (synchronous only): how many units the customer can
 // trade at a price for a security, category and order type.
 #include "core/guard.h"
-#include "core/errors.h"
 #include "comm/kel_api.h"
 #include "core/messages.h"
 #include "secmolra.h"
@@ -61,24 +60,24 @@ void FillBlock(OrderRequest& req, Fam fam, const CusLoginInfo& rec, const Tradab
   FillTail(req, fam, a);
 }
 
-void SetFields(kel::int64 h, const CusLoginInfo& rec, const TradableArgs& a) {
-  SetSecurityFields(h, rec, a.jys, a.zqdm);
-  kel::api.Kel_SetInt(h, fid::JYLB, a.jylb);
-  kel::api.Kel_SetInt(h, fid::DDLX, a.ddlx);
-  kel::api.Kel_SetDouble(h, fid::WTJG, a.wtjg, kPricePrecision);
+ReqFields Fields(const CusLoginInfo& rec, const TradableArgs& a) {
+  ReqFields f = SecurityFields(rec, a.jys, a.zqdm);
+  f.insert(f.end(), {ReqField::Int(fid::JYLB, a.jylb), ReqField::Int(fid::DDLX, a.ddlx),
+                     ReqField::Double(fid::WTJG, a.wtjg)});
+  return f;
 }
 
 }  // namespace
 
-std::int64_t TradableImpl(Fam fam, CusLoginInfo* record, const TradableArgs& a) {
-  const OrderFamily* f = Resolve(TargetOf(fam), a.jylb, record);
-  if (f == nullptr) return -222;
+Result<std::int64_t> TradableImpl(Fam fam, CusLoginInfo* record, const TradableArgs& a) {
+  Result<const OrderFamily*> f = Resolve(TargetOf(fam), a.jylb, record);
+  if (!f) return f.TakeFailure();
   if (record == nullptr || a.jys == nullptr || a.zqdm == nullptr) {
-    return Refuse(*f, record, -221, msg::kIllegalArgument);
+    return Refuse(**f, record, SECMOLRA_ERR_ARGUMENT, msg::kIllegalArgument);
   }
-  OrderRequest req(*f, record);
-  if (f->key_value) {
-    req.Fields([&](kel::int64 h) { SetFields(h, *record, a); });
+  OrderRequest req(**f, record);
+  if ((*f)->key_value) {
+    req.Fields(Fields(*record, a));
   } else {
     FillBlock(req, fam, *record, a);
   }
@@ -89,17 +88,16 @@ std::int64_t TradableImpl(Fam fam, CusLoginInfo* record, const TradableArgs& a) 
 
 namespace {
 
-std::int64_t Plain(const char* func, Fam fam, const char* khh, const char* gdh,
-                   const TradableArgs& a) {
-  ArgCheck c = CheckOrderArgs(func, khh, a.jys, a.zqdm, gdh, false, 0);
-  if (!c.ok()) return c.code();
+Result<std::int64_t> Plain(Fam fam, const char* khh, const char* gdh, const TradableArgs& a) {
+  ArgCheck c = CheckOrderArgs(khh, a.jys, a.zqdm, gdh, false, 0);
+  if (!c.ok()) return c.status().TakeFailure();
   CusLoginInfo rec = MakeRecord(khh, gdh);
   return TradableImpl(fam, &rec, a);
 }
 
-std::int64_t WithRecord(const char* func, Fam fam, CusLoginInfo* rec, const TradableArgs& a) {
-  ArgCheck c = CheckOrderArgsEx(func, rec, a.jys, a.zqdm, false, 0);
-  if (!c.ok()) return c.code();
+Result<std::int64_t> WithRecord(Fam fam, CusLoginInfo* rec, const TradableArgs& a) {
+  ArgCheck c = CheckOrderArgsEx(rec, a.jys, a.zqdm, false, 0);
+  if (!c.ok()) return c.status().TakeFailure();
   return TradableImpl(fam, rec, a);
 }
 
@@ -107,22 +105,22 @@ std::int64_t WithRecord(const char* func, Fam fam, CusLoginInfo* rec, const Trad
 }  // namespace molra::trade
 
 using namespace molra::trade;
-using molra::Guard;
+using molra::Export;
 
 // Families asked with a price and an order type.
 #define MOLRA_TRADABLE_PRICED(Name, fam)                                                      \
   SECMOLRA_API int64_t SECMOLRA_##Name(const char* lpKhh, const char* lpJys,                 \
                                        const char* lpZqdm, int32_t nJylb, double lfWtjg,     \
                                        int32_t lDdlx, const char* lpGdh) {                   \
-    return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&] {                                      \
-      return Plain("SECMOLRA_" #Name, fam, lpKhh, lpGdh, {lpJys, lpZqdm, nJylb, lfWtjg, lDdlx}); \
+    return Export(__func__, [&] {                                      \
+      return Plain(fam, lpKhh, lpGdh, {lpJys, lpZqdm, nJylb, lfWtjg, lDdlx}); \
     });                                                                                       \
   }                                                                                           \
   SECMOLRA_API int64_t SECMOLRA_##Name##Ex(CusLoginInfo* info, const char* lpJys,            \
                                            const char* lpZqdm, int32_t nJylb, double lfWtjg, \
                                            int32_t lDdlx) {                                  \
-    return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&] {                                      \
-      return WithRecord("SECMOLRA_" #Name "Ex", fam, info, {lpJys, lpZqdm, nJylb, lfWtjg, lDdlx}); \
+    return Export(__func__, [&] {                                      \
+      return WithRecord(fam, info, {lpJys, lpZqdm, nJylb, lfWtjg, lDdlx}); \
     });                                                                                       \
   }
 
@@ -130,14 +128,14 @@ using molra::Guard;
 #define MOLRA_TRADABLE_PLAIN(Name, fam)                                                       \
   SECMOLRA_API int64_t SECMOLRA_##Name(const char* lpKhh, const char* lpJys,                 \
                                        const char* lpZqdm, int32_t nJylb, const char* lpGdh) { \
-    return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&] {                                      \
-      return Plain("SECMOLRA_" #Name, fam, lpKhh, lpGdh, {lpJys, lpZqdm, nJylb, 0, 0});       \
+    return Export(__func__, [&] {                                      \
+      return Plain(fam, lpKhh, lpGdh, {lpJys, lpZqdm, nJylb, 0, 0});       \
     });                                                                                       \
   }                                                                                           \
   SECMOLRA_API int64_t SECMOLRA_##Name##Ex(CusLoginInfo* info, const char* lpJys,            \
                                            const char* lpZqdm, int32_t nJylb) {              \
-    return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&] {                                      \
-      return WithRecord("SECMOLRA_" #Name "Ex", fam, info, {lpJys, lpZqdm, nJylb, 0, 0});     \
+    return Export(__func__, [&] {                                      \
+      return WithRecord(fam, info, {lpJys, lpZqdm, nJylb, 0, 0});     \
     });                                                                                       \
   }
 

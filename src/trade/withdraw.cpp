@@ -3,7 +3,6 @@
 #include <cstdio>
 
 #include "core/guard.h"
-#include "core/errors.h"
 #include "comm/kel_api.h"
 #include "core/messages.h"
 #include "core/log.h"
@@ -16,19 +15,17 @@
 
 namespace molra::trade {
 
-std::int64_t WithdrawImpl(Fam fam, CusLoginInfo* record, const WithdrawArgs& a, Mode mode) {
+Result<std::int64_t> WithdrawImpl(Fam fam, CusLoginInfo* record, const WithdrawArgs& a,
+                                  Mode mode) {
   const OrderFamily& f = Family(fam);
-  if (record == nullptr || a.jys == nullptr) return Refuse(f, record, -221, msg::kIllegalArgument);
-  if (a.cxwth < 1 && a.cxkfsbdbh < 1) return Refuse(f, record, -221, msg::kIllegalArgument);
-
+  if (record == nullptr || a.jys == nullptr || (a.cxwth < 1 && a.cxkfsbdbh < 1)) {
+    return Refuse(f, record, SECMOLRA_ERR_ARGUMENT, msg::kIllegalArgument);
+  }
   OrderRequest req(f, record);
   const std::string khh = FieldText(record->KHH);
   if (f.key_value) {
-    req.Fields([&](kel::int64 h) {
-      kel::api.Kel_SetItem(h, fid::KHH, khh.c_str());
-      kel::api.Kel_SetItem(h, fid::JYS, a.jys);
-      kel::api.Kel_SetLong(h, fid::WTH, a.cxwth);
-    });
+    req.Fields({ReqField::Text(fid::KHH, khh), ReqField::Text(fid::JYS, a.jys),
+                ReqField::Long(fid::WTH, a.cxwth)});
   } else {
     OrderWithdrawReq& b = req.Block<OrderWithdrawReq>();
     CopyField(b.jys, a.jys);
@@ -43,16 +40,13 @@ std::int64_t WithdrawImpl(Fam fam, CusLoginInfo* record, const WithdrawArgs& a, 
   return mode.async ? req.Send(mode.number) : req.Run();
 }
 
-std::int64_t BatchWithdrawImpl(CusLoginInfo* record, std::int64_t lsh, bool async) {
+Result<std::int64_t> BatchWithdrawImpl(CusLoginInfo* record, std::int64_t lsh, bool async) {
   OrderRequest req(Family(Fam::kBatchWithdraw), record);
   req.Block<BatchWithdrawReq>().lsh = lsh;
   return async ? req.Send(lsh) : req.Run();
 }
 
 namespace {
-
-constexpr const char* kEmptyWithdrawArgs = msg::kEmptyWithdrawArgs;
-constexpr const char* kEmptyBatchWithdrawArgs = msg::kEmptyBatchWithdrawArgs;
 
 enum class By { kWth, kKfsbdbh };
 
@@ -98,14 +92,14 @@ void CheckAsyncByNumber(ArgCheck& c, const WithdrawRule& r, std::int64_t cx, Mod
 
 // `khh` is the plain form's argument or the record's field (a null record is left to the
 // frame, so an Ex form passes `ex` and its khh is not checked for null).
-ArgCheck CheckWithdraw(const char* func, Fam fam, By by, const char* khh, bool ex,
-                       const char* jys, std::int64_t number, Mode m) {
-  ArgCheck c(func);
+ArgCheck CheckWithdraw(Fam fam, By by, const char* khh, bool ex, const char* jys,
+                       std::int64_t number, Mode m) {
+  ArgCheck c;
   const bool async_by_number = m.async && by == By::kKfsbdbh;
   if (!ex) c.NotNull({khh});
   c.NotNull({jys});
   if (!async_by_number) c.Require(number >= 1);
-  c.NotEmpty({khh, jys}, kEmptyWithdrawArgs);
+  c.NotEmpty({khh, jys}, msg::kEmptyWithdrawArgs);
   if (async_by_number) {
     CheckAsyncByNumber(c, RuleOf(fam), number, m);
   } else if (m.async) {
@@ -129,37 +123,37 @@ void LogPlain(const char* func, By by, const char* khh, const char* jys, std::in
   }
 }
 
-std::int64_t PlainWithdraw(const char* func, Fam fam, By by, const char* khh, const char* jys,
-                           std::int64_t number, Mode m) {
-  ArgCheck c = CheckWithdraw(func, fam, by, khh, false, jys, number, m);
-  if (!c.ok()) return c.code();
+Result<std::int64_t> PlainWithdraw(const char* func, Fam fam, By by, const char* khh,
+                                   const char* jys, std::int64_t number, Mode m) {
+  ArgCheck c = CheckWithdraw(fam, by, khh, false, jys, number, m);
+  if (!c.ok()) return c.status().TakeFailure();
   LogPlain(func, by, khh, jys, number, m);
   CusLoginInfo rec = MakeRecord(khh, "");
   return WithdrawImpl(fam, &rec, ArgsOf(by, jys, number), m);
 }
 
-std::int64_t ExWithdraw(const char* func, Fam fam, By by, CusLoginInfo* rec, const char* jys,
-                        std::int64_t number, Mode m) {
-  ArgCheck c = CheckWithdraw(func, fam, by, rec ? rec->KHH : nullptr, true, jys, number, m);
-  if (!c.ok()) return c.code();
+Result<std::int64_t> ExWithdraw(Fam fam, By by, CusLoginInfo* rec, const char* jys,
+                                std::int64_t number, Mode m) {
+  ArgCheck c = CheckWithdraw(fam, by, rec ? rec->KHH : nullptr, true, jys, number, m);
+  if (!c.ok()) return c.status().TakeFailure();
   return WithdrawImpl(fam, rec, ArgsOf(by, jys, number), m);
 }
 
-std::int64_t PlainBatchWithdraw(const char* func, const char* khh, std::int64_t lsh,
-                                bool async) {
-  ArgCheck c(func);
-  c.NotNull({khh}).NotEmpty({khh}, kEmptyBatchWithdrawArgs).Require(lsh >= 0, kEmptyBatchWithdrawArgs);
-  if (!c.ok()) return c.code();
+Result<std::int64_t> PlainBatchWithdraw(const char* func, const char* khh, std::int64_t lsh,
+                                        bool async) {
+  ArgCheck c;
+  c.NotNull({khh}).NotEmpty({khh}, msg::kEmptyBatchWithdrawArgs).Require(lsh >= 0, msg::kEmptyBatchWithdrawArgs);
+  if (!c.ok()) return c.status().TakeFailure();
   MOLRA_LOG_INFO("{} lpKhh:{} nLSH:{}", func, khh, lsh);
   CusLoginInfo rec = MakeRecord(khh, "");
   return BatchWithdrawImpl(&rec, lsh, async);
 }
 
-std::int64_t ExBatchWithdraw(const char* func, CusLoginInfo* rec, std::int64_t lsh, bool async) {
-  ArgCheck c(func);
-  c.NotEmpty({rec ? rec->KHH : nullptr}, kEmptyBatchWithdrawArgs)
-      .Require(lsh >= 0, kEmptyBatchWithdrawArgs);
-  if (!c.ok()) return c.code();
+Result<std::int64_t> ExBatchWithdraw(CusLoginInfo* rec, std::int64_t lsh, bool async) {
+  ArgCheck c;
+  c.NotEmpty({rec ? rec->KHH : nullptr}, msg::kEmptyBatchWithdrawArgs)
+      .Require(lsh >= 0, msg::kEmptyBatchWithdrawArgs);
+  if (!c.ok()) return c.status().TakeFailure();
   return BatchWithdrawImpl(rec, lsh, async);
 }
 
@@ -167,32 +161,32 @@ std::int64_t ExBatchWithdraw(const char* func, CusLoginInfo* rec, std::int64_t l
 }  // namespace molra::trade
 
 using namespace molra::trade;
-using molra::Guard;
+using molra::Export;
 
 // The four forms of one withdrawal export: plain, Ex, _ASync and Ex_ASync.
 #define MOLRA_WITHDRAW_EXPORTS(Name, fam, by, Arg)                                            \
   SECMOLRA_API int64_t SECMOLRA_##Name(const char* lpKhh, const char* lpJys, int64_t Arg) {   \
-    return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&] {                                      \
+    return Export(__func__, [&] {                                      \
       return PlainWithdraw("SECMOLRA_" #Name, fam, by, lpKhh, lpJys, Arg, kSync);             \
     });                                                                                       \
   }                                                                                           \
   SECMOLRA_API int64_t SECMOLRA_##Name##Ex(CusLoginInfo* info, const char* lpJys,             \
                                            int64_t Arg) {                                     \
-    return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&] {                                      \
-      return ExWithdraw("SECMOLRA_" #Name "Ex", fam, by, info, lpJys, Arg, kSync);            \
+    return Export(__func__, [&] {                                      \
+      return ExWithdraw(fam, by, info, lpJys, Arg, kSync);            \
     });                                                                                       \
   }                                                                                           \
   SECMOLRA_API int64_t SECMOLRA_##Name##_ASync(const char* lpKhh, const char* lpJys,          \
                                                int64_t Arg, int64_t nKFSBDBH) {               \
-    return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&] {                                      \
+    return Export(__func__, [&] {                                      \
       return PlainWithdraw("SECMOLRA_" #Name "_ASync", fam, by, lpKhh, lpJys, Arg,            \
                            Async(nKFSBDBH));                                                  \
     });                                                                                       \
   }                                                                                           \
   SECMOLRA_API int64_t SECMOLRA_##Name##Ex_ASync(CusLoginInfo* info, const char* lpJys,       \
                                                  int64_t Arg, int64_t nKFSBDBH) {             \
-    return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&] {                                      \
-      return ExWithdraw("SECMOLRA_" #Name "Ex_ASync", fam, by, info, lpJys, Arg,              \
+    return Export(__func__, [&] {                                      \
+      return ExWithdraw(fam, by, info, lpJys, Arg,              \
                         Async(nKFSBDBH));                                                     \
     });                                                                                       \
   }
@@ -212,26 +206,26 @@ MOLRA_WITHDRAW_EXPORTS(FXYWWithdraw, Fam::kFXYWWithdraw, By::kWth, nCxwth)
 MOLRA_WITHDRAW_EXPORTS(FJYWithdraw, Fam::kFJYWithdraw, By::kWth, nCxwth)
 
 SECMOLRA_API int64_t SECMOLRA_BatchOrderWithdraw(const char* lpKhh, int64_t nLSH) {
-  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+  return Export(__func__, [&] {
     return PlainBatchWithdraw("SECMOLRA_BatchOrderWithdraw", lpKhh, nLSH, false);
   });
 }
 
 SECMOLRA_API int64_t SECMOLRA_BatchOrderWithdrawEx(CusLoginInfo* info, int64_t nLSH) {
-  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
-    return ExBatchWithdraw("SECMOLRA_BatchOrderWithdrawEx", info, nLSH, false);
+  return Export(__func__, [&] {
+    return ExBatchWithdraw(info, nLSH, false);
   });
 }
 
 SECMOLRA_API int64_t SECMOLRA_BatchOrderWithdraw_ASync(const char* lpKhh, int64_t nLSH) {
-  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+  return Export(__func__, [&] {
     return PlainBatchWithdraw("SECMOLRA_BatchOrderWithdraw_ASync", lpKhh, nLSH, true);
   });
 }
 
 SECMOLRA_API int64_t SECMOLRA_BatchOrderWithdrawEx_ASync(CusLoginInfo* info, int64_t nLSH) {
-  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
-    return ExBatchWithdraw("SECMOLRA_BatchOrderWithdrawEx_ASync", info, nLSH, true);
+  return Export(__func__, [&] {
+    return ExBatchWithdraw(info, nLSH, true);
   });
 }
 

@@ -10,13 +10,13 @@ HostCallbacks* HostCallbacks::current_ = nullptr;
 
 HostCallbacks::HostCallbacks(bool install_msg, bool install_func) {
   current_ = this;
-  Kit().msg_callback.store(install_msg ? &OnMessage : nullptr);
-  Kit().func_callback.store(install_func ? &OnFunction : nullptr);
+  Host().msg_callback.store(install_msg ? &OnMessage : nullptr);
+  Host().func_callback.store(install_func ? &OnFunction : nullptr);
 }
 
 HostCallbacks::~HostCallbacks() {
-  Kit().msg_callback.store(nullptr);
-  Kit().func_callback.store(nullptr);
+  Host().msg_callback.store(nullptr);
+  Host().func_callback.store(nullptr);
   current_ = nullptr;
 }
 

@@ -17,6 +17,7 @@
 #include <iconv.h>
 #endif
 
+#include "core/context.h"
 #include "core/log.h"
 #include "secmolra.h"
 #include "util/dynlib.h"
@@ -100,6 +101,13 @@ std::string Sim::CallLog() {
 }
 
 void Sim::ClearCallLog() { Fn<void (*)()>("KelSim_ClearCallLog")(); }
+
+CusRegistry& Customers() { return CurrentKit()->customers; }
+
+ConnPool* KitPool() {
+  Kit* kit = CurrentKit();
+  return kit != nullptr ? kit->pool() : nullptr;
+}
 
 std::int64_t LastError(std::string* msg) {
   std::vector<char> buf(1 << 20);

@@ -5,6 +5,11 @@
 #include <cstdint>
 #include <string>
 
+namespace molra {
+class ConnPool;
+class CusRegistry;
+}
+
 namespace molra::test {
 
 // The build directory (where kelapi50.dll is): MOLRA_BUILD_DIR, else the directory the test
@@ -43,6 +48,11 @@ template <typename T>
 T V(T v) {
   return v;
 }
+
+// The running kit's connection pool; null without a kit or after SECMOLRA_Exit.
+molra::ConnPool* KitPool();
+// The running kit's customer registry (SECMOLRA_Init first).
+molra::CusRegistry& Customers();
 
 // The kit's last error as (code, message), and its message alone.
 std::int64_t LastError(std::string* msg = nullptr);
