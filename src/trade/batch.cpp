@@ -138,24 +138,26 @@ Result<std::int64_t> BatchEntrustImpl(CusLoginInfo* record, std::vector<BatchOrd
   return async ? req.Send(wtpch) : req.Run();
 }
 
-namespace {
-
-Result<std::int64_t> BatchExport(const char* func, const char* khh, CusLoginInfo* rec,
-                                 std::vector<BatchOrderRow>& rows, std::int64_t wtpch, bool async) {
-  ArgCheck c;
-  if (rec == nullptr) c.NotNull({khh});
-  const char* customer = rec != nullptr ? rec->KHH : khh;
-  c.NotEmpty({customer}, msg::kEmptyBatchArgs).Require(!rows.empty(), msg::kEmptyBatchArgs);
-  if (!c.ok()) return c.status().TakeFailure();
-  MOLRA_LOG_INFO("{} lpkhh:{} ordernum:{} nWTPCH:{}", func,
-                 rec != nullptr ? FieldText(rec->KHH) : std::string(khh), rows.size(), wtpch);
-  if (!c.Require(rows.size() <= static_cast<std::size_t>(kBatchMaxRows), msg::kTooManyRows).ok()) {
-    return c.status().TakeFailure();
+Result<std::int64_t> RunBatchEntrust(const char* name, Fam, const Caller& c, const OrderArgs& a,
+                                     Mode mode) {
+  std::vector<BatchOrderRow>& rows = *a.rows;
+  // An Ex form does not check its record pointer: a null one reaches the frame's check.
+  if (c.ex && c.record == nullptr) return BatchEntrustImpl(nullptr, rows, a.number, mode.async);
+  ArgCheck check;
+  if (!c.ex) check.NotNull({c.khh});
+  check.NotEmpty({c.Khh()}, msg::kEmptyBatchArgs).Require(!rows.empty(), msg::kEmptyBatchArgs);
+  if (!check.ok()) return check.status().TakeFailure();
+  MOLRA_LOG_INFO("{} lpkhh:{} ordernum:{} nWTPCH:{}", name,
+                 c.ex ? FieldText(c.record->KHH) : std::string(c.khh), rows.size(), a.number);
+  if (!check.Require(rows.size() <= static_cast<std::size_t>(kBatchMaxRows), msg::kTooManyRows)
+           .ok()) {
+    return check.status().TakeFailure();
   }
-  if (rec != nullptr) return BatchEntrustImpl(rec, rows, wtpch, async);
-  CusLoginInfo own = MakeRecord(khh, "");
-  return BatchEntrustImpl(&own, rows, wtpch, async);
+  CusLoginInfo own;
+  return BatchEntrustImpl(c.Record(own), rows, a.number, mode.async);
 }
+
+namespace {
 
 std::int64_t PyBatch(const char* khh, std::int64_t wtpch, BatchOrderRow* rows, std::int32_t count,
                      bool async) {
@@ -171,46 +173,9 @@ std::int64_t PyBatch(const char* khh, std::int64_t wtpch, BatchOrderRow* rows, s
 }  // namespace molra::trade
 
 using namespace molra::trade;
-using molra::Export;
-using molra::Result;
 using molra::Guard;
 
 extern "C" {
-
-SECMOLRA_API int64_t SECMOLRA_BatchOrderEntrust(const char* lpKhh,
-                                                std::vector<BatchOrderRow>& rows,
-                                                int64_t nWTPCH) {
-  return Export(__func__, [&]() -> Result<std::int64_t> {
-    return BatchExport("SECMOLRA_BatchOrderEntrust", lpKhh, nullptr, rows, nWTPCH, false);
-  });
-}
-
-SECMOLRA_API int64_t SECMOLRA_BatchOrderEntrustEx(CusLoginInfo* info,
-                                                  std::vector<BatchOrderRow>& rows,
-                                                  int64_t nWTPCH) {
-  return Export(__func__, [&]() -> Result<std::int64_t> {
-    // An Ex form does not check its record pointer: a null one reaches the frame's check.
-    if (info == nullptr) return BatchEntrustImpl(nullptr, rows, nWTPCH, false);
-    return BatchExport("SECMOLRA_BatchOrderEntrustEx", nullptr, info, rows, nWTPCH, false);
-  });
-}
-
-SECMOLRA_API int64_t SECMOLRA_BatchOrderEntrust_ASync(const char* lpKhh,
-                                                      std::vector<BatchOrderRow>& rows,
-                                                      int64_t nWTPCH) {
-  return Export(__func__, [&]() -> Result<std::int64_t> {
-    return BatchExport("SECMOLRA_BatchOrderEntrust_ASync", lpKhh, nullptr, rows, nWTPCH, true);
-  });
-}
-
-SECMOLRA_API int64_t SECMOLRA_BatchOrderEntrustEx_ASync(CusLoginInfo* info,
-                                                        std::vector<BatchOrderRow>& rows,
-                                                        int64_t nWTPCH) {
-  return Export(__func__, [&]() -> Result<std::int64_t> {
-    if (info == nullptr) return BatchEntrustImpl(nullptr, rows, nWTPCH, true);
-    return BatchExport("SECMOLRA_BatchOrderEntrustEx_ASync", nullptr, info, rows, nWTPCH, true);
-  });
-}
 
 SECMOLRA_API int64_t PYSECMOLRA_BatchOrderEntrust(const char* lpKhh, int64_t nWTPCH,
                                                   BatchOrderRow* rows, int32_t count) {

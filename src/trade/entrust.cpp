@@ -30,7 +30,7 @@ ReqFields SecurityFields(const CusLoginInfo& rec, const char* jys, const char* z
 
 namespace {
 
-void FillEntrustBody(OrderRequest& req, const CusLoginInfo& rec, const EntrustArgs& a) {
+void FillEntrustBody(OrderRequest& req, const CusLoginInfo& rec, const OrderArgs& a) {
   EntrustBody& b = req.Block<EntrustBody>();
   CopyField(b.jys, a.jys);
   CopyField(b.gdh, rec.GDH);
@@ -42,65 +42,67 @@ void FillEntrustBody(OrderRequest& req, const CusLoginInfo& rec, const EntrustAr
   b.byte91 = a.byte91;
 }
 
-ReqFields EntrustFields(const CusLoginInfo& rec, const EntrustArgs& a, const DzjyArgs* d) {
+void FillEtfBlock(OrderRequest& req, const CusLoginInfo& rec, const OrderArgs& a) {
+  ETFEntrustReq& b = req.Block<ETFEntrustReq>();
+  CopyField(b.gdh, rec.GDH);
+  CopyField(b.jys, a.jys);
+  CopyField(b.zqdm, a.zqdm);
+  b.wtsl = static_cast<std::int32_t>(a.wtsl);
+  b.jylb = static_cast<std::uint8_t>(a.jylb);
+  if (a.step != nullptr) CopyField(b.step, a.step);
+}
+
+ReqFields EntrustFields(const CusLoginInfo& rec, const OrderArgs& a, bool block_trading) {
   ReqFields f = SecurityFields(rec, a.jys, a.zqdm);
   f.insert(f.end(), {ReqField::Int(fid::JYLB, a.jylb), ReqField::Long(fid::WTSL, a.wtsl),
                      ReqField::Double(fid::WTJG, a.wtjg), ReqField::Long(fid::DDLX, a.ddlx)});
-  if (d == nullptr) return f;
-  f.insert(f.end(), {ReqField::Text(fid::DZJY_DFXW, d->dfxw), ReqField::Text(fid::DZJY_LXR, d->lxr),
-                     ReqField::Text(fid::DZJY_LXDH, d->lxdh), ReqField::Text(fid::DZJY_HYH, d->hyh),
-                     ReqField::Text(fid::DZJY_DFGDH, d->dfgdh),
-                     ReqField::Int(fid::DZJY_PDDM, d->pddm), ReqField::Int(fid::DZJY_TDBZ, d->tdbz)});
+  if (!block_trading) return f;
+  f.insert(f.end(), {ReqField::Text(fid::DZJY_DFXW, a.dfxw), ReqField::Text(fid::DZJY_LXR, a.lxr),
+                     ReqField::Text(fid::DZJY_LXDH, a.lxdh), ReqField::Text(fid::DZJY_HYH, a.hyh),
+                     ReqField::Text(fid::DZJY_DFGDH, a.dfgdh),
+                     ReqField::Int(fid::DZJY_PDDM, a.pddm), ReqField::Int(fid::DZJY_TDBZ, a.tdbz)});
   return f;
 }
 
-void LogDzjy(OrderRequest& req, const DzjyArgs& d) {
-  req.Log("dfxw", d.dfxw).Log("lxr", d.lxr).Log("lxdh", d.lxdh).Log("hyh", d.hyh);
-  req.Log("dfgdh", d.dfgdh).Log("pddm", d.pddm).Log("tdbz", d.tdbz);
+void LogArgs(OrderRequest& req, const CusLoginInfo& rec, const OrderArgs& a, Biz biz) {
+  req.Log("khh", FieldText(rec.KHH)).Log("jys", a.jys).Log("zqdm", a.zqdm).Log("jylb", a.jylb);
+  req.Log("wtsl", a.wtsl).Log("wtjg", a.wtjg).Log("ddlx", a.ddlx).Log("gdh", FieldText(rec.GDH));
+  if (biz == Biz::kETF) req.Log("step", a.step);
+  if (biz != Biz::kDZJY) return;
+  req.Log("dfxw", a.dfxw).Log("lxr", a.lxr).Log("lxdh", a.lxdh).Log("hyh", a.hyh);
+  req.Log("dfgdh", a.dfgdh).Log("pddm", a.pddm).Log("tdbz", a.tdbz);
 }
 
 }  // namespace
 
-Result<std::int64_t> EntrustImpl(Target target, CusLoginInfo* record, const EntrustArgs& a,
-                                 Mode mode, const DzjyArgs* dzjy) {
-  Result<const OrderFamily*> f = Resolve(target, a.jylb, record);
-  if (!f) return f.TakeFailure();
+Result<std::int64_t> EntrustImpl(Target target, CusLoginInfo* record, const OrderArgs& a,
+                                 Mode mode) {
+  Result<const OrderFamily*> found = Resolve(target, a.jylb, record);
+  if (!found) return found.TakeFailure();
+  const OrderFamily& f = **found;
   if (record == nullptr || a.jys == nullptr || a.zqdm == nullptr) {
-    return Refuse(**f, record, SECMOLRA_ERR_ARGUMENT, msg::kIllegalArgument);
+    return Refuse(f, record, SECMOLRA_ERR_ARGUMENT, msg::kIllegalArgument);
   }
-  OrderRequest req(**f, record);
-  if ((*f)->key_value) {
-    req.Fields(EntrustFields(*record, a, dzjy));
+  OrderRequest req(f, record);
+  if (f.key_value) {
+    req.Fields(EntrustFields(*record, a, f.biz == Biz::kDZJY));
+  } else if (f.biz == Biz::kETF) {
+    FillEtfBlock(req, *record, a);
   } else {
     FillEntrustBody(req, *record, a);
   }
-  req.Log("khh", FieldText(record->KHH)).Log("jys", a.jys).Log("zqdm", a.zqdm);
-  req.Log("jylb", a.jylb).Log("wtsl", a.wtsl).Log("wtjg", a.wtjg).Log("ddlx", a.ddlx);
-  req.Log("gdh", FieldText(record->GDH));
-  if (dzjy != nullptr) LogDzjy(req, *dzjy);
+  LogArgs(req, *record, a, f.biz);
   return mode.async ? req.Send(mode.number) : req.Run();
 }
 
-Result<std::int64_t> ETFEntrustImpl(CusLoginInfo* record, const char* jys, const char* zqdm,
-                                    std::int32_t jylb, std::int32_t wtsl, const char* step,
-                                    Mode mode) {
-  Result<const OrderFamily*> f = Resolve(ByCategory(Biz::kETF), jylb, record);
-  if (!f) return f.TakeFailure();
-  if (record == nullptr || jys == nullptr || zqdm == nullptr) {
-    return Refuse(**f, record, SECMOLRA_ERR_ARGUMENT, msg::kIllegalArgument);
-  }
-  OrderRequest req(**f, record);
-  ETFEntrustReq& b = req.Block<ETFEntrustReq>();
-  CopyField(b.gdh, record->GDH);
-  CopyField(b.jys, jys);
-  CopyField(b.zqdm, zqdm);
-  b.wtsl = wtsl;
-  b.jylb = static_cast<std::uint8_t>(jylb);
-  if (step != nullptr) CopyField(b.step, step);
-
-  req.Log("khh", FieldText(record->KHH)).Log("jys", jys).Log("zqdm", zqdm).Log("jylb", jylb);
-  req.Log("wtsl", wtsl).Log("gdh", FieldText(record->GDH)).Log("step", step);
-  return mode.async ? req.Send(mode.number) : req.Run();
+Result<std::int64_t> RunEntrust(const char*, Target target, const Caller& c, const OrderArgs& a,
+                                Mode mode) {
+  ArgCheck check = c.ex ? CheckOrderArgsEx(c.record, a.jys, a.zqdm, mode.async, mode.number)
+                        : CheckOrderArgs(c.khh, a.jys, a.zqdm, c.gdh, mode.async, mode.number);
+  if (target.biz == Biz::kDZJY) check.NotNull({a.dfxw, a.lxr, a.lxdh, a.hyh, a.dfgdh});
+  if (!check.ok()) return check.status().TakeFailure();
+  CusLoginInfo own;
+  return EntrustImpl(target, c.Record(own), a, mode);
 }
 
 }  // namespace molra::trade

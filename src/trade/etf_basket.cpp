@@ -146,8 +146,14 @@ Result<std::int64_t> Basket::PlaceOrders(const std::vector<Constituent>& parts) 
   std::int64_t placed = 0;
   for (const Constituent& p : parts) {
     if (p.qty_per_unit <= 0) continue;  // cash substitutes carry no quantity
-    const EntrustArgs a{p.jys.c_str(), p.zqdm.c_str(), kBuy, p.qty_per_unit * units_, price_,
-                        ddlx_, static_cast<std::uint8_t>(ddlx_)};
+    OrderArgs a;
+    a.jys = p.jys.c_str();
+    a.zqdm = p.zqdm.c_str();
+    a.jylb = kBuy;
+    a.wtsl = p.qty_per_unit * units_;
+    a.wtjg = price_;
+    a.ddlx = ddlx_;
+    a.byte91 = static_cast<std::uint8_t>(ddlx_);
     Result<std::int64_t> wth = EntrustImpl(Fixed(Fam::kOrderEntrust), rec_, a, kSync);
     if (!wth || *wth <= 0) return wth;
     ++placed;
@@ -156,45 +162,26 @@ Result<std::int64_t> Basket::PlaceOrders(const std::vector<Constituent>& parts) 
   return placed;
 }
 
-Result<std::int64_t> BasketImpl(CusLoginInfo* rec, const char* jys, const char* etf,
-                                std::int32_t units, double price, std::int64_t ddlx) {
-  if (rec == nullptr || rec->KHH[0] == '\0' || jys == nullptr || etf == nullptr) {
+}  // namespace
+
+Result<std::int64_t> BasketImpl(CusLoginInfo* rec, const OrderArgs& a) {
+  if (rec == nullptr || rec->KHH[0] == '\0' || a.jys == nullptr || a.zqdm == nullptr) {
     return Failure{SECMOLRA_ERR_ARGUMENT, msg::kIllegalArgument, kBasketName, rec};
   }
-  return Basket(rec, jys, etf, units, price, ddlx).Run();
+  return Basket(rec, a.jys, a.zqdm, a.units, a.wtjg, a.ddlx).Run();
 }
 
-}  // namespace
-}  // namespace molra::trade
-
-using namespace molra::trade;
-using molra::Export;
-using molra::Result;
-
-extern "C" {
-
-SECMOLRA_API int64_t SECMOLRA_ETFBasketEntrust(const char* lpKhh, const char* lpJys,
-                                               const char* lpEtfCode, const char* lpGdh,
-                                               int32_t nUnits, double lfPrice, int64_t lDdlx) {
-  return Export(__func__, [&]() -> Result<std::int64_t> {
-    ArgCheck c = CheckOrderArgs(lpKhh, lpJys, lpEtfCode, lpGdh, false, 0);
-    if (!c.Require(nUnits >= 1).ok()) return c.status().TakeFailure();
+Result<std::int64_t> RunBasket(const char* name, Target, const Caller& c, const OrderArgs& a,
+                               Mode) {
+  ArgCheck check = c.ex ? CheckOrderArgsEx(c.record, a.jys, a.zqdm, false, 0)
+                        : CheckOrderArgs(c.khh, a.jys, a.zqdm, c.gdh, false, 0);
+  if (!check.Require(a.units >= 1).ok()) return check.status().TakeFailure();
+  if (!c.ex) {
     MOLRA_LOG_INFO("{} lpKhh:{} lpJys:{} lpEtfCode:{} lpGdh:{} nUnits:{} lfPrice:{} lDdlx:{}",
-                   "SECMOLRA_ETFBasketEntrust", lpKhh, lpJys, lpEtfCode, lpGdh, nUnits, lfPrice,
-                   lDdlx);
-    CusLoginInfo rec = MakeRecord(lpKhh, lpGdh);
-    return BasketImpl(&rec, lpJys, lpEtfCode, nUnits, lfPrice, lDdlx);
-  });
+                   name, c.khh, a.jys, a.zqdm, c.gdh, a.units, a.wtjg, a.ddlx);
+  }
+  CusLoginInfo own;
+  return BasketImpl(c.Record(own), a);
 }
 
-SECMOLRA_API int64_t SECMOLRA_ETFBasketEntrustEx(CusLoginInfo* info, const char* lpJys,
-                                                 const char* lpEtfCode, int32_t nUnits,
-                                                 double lfPrice, int64_t lDdlx) {
-  return Export(__func__, [&]() -> Result<std::int64_t> {
-    ArgCheck c = CheckOrderArgsEx(info, lpJys, lpEtfCode, false, 0);
-    if (!c.Require(nUnits >= 1).ok()) return c.status().TakeFailure();
-    return BasketImpl(info, lpJys, lpEtfCode, nUnits, lfPrice, lDdlx);
-  });
-}
-
-}  // extern "C"
+}  // namespace molra::trade

@@ -182,7 +182,7 @@ std::int64_t OrderRequest::ResultOf(const char* answer, std::int32_t len) {
       return std::isfinite(q) && std::fabs(q) < kLimit ? static_cast<std::int64_t>(q) : 0;
     }
     case ResultKind::kQuantity32:
-      return ReadAt<std::int32_t>(answer, offsetof(TradableQtyAns, quantity));
+      return ReadAt<std::int32_t>(answer, offsetof(ETFTradableQtyAns, quantity));
     case ResultKind::kReturnCode:
       return ReadAt<std::int16_t>(answer, offsetof(AnswerHead, code));
     case ResultKind::kCustom:

@@ -12,25 +12,32 @@
 #include "core/messages.h"
 #include "core/log.h"
 #include "push/json_text.h"
+#include "trade/order_blocks.h"
 #include "util/field_ids.h"
 
 namespace molra {
 namespace {
 
+using namespace trade;
+
 constexpr int kReplyType = 14;
 
-// Every structured answer: return code, return note, order number, entrust time.
-constexpr int kMinAnswer = 430;
-constexpr int kCodeAt = 11;
-constexpr int kNoteAt = 302, kNoteWidth = 128;
-constexpr int kWthAt = 443;
-constexpr int kWtsjAt = 451, kWtsjWidth = 13;
+// Offsets and widths of the blocks (trade/order_blocks.h). Every structured answer: return
+// code, return note, order number, entrust time.
+constexpr int kMinAnswer = sizeof(AnswerHead);
+constexpr int kCodeAt = offsetof(AnswerHead, code);
+constexpr int kNoteAt = offsetof(AnswerHead, message), kNoteWidth = sizeof(AnswerHead::message);
+constexpr int kWthAt = offsetof(OrderEntrustAns, wth);
+constexpr int kWtsjAt = offsetof(OrderEntrustAns, wtsj), kWtsjWidth = sizeof(OrderEntrustAns::wtsj);
 // The request block's customer number.
-constexpr int kReqKhhAt = 13, kReqKhhWidth = 13;
+constexpr int kReqKhhAt = offsetof(OrderReqHead, khh), kReqKhhWidth = sizeof(OrderReqHead::khh);
 // Batch entrust: rows of the request, and the answer's count, funds, numbers and notes.
-constexpr int kReqRowsAt = 64, kReqRowWidth = 30, kMaxRows = 100;
-constexpr int kBatchSuccessAt = 443, kBatchDjzjAt = 447, kBatchWthAt = 455;
-constexpr int kBatchNoteAt = 1263, kBatchNoteWidth = 64;
+constexpr int kReqRowsAt = offsetof(BatchOrderReq, rows), kReqRowWidth = kBatchRowWidth;
+constexpr int kBatchSuccessAt = offsetof(BatchOrderAns, count);
+constexpr int kBatchDjzjAt = offsetof(BatchOrderAns, djzj);
+constexpr int kBatchWthAt = offsetof(BatchOrderAns, wth);
+constexpr int kBatchNoteAt = offsetof(BatchOrderAns, notes);
+constexpr int kBatchNoteWidth = sizeof(BatchOrderAns::notes[0]);
 
 enum class Form : std::uint8_t {
   kSingle,         // one order's structured answer
@@ -50,9 +57,9 @@ struct ReplyKind {
   const char* name;  // also the function name of a refusal's last error
   int jylx;
   Form form;
-  int min_len;    // a structured answer with a positive code must be at least this long
   int wth_width;  // bytes of the order number at 443 (8 or 4)
   Third third;
+  int min_len;    // a structured answer with a positive code must be at least this long
   int third_at;   // byte offset of a structured answer, field id of a key/value one
 };
 
@@ -62,27 +69,31 @@ enum Reply {
   kFxywWithdraw, kReplyCount
 };
 
-// The repurchase withdrawal's "SBJG" at 512 lies past its minimum length of 512: it is read
-// only when the answer holds those bytes (every read below is bounded by the answer).
+// The answer block's length and where its third value lies.
+#define MOLRA_ANSWER(T, third) sizeof(T), offsetof(T, third)
+
+// The repurchase withdrawal's "SBJG" lies right after its 512-byte answer: it is read only
+// when the answer holds those bytes (every read below is bounded by the answer).
 constexpr ReplyKind kReplies[kReplyCount] = {
-    {"Sc_Order_AsyncFuncProcess", 30, Form::kSingle, 472, 8, Third::kDjzj, 464},
-    {"Sc_BatchOrder_AsyncFuncProcess", 30, Form::kBatch, 7663, 0, Third::kNone, 0},
-    {"Sc_ETFSG_AsyncFuncProcess", 31, Form::kSingle, 472, 8, Third::kDjzj, 464},
-    {"Sc_ETFSH_AsyncFuncProcess", 32, Form::kSingle, 472, 8, Third::kDjzj, 464},
-    {"Sc_ZQHG_AsyncFuncProcess", 33, Form::kSingle, 472, 4, Third::kDjzj, 464},
-    {"Sc_ZQCRK_AsyncFuncProcess", 34, Form::kSingle, 472, 4, Third::kDjzj, 464},
-    {"Sc_LOF_AsyncFuncProcess", 35, Form::kSingle, 475, 4, Third::kDjzj, 467},
-    {"Sc_PHDJ_AsyncFuncProcess", 36, Form::kSingle, 472, 8, Third::kDjzj, 464},
-    {"Sc_FXYW_AsyncFuncProcess", 37, Form::kKeyValue, 0, 0, Third::kDjzj, fid::DJZJ},
-    {"Sc_FJY_AsyncFuncProcess", 38, Form::kKeyValue, 0, 0, Third::kDjzj, fid::DJZJ},
-    {"Sc_OrderWithDraw_AsyncFuncProcess", 40, Form::kSingle, 516, 4, Third::kSbjg, 467},
-    {"Sc_BatchOrderWithDraw_AsyncFuncProcess", 41, Form::kBatchWithdraw, 6459, 0, Third::kNone, 0},
-    {"Sc_ETFWithDraw_AsyncFuncProcess", 42, Form::kSingle, 517, 4, Third::kSbjgFromDouble, 464},
-    {"Sc_ZQHGWithDraw_AsyncFuncProcess", 43, Form::kSingle, 512, 4, Third::kSbjg, 512},
-    {"Sc_LOFWithDraw_AsyncFuncProcess", 44, Form::kSingle, 516, 4, Third::kSbjg, 467},
-    {"Sc_PHDJWithDraw_AsyncFuncProcess", 45, Form::kSingle, 516, 4, Third::kSbjg, 467},
-    {"Sc_FXYWWithDraw_AsyncFuncProcess", 46, Form::kKeyValue, 0, 0, Third::kSbjg, fid::SBJG},
+    {"Sc_Order_AsyncFuncProcess", 30, Form::kSingle, 8, Third::kDjzj, MOLRA_ANSWER(OrderEntrustAns, djzj)},
+    {"Sc_BatchOrder_AsyncFuncProcess", 30, Form::kBatch, 0, Third::kNone, sizeof(BatchOrderAns), 0},
+    {"Sc_ETFSG_AsyncFuncProcess", 31, Form::kSingle, 8, Third::kDjzj, MOLRA_ANSWER(OrderEntrustAns, djzj)},
+    {"Sc_ETFSH_AsyncFuncProcess", 32, Form::kSingle, 8, Third::kDjzj, MOLRA_ANSWER(OrderEntrustAns, djzj)},
+    {"Sc_ZQHG_AsyncFuncProcess", 33, Form::kSingle, 4, Third::kDjzj, MOLRA_ANSWER(OrderEntrustAns, djzj)},
+    {"Sc_ZQCRK_AsyncFuncProcess", 34, Form::kSingle, 4, Third::kDjzj, MOLRA_ANSWER(OrderEntrustAns, djzj)},
+    {"Sc_LOF_AsyncFuncProcess", 35, Form::kSingle, 4, Third::kDjzj, MOLRA_ANSWER(LofEntrustAns, djzj)},
+    {"Sc_PHDJ_AsyncFuncProcess", 36, Form::kSingle, 8, Third::kDjzj, MOLRA_ANSWER(OrderEntrustAns, djzj)},
+    {"Sc_FXYW_AsyncFuncProcess", 37, Form::kKeyValue, 0, Third::kDjzj, 0, fid::DJZJ},
+    {"Sc_FJY_AsyncFuncProcess", 38, Form::kKeyValue, 0, Third::kDjzj, 0, fid::DJZJ},
+    {"Sc_OrderWithDraw_AsyncFuncProcess", 40, Form::kSingle, 4, Third::kSbjg, MOLRA_ANSWER(OrderWithdrawAns, sbjg)},
+    {"Sc_BatchOrderWithDraw_AsyncFuncProcess", 41, Form::kBatchWithdraw, 0, Third::kNone, sizeof(BatchWithdrawAns), 0},
+    {"Sc_ETFWithDraw_AsyncFuncProcess", 42, Form::kSingle, 4, Third::kSbjgFromDouble, MOLRA_ANSWER(ETFWithdrawAns, sbjg)},
+    {"Sc_ZQHGWithDraw_AsyncFuncProcess", 43, Form::kSingle, 4, Third::kSbjg, sizeof(ZQHGWithdrawAns), sizeof(ZQHGWithdrawAns)},
+    {"Sc_LOFWithDraw_AsyncFuncProcess", 44, Form::kSingle, 4, Third::kSbjg, MOLRA_ANSWER(OrderWithdrawAns, sbjg)},
+    {"Sc_PHDJWithDraw_AsyncFuncProcess", 45, Form::kSingle, 4, Third::kSbjg, MOLRA_ANSWER(OrderWithdrawAns, sbjg)},
+    {"Sc_FXYWWithDraw_AsyncFuncProcess", 46, Form::kKeyValue, 0, Third::kSbjg, 0, fid::SBJG},
 };
+#undef MOLRA_ANSWER
 
 // A block owned by the session; every read is bounded by its length.
 struct Block {
@@ -168,7 +179,7 @@ void WriteBatchOrders(JsonWriter& w, const Block& answer, const Block& request) 
   Key(w, "orders");
   w.StartObject();
   int row = 0;
-  for (int i = 0; i < kMaxRows; ++i) {
+  for (int i = 0; i < kBatchMaxRows; ++i) {
     const int at = kReqRowsAt + i * kReqRowWidth;
     if (at + kReqRowWidth > request.len) break;
     const char* packed = request.data + at;

@@ -1,6 +1,6 @@
 // Withdrawals of every business, by order number or by the order's request number, and of
 // a whole batch.
-#include <cstdio>
+#include <string>
 
 #include "core/guard.h"
 #include "comm/kel_api.h"
@@ -15,28 +15,26 @@
 
 namespace molra::trade {
 
-Result<std::int64_t> WithdrawImpl(Fam fam, CusLoginInfo* record, const WithdrawArgs& a,
-                                  Mode mode) {
-  const OrderFamily& f = Family(fam);
-  if (record == nullptr || a.jys == nullptr || (a.cxwth < 1 && a.cxkfsbdbh < 1)) {
+Result<std::int64_t> WithdrawImpl(WithdrawTarget target, CusLoginInfo* record,
+                                  const OrderArgs& a, Mode mode) {
+  const OrderFamily& f = Family(target.fam);
+  const std::int64_t cxwth = target.by == By::kWth ? a.number : 0;
+  const std::int64_t cxkfsbdbh = target.by == By::kKfsbdbh ? a.number : 0;
+  if (record == nullptr || a.jys == nullptr || (cxwth < 1 && cxkfsbdbh < 1)) {
     return Refuse(f, record, SECMOLRA_ERR_ARGUMENT, msg::kIllegalArgument);
   }
   OrderRequest req(f, record);
   const std::string khh = FieldText(record->KHH);
   if (f.key_value) {
     req.Fields({ReqField::Text(fid::KHH, khh), ReqField::Text(fid::JYS, a.jys),
-                ReqField::Long(fid::WTH, a.cxwth)});
+                ReqField::Long(fid::WTH, cxwth)});
   } else {
     OrderWithdrawReq& b = req.Block<OrderWithdrawReq>();
     CopyField(b.jys, a.jys);
-    b.cxwth = a.cxwth;
-    if (a.cxkfsbdbh > 0) {
-      char text[32];
-      std::snprintf(text, sizeof text, "%lld", static_cast<long long>(a.cxkfsbdbh));
-      CopyField(b.cxkfsbdbh, text);
-    }
+    b.cxwth = cxwth;
+    if (cxkfsbdbh > 0) CopyField(b.cxkfsbdbh, std::to_string(cxkfsbdbh).c_str());
   }
-  req.Log("khh", khh).Log("jys", a.jys).Log("wth", a.cxwth).Log("cxkfsbdbh", a.cxkfsbdbh);
+  req.Log("khh", khh).Log("jys", a.jys).Log("wth", cxwth).Log("cxkfsbdbh", cxkfsbdbh);
   return mode.async ? req.Send(mode.number) : req.Run();
 }
 
@@ -47,8 +45,6 @@ Result<std::int64_t> BatchWithdrawImpl(CusLoginInfo* record, std::int64_t lsh, b
 }
 
 namespace {
-
-enum class By { kWth, kKfsbdbh };
 
 // How the asynchronous withdrawals by request number check the withdrawn order's number;
 // the families differ on purpose.
@@ -108,10 +104,6 @@ ArgCheck CheckWithdraw(Fam fam, By by, const char* khh, bool ex, const char* jys
   return c;
 }
 
-WithdrawArgs ArgsOf(By by, const char* jys, std::int64_t number) {
-  return by == By::kWth ? WithdrawArgs{jys, number, 0} : WithdrawArgs{jys, 0, number};
-}
-
 void LogPlain(const char* func, By by, const char* khh, const char* jys, std::int64_t number,
               Mode m) {
   const char* label = by == By::kWth ? "nCxwth" : "nCXKFSBDBH";
@@ -123,112 +115,27 @@ void LogPlain(const char* func, By by, const char* khh, const char* jys, std::in
   }
 }
 
-Result<std::int64_t> PlainWithdraw(const char* func, Fam fam, By by, const char* khh,
-                                   const char* jys, std::int64_t number, Mode m) {
-  ArgCheck c = CheckWithdraw(fam, by, khh, false, jys, number, m);
-  if (!c.ok()) return c.status().TakeFailure();
-  LogPlain(func, by, khh, jys, number, m);
-  CusLoginInfo rec = MakeRecord(khh, "");
-  return WithdrawImpl(fam, &rec, ArgsOf(by, jys, number), m);
-}
-
-Result<std::int64_t> ExWithdraw(Fam fam, By by, CusLoginInfo* rec, const char* jys,
-                                std::int64_t number, Mode m) {
-  ArgCheck c = CheckWithdraw(fam, by, rec ? rec->KHH : nullptr, true, jys, number, m);
-  if (!c.ok()) return c.status().TakeFailure();
-  return WithdrawImpl(fam, rec, ArgsOf(by, jys, number), m);
-}
-
-Result<std::int64_t> PlainBatchWithdraw(const char* func, const char* khh, std::int64_t lsh,
-                                        bool async) {
-  ArgCheck c;
-  c.NotNull({khh}).NotEmpty({khh}, msg::kEmptyBatchWithdrawArgs).Require(lsh >= 0, msg::kEmptyBatchWithdrawArgs);
-  if (!c.ok()) return c.status().TakeFailure();
-  MOLRA_LOG_INFO("{} lpKhh:{} nLSH:{}", func, khh, lsh);
-  CusLoginInfo rec = MakeRecord(khh, "");
-  return BatchWithdrawImpl(&rec, lsh, async);
-}
-
-Result<std::int64_t> ExBatchWithdraw(CusLoginInfo* rec, std::int64_t lsh, bool async) {
-  ArgCheck c;
-  c.NotEmpty({rec ? rec->KHH : nullptr}, msg::kEmptyBatchWithdrawArgs)
-      .Require(lsh >= 0, msg::kEmptyBatchWithdrawArgs);
-  if (!c.ok()) return c.status().TakeFailure();
-  return BatchWithdrawImpl(rec, lsh, async);
-}
-
 }  // namespace
+
+Result<std::int64_t> RunWithdraw(const char* name, WithdrawTarget target, const Caller& c,
+                                 const OrderArgs& a, Mode mode) {
+  ArgCheck check = CheckWithdraw(target.fam, target.by, c.Khh(), c.ex, a.jys, a.number, mode);
+  if (!check.ok()) return check.status().TakeFailure();
+  if (!c.ex) LogPlain(name, target.by, c.khh, a.jys, a.number, mode);
+  CusLoginInfo own;
+  return WithdrawImpl(target, c.Record(own), a, mode);
+}
+
+Result<std::int64_t> RunBatchWithdraw(const char* name, Fam, const Caller& c, const OrderArgs& a,
+                                      Mode mode) {
+  ArgCheck check;
+  if (!c.ex) check.NotNull({c.khh});
+  check.NotEmpty({c.Khh()}, msg::kEmptyBatchWithdrawArgs)
+      .Require(a.number >= 0, msg::kEmptyBatchWithdrawArgs);
+  if (!check.ok()) return check.status().TakeFailure();
+  if (!c.ex) MOLRA_LOG_INFO("{} lpKhh:{} nLSH:{}", name, c.khh, a.number);
+  CusLoginInfo own;
+  return BatchWithdrawImpl(c.Record(own), a.number, mode.async);
+}
+
 }  // namespace molra::trade
-
-using namespace molra::trade;
-using molra::Export;
-
-// The four forms of one withdrawal export: plain, Ex, _ASync and Ex_ASync.
-#define MOLRA_WITHDRAW_EXPORTS(Name, fam, by, Arg)                                            \
-  SECMOLRA_API int64_t SECMOLRA_##Name(const char* lpKhh, const char* lpJys, int64_t Arg) {   \
-    return Export(__func__, [&] {                                      \
-      return PlainWithdraw("SECMOLRA_" #Name, fam, by, lpKhh, lpJys, Arg, kSync);             \
-    });                                                                                       \
-  }                                                                                           \
-  SECMOLRA_API int64_t SECMOLRA_##Name##Ex(CusLoginInfo* info, const char* lpJys,             \
-                                           int64_t Arg) {                                     \
-    return Export(__func__, [&] {                                      \
-      return ExWithdraw(fam, by, info, lpJys, Arg, kSync);            \
-    });                                                                                       \
-  }                                                                                           \
-  SECMOLRA_API int64_t SECMOLRA_##Name##_ASync(const char* lpKhh, const char* lpJys,          \
-                                               int64_t Arg, int64_t nKFSBDBH) {               \
-    return Export(__func__, [&] {                                      \
-      return PlainWithdraw("SECMOLRA_" #Name "_ASync", fam, by, lpKhh, lpJys, Arg,            \
-                           Async(nKFSBDBH));                                                  \
-    });                                                                                       \
-  }                                                                                           \
-  SECMOLRA_API int64_t SECMOLRA_##Name##Ex_ASync(CusLoginInfo* info, const char* lpJys,       \
-                                                 int64_t Arg, int64_t nKFSBDBH) {             \
-    return Export(__func__, [&] {                                      \
-      return ExWithdraw(fam, by, info, lpJys, Arg,              \
-                        Async(nKFSBDBH));                                                     \
-    });                                                                                       \
-  }
-
-extern "C" {
-
-MOLRA_WITHDRAW_EXPORTS(OrderWithdraw, Fam::kOrderWithdraw, By::kWth, nCxwth)
-MOLRA_WITHDRAW_EXPORTS(OrderWithdrawByKFSBDBH, Fam::kOrderWithdraw, By::kKfsbdbh, nCXKFSBDBH)
-MOLRA_WITHDRAW_EXPORTS(ETFWithdraw, Fam::kETFWithdraw, By::kWth, nCxwth)
-MOLRA_WITHDRAW_EXPORTS(ETFWithdrawByKFSBDBH, Fam::kETFWithdraw, By::kKfsbdbh, nCXKFSBDBH)
-MOLRA_WITHDRAW_EXPORTS(ZQHGWithdraw, Fam::kZQHGWithdraw, By::kWth, nCxwth)
-MOLRA_WITHDRAW_EXPORTS(ZQHGWithdrawByKFSBDBH, Fam::kZQHGWithdraw, By::kKfsbdbh, nCXKFSBDBH)
-MOLRA_WITHDRAW_EXPORTS(LOFWithdraw, Fam::kLOFWithdraw, By::kWth, nCxwth)
-MOLRA_WITHDRAW_EXPORTS(LOFWithdrawByKFSBDBH, Fam::kLOFWithdraw, By::kKfsbdbh, nCXKFSBDBH)
-MOLRA_WITHDRAW_EXPORTS(PHDJWithdraw, Fam::kPHDJWithdraw, By::kWth, nCxwth)
-MOLRA_WITHDRAW_EXPORTS(FXYWWithdraw, Fam::kFXYWWithdraw, By::kWth, nCxwth)
-MOLRA_WITHDRAW_EXPORTS(FJYWithdraw, Fam::kFJYWithdraw, By::kWth, nCxwth)
-
-SECMOLRA_API int64_t SECMOLRA_BatchOrderWithdraw(const char* lpKhh, int64_t nLSH) {
-  return Export(__func__, [&] {
-    return PlainBatchWithdraw("SECMOLRA_BatchOrderWithdraw", lpKhh, nLSH, false);
-  });
-}
-
-SECMOLRA_API int64_t SECMOLRA_BatchOrderWithdrawEx(CusLoginInfo* info, int64_t nLSH) {
-  return Export(__func__, [&] {
-    return ExBatchWithdraw(info, nLSH, false);
-  });
-}
-
-SECMOLRA_API int64_t SECMOLRA_BatchOrderWithdraw_ASync(const char* lpKhh, int64_t nLSH) {
-  return Export(__func__, [&] {
-    return PlainBatchWithdraw("SECMOLRA_BatchOrderWithdraw_ASync", lpKhh, nLSH, true);
-  });
-}
-
-SECMOLRA_API int64_t SECMOLRA_BatchOrderWithdrawEx_ASync(CusLoginInfo* info, int64_t nLSH) {
-  return Export(__func__, [&] {
-    return ExBatchWithdraw(info, nLSH, true);
-  });
-}
-
-}  // extern "C"
-
-#undef MOLRA_WITHDRAW_EXPORTS
