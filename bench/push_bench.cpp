@@ -14,14 +14,14 @@
 #include <thread>
 #include <type_traits>
 
-#include "core/context.h"
 #include "bench_env.h"
 #include "bench_paths.h"
 #include "comm/kel_api.h"
+#include "core/context.h"
 #include "kelsim.h"
 #include "push/push_handlers.h"
-#include "trade/replies.h"
 #include "trade/order_blocks.h"
+#include "trade/replies.h"
 
 namespace molra::bench {
 namespace {

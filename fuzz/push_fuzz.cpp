@@ -45,8 +45,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
       molra::test::FakeSession s;
       s.body.assign(record.begin(), record.end());
       const std::int64_t h = kel.Add(s);
-      if (mode % 4 == 1) molra::ScOrderMsgProcess(nullptr, h);
-      else molra::ScReportMsgProcess(nullptr, h);
+      if (mode % 4 == 1)
+        molra::ScOrderMsgProcess(nullptr, h);
+      else
+        molra::ScReportMsgProcess(nullptr, h);
       break;
     }
     default: {  // the decoder on a record of its layout's full length

@@ -51,13 +51,15 @@ print_timings() {
 }
 
 # configure_and_build DIR [cmake arguments...]: configures and builds everything in DIR (only
-# the targets named in BUILD_TARGETS when that is set); the
+# the targets named in BUILD_TARGETS when that is set; warnings as errors when MOLRA_WERROR
+# is ON); the
 # tools' output goes to DIR/configure.log and DIR/build.log and is shown when a step fails.
 configure_and_build() {
   local dir=$1
   shift
   mkdir -p "$dir"
-  cmake -S "$ROOT" -B "$dir" -G Ninja "$@" >"$dir/configure.log" 2>&1 || {
+  cmake -S "$ROOT" -B "$dir" -G Ninja ${MOLRA_WERROR:+-DMOLRA_WERROR=$MOLRA_WERROR} "$@" \
+    >"$dir/configure.log" 2>&1 || {
     cat "$dir/configure.log"
     return 1
   }

@@ -7,6 +7,8 @@ source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 source "$(dirname "${BASH_SOURCE[0]}")/package_tests.sh"
 
 SUITES=(linux python asan tsan fuzz windows package)
+# Every build of the test command treats a compiler warning as an error.
+export MOLRA_WERROR=ON
 
 # run_ctest DIR [retry]: runs DIR's tests, keeps the whole output in DIR/ctest.log and shows
 # ctest's summary, or everything when a test failed. With "retry", tests that failed are run

@@ -18,16 +18,16 @@
 
 #include "support/order_calls.h"
 #include "support/test_support.h"
-#include "trade/order_exports.h"
 #include "support/trade_fixture.h"
+#include "trade/order_exports.h"
 
 using namespace molra::test;
 
 namespace {
 
 enum class V { kNull, kEmpty, kOverlong, kNegative, kHuge, kNotANumber, kCategory, kCount };
-const char* const kVariantNames[] = {"null",  "empty", "overlong", "negative",
-                                     "huge",  "NaN",   "category"};
+const char* const kVariantNames[] = {"null", "empty", "overlong", "negative",
+                                     "huge", "NaN",   "category"};
 
 // The argument values of one variant; every other argument keeps a value the kit accepts
 // for customer 1001 on SH.
@@ -51,10 +51,10 @@ class Bad {
     if (v_ == V::kEmpty) return "";
     if (v_ == V::kOverlong) return overlong_.c_str();
     static const std::map<std::string, const char*> valid = {
-        {"lpKhh", "1001"},       {"khh", "1001"},      {"lpJys", "SH"},       {"jys", "SH"},
-        {"lpZqdm", "600000"},    {"zqdm", "600000"},   {"lpGdh", kGdhSH},     {"gdh", kGdhSH},
-        {"lpKeyName", "SIM"},    {"password", "111111"}, {"pwd", "111111"},   {"oldPwd", "111111"},
-        {"newPwd", "111111"},    {"lpEtfCode", "510050"}, {"jjdm", "510050"}, {"funcCode", "DQ0003"},
+        {"lpKhh", "1001"},    {"khh", "1001"},         {"lpJys", "SH"},    {"jys", "SH"},
+        {"lpZqdm", "600000"}, {"zqdm", "600000"},      {"lpGdh", kGdhSH},  {"gdh", kGdhSH},
+        {"lpKeyName", "SIM"}, {"password", "111111"},  {"pwd", "111111"},  {"oldPwd", "111111"},
+        {"newPwd", "111111"}, {"lpEtfCode", "510050"}, {"jjdm", "510050"}, {"funcCode", "DQ0003"},
         {"lpDfgdh", kGdhSH}};
     auto it = valid.find(name);
     return it != valid.end() ? it->second : "";
@@ -64,10 +64,14 @@ class Bad {
   std::int64_t I64(const std::string& name) { return Number(name, 64); }
   double D(const std::string& name) {
     switch (v_) {
-      case V::kNegative: return -1.0;
-      case V::kHuge: return 1e308;
-      case V::kNotANumber: return name.size() % 2 ? std::nan("") : std::numeric_limits<double>::infinity();
-      default: return name.find("atio") != std::string::npos ? 0.5 : 10.0;
+      case V::kNegative:
+        return -1.0;
+      case V::kHuge:
+        return 1e308;
+      case V::kNotANumber:
+        return name.size() % 2 ? std::nan("") : std::numeric_limits<double>::infinity();
+      default:
+        return name.find("atio") != std::string::npos ? 0.5 : 10.0;
     }
   }
   char Flag() { return v_ == V::kOverlong ? '\xff' : '0'; }
@@ -82,11 +86,16 @@ class Bad {
   BatchOrderRow* Rows() { return v_ == V::kNull ? nullptr : rows_; }
   std::int32_t Cap() {
     switch (v_) {
-      case V::kNull: return 3;  // with a null array
-      case V::kNegative: return -1;
-      case V::kNotANumber: return std::numeric_limits<std::int32_t>::min();
-      case V::kEmpty: return 0;
-      default: return 4;
+      case V::kNull:
+        return 3;  // with a null array
+      case V::kNegative:
+        return -1;
+      case V::kNotANumber:
+        return std::numeric_limits<std::int32_t>::min();
+      case V::kEmpty:
+        return 0;
+      default:
+        return 4;
     }
   }
   char* Buf() { return buf_; }  // room for any message: a caller obligation
@@ -100,8 +109,10 @@ class Bad {
   }
   std::vector<BatchOrderRow>& RowList() {
     row_list_.clear();
-    if (v_ == V::kOverlong || v_ == V::kHuge) row_list_.assign(101, rows_[0]);
-    else if (v_ != V::kNull && v_ != V::kEmpty) row_list_.assign(1, rows_[0]);
+    if (v_ == V::kOverlong || v_ == V::kHuge)
+      row_list_.assign(101, rows_[0]);
+    else if (v_ != V::kNull && v_ != V::kEmpty)
+      row_list_.assign(1, rows_[0]);
     return row_list_;
   }
 
@@ -109,18 +120,27 @@ class Bad {
   std::int64_t Number(const std::string& name, int bits) {
     const bool category = name == "nJylb" || name == "systemType" || name == "kind";
     switch (v_) {
-      case V::kNegative: return -1;
-      case V::kHuge: return bits == 32 ? std::numeric_limits<std::int32_t>::max() : std::numeric_limits<std::int64_t>::max();
-      case V::kNotANumber: return bits == 32 ? std::numeric_limits<std::int32_t>::min() : std::numeric_limits<std::int64_t>::min();
-      case V::kCategory: if (category) return 9999; break;
-      default: break;
+      case V::kNegative:
+        return -1;
+      case V::kHuge:
+        return bits == 32 ? std::numeric_limits<std::int32_t>::max()
+                          : std::numeric_limits<std::int64_t>::max();
+      case V::kNotANumber:
+        return bits == 32 ? std::numeric_limits<std::int32_t>::min()
+                          : std::numeric_limits<std::int64_t>::min();
+      case V::kCategory:
+        if (category) return 9999;
+        break;
+      default:
+        break;
     }
     static const std::map<std::string, std::int64_t> valid = {
-        {"nJylb", 1}, {"lWtsl", 100}, {"lDdlx", 0}, {"nKFSBDBH", 0}, {"nCxwth", 1}, {"nCXKFSBDBH", 1},
-        {"nWTPCH", 7}, {"nLSH", 7}, {"nodeId", 1}, {"systemType", 4}, {"node1", 1}, {"node2", 2},
-        {"nUnits", 1}, {"cursor", 1}, {"row", 0}, {"fieldId", 605}, {"kind", 0}, {"token", 1},
-        {"code", -1}, {"nType", 0}, {"nSortType", 0}, {"nRowcount", 0}, {"nBrowindex", 0},
-        {"exeflag", 0}, {"lWth", 0}, {"nPddm", 0}, {"nTdbz", 0}};
+        {"nJylb", 1},      {"lWtsl", 100},   {"lDdlx", 0},      {"nKFSBDBH", 0}, {"nCxwth", 1},
+        {"nCXKFSBDBH", 1}, {"nWTPCH", 7},    {"nLSH", 7},       {"nodeId", 1},   {"systemType", 4},
+        {"node1", 1},      {"node2", 2},     {"nUnits", 1},     {"cursor", 1},   {"row", 0},
+        {"fieldId", 605},  {"kind", 0},      {"token", 1},      {"code", -1},    {"nType", 0},
+        {"nSortType", 0},  {"nRowcount", 0}, {"nBrowindex", 0}, {"exeflag", 0},  {"lWth", 0},
+        {"nPddm", 0},      {"nTdbz", 0}};
     auto it = valid.find(name);
     return it != valid.end() ? it->second : 1;
   }
@@ -149,22 +169,24 @@ struct Export {
 #define MOLRA_BAD_FIRST_(type, name, store, bad) b.bad
 #define MOLRA_CALL(fn, ...) \
   {"SECMOLRA_" #fn, Ret::kCode, [](Bad& b) -> std::int64_t { return SECMOLRA_##fn(__VA_ARGS__); }},
-#define MOLRA_CALLS_kSync(Name, op, before, after)                  \
+#define MOLRA_CALLS_kSync(Name, op, before, after)                 \
   MOLRA_CALL(Name, MOLRA_PLAIN_ARGS(MOLRA_BAD, op, before, after)) \
   MOLRA_CALL(Name##Ex, MOLRA_EX_ARGS(MOLRA_BAD, before, after))
-#define MOLRA_CALLS_kTagged(Name, op, before, after)                        \
-  MOLRA_CALLS_kSync(Name, op, before, after)                               \
-  MOLRA_CALL(Name##_ASync, MOLRA_PLAIN_ARGS(MOLRA_BAD, op, before, after)) \
-  MOLRA_CALL(Name##Ex_ASync, MOLRA_EX_ARGS(MOLRA_BAD, before, after))
-#define MOLRA_CALLS_kAll(Name, op, before, after)                                           \
-  MOLRA_CALLS_kSync(Name, op, before, after)                                               \
-  MOLRA_CALL(Name##_ASync, MOLRA_PLAIN_ARGS(MOLRA_BAD, op, before, after) MOLRA_BAD(Kfsbdbh)) \
-  MOLRA_CALL(Name##Ex_ASync, MOLRA_EX_ARGS(MOLRA_BAD, before, after) MOLRA_BAD(Kfsbdbh))
-#define MOLRA_CALLS(Name, op, target, forms, before, after) MOLRA_CALLS_##forms(Name, op, before, after)
+#define MOLRA_CALLS_kTagged(Name, op, before, after)                           \
+  MOLRA_CALLS_kSync(Name, op, before, after)                                   \
+      MOLRA_CALL(Name##_ASync, MOLRA_PLAIN_ARGS(MOLRA_BAD, op, before, after)) \
+          MOLRA_CALL(Name##Ex_ASync, MOLRA_EX_ARGS(MOLRA_BAD, before, after))
+#define MOLRA_CALLS_kAll(Name, op, before, after)                                                 \
+  MOLRA_CALLS_kSync(Name, op, before, after)                                                      \
+      MOLRA_CALL(Name##_ASync, MOLRA_PLAIN_ARGS(MOLRA_BAD, op, before, after) MOLRA_BAD(Kfsbdbh)) \
+          MOLRA_CALL(Name##Ex_ASync, MOLRA_EX_ARGS(MOLRA_BAD, before, after) MOLRA_BAD(Kfsbdbh))
+#define MOLRA_CALLS(Name, op, target, forms, before, after) \
+  MOLRA_CALLS_##forms(Name, op, before, after)
 
 // Every export but SECMOLRA_Init and SECMOLRA_Exit: the order exports from the kit's table,
 // the others by hand; the exports that log out, replace tokens and nodes or change the kit's
 // settings come last. ExportsOfTheHeader checks the list against include/secmolra.h.
+// clang-format off
 const Export kExports[] = {
     {"SECMOLRA_GetLastError", Ret::kCode, [](Bad& b) -> std::int64_t { return static_cast<std::int64_t>(SECMOLRA_GetLastError(b.ErrorBuf())); }},
     {"SECMOLRA_GetThreadLastError", Ret::kCode, [](Bad& b) -> std::int64_t { return static_cast<std::int64_t>(SECMOLRA_GetThreadLastError(b.ErrorBuf(), b.Cap())); }},
@@ -229,6 +251,7 @@ const Export kExports[] = {
     {"SECMOLRA_SetLogPath", Ret::kNone, [](Bad& b) -> std::int64_t { SECMOLRA_SetLogPath(b.S("path")); return 0; }},
     {"SECMOLRA_SetProfilePath", Ret::kNone, [](Bad& b) -> std::int64_t { SECMOLRA_SetProfilePath(b.S("path")); return 0; }},
 };
+// clang-format on
 
 class BadInput : public TradeTest {
  protected:
@@ -247,7 +270,8 @@ struct Outcome {
 // Documented results that are not the kit's codes: the asynchronous batch forms return the
 // caller's batch number as given, the tradable-quantity forms the back end's quantity.
 bool PassesValueThrough(const std::string& name) {
-  return (name.find("BatchOrderEntrust") != std::string::npos && name.find("_ASync") != std::string::npos) ||
+  return (name.find("BatchOrderEntrust") != std::string::npos &&
+          name.find("_ASync") != std::string::npos) ||
          name.find("TradableQty") != std::string::npos;
 }
 
@@ -273,7 +297,8 @@ TEST_F(BadInput, EveryExportSurvivesEveryVariant) {
     for (int v = 0; v < static_cast<int>(V::kCount); ++v) {
       Call(e, static_cast<V>(v));
       ++calls;
-      ASSERT_EQ(OpenSessions(), open) << e.name << " " << kVariantNames[v] << " left a session open";
+      ASSERT_EQ(OpenSessions(), open)
+          << e.name << " " << kVariantNames[v] << " left a session open";
     }
   }
   RecordProperty("bad_inputs", calls);
@@ -281,8 +306,8 @@ TEST_F(BadInput, EveryExportSurvivesEveryVariant) {
 
 // The kit's own argument checks, by export family: what a variant must give.
 struct Rule {
-  const char* contains;      // the export names it covers contain this
-  const char* excludes;      // ... and none of these ('|' between; "" none)
+  const char* contains;  // the export names it covers contain this
+  const char* excludes;  // ... and none of these ('|' between; "" none)
   V variant;
   std::int64_t code;
   const char* message;
@@ -333,10 +358,14 @@ const Rule kRules[] = {
     {"SECMOLRA_ETFEntrust", "", V::kCategory, -222, "仅支持[JYLB_ETFG,JYLB_ETFSH]"},
     {"SECMOLRA_ZQHGEntrust", "", V::kCategory, -222, "仅支持[JYLB_HGRQ,JYLB_HGRZ]"},
     {"SECMOLRA_ZQHGCrk", "", V::kCategory, -222, "仅支持[JYLB_ZYQRK,JYLB_ZYQCK]"},
-    {"SECMOLRA_FXYW", "TradableQty|Withdraw", V::kCategory, -222, "仅支持[JYLB_PGJK,JYLB_PSSG,JYLB_BUY]"},
-    {"SECMOLRA_Lof", "", V::kCategory, -222, "仅支持[JYLB_JJRG,JYLB_JJSG,JYLB_JJSH,JYLB_JJFC,JYLB_JJHB]"},
-    {"SECMOLRA_LOFTradableQty", "", V::kCategory, -222, "仅支持[JYLB_JJRG,JYLB_JJSG,JYLB_JJSH,JYLB_JJFC,JYLB_JJHB]"},
-    {"SECMOLRA_FJY", "TradableQty|Withdraw", V::kCategory, -222, "仅支持[JYLB_HSCX,JYLB_ZZZG,JYLB_ZZHS,JYLB_YSYY,JYLB_JCYS]"},
+    {"SECMOLRA_FXYW", "TradableQty|Withdraw", V::kCategory, -222,
+     "仅支持[JYLB_PGJK,JYLB_PSSG,JYLB_BUY]"},
+    {"SECMOLRA_Lof", "", V::kCategory, -222,
+     "仅支持[JYLB_JJRG,JYLB_JJSG,JYLB_JJSH,JYLB_JJFC,JYLB_JJHB]"},
+    {"SECMOLRA_LOFTradableQty", "", V::kCategory, -222,
+     "仅支持[JYLB_JJRG,JYLB_JJSG,JYLB_JJSH,JYLB_JJFC,JYLB_JJHB]"},
+    {"SECMOLRA_FJY", "TradableQty|Withdraw", V::kCategory, -222,
+     "仅支持[JYLB_HSCX,JYLB_ZZZG,JYLB_ZZHS,JYLB_YSYY,JYLB_JCYS]"},
     {"SECMOLRA_FJYTradableQty", "", V::kCategory, -222, "仅支持[JYLB_ZZZG,JYLB_ZZHS,JYLB_YSYY]"},
     {"SECMOLRA_DZJY", "", V::kCategory, -222,
      "仅支持[JYLB_YXMR,JYLB_YXMC,JYLB_DJMR,JYLB_DJMC,JYLB_MRQR,JYLB_MCQR,JYLB_PHMR,JYLB_PHMC]"},
@@ -356,7 +385,8 @@ bool Exempt(const std::string& name, const Rule& r) {
   if (r.variant == V::kHuge && name.find("LOFWithdrawByKFSBDBH") != std::string::npos) return true;
   if (name.find("ETFBasket") != std::string::npos && r.variant == V::kEmpty) return true;
   if (name.find("QueryETFShare") != std::string::npos && r.variant == V::kEmpty &&
-      std::string(r.message) == "客户号不能为空") return true;
+      std::string(r.message) == "客户号不能为空")
+    return true;
   return false;
 }
 
@@ -397,7 +427,8 @@ const std::set<std::string> kTableExports = {MOLRA_ORDER_EXPORTS(MOLRA_NAMES)};
 // Export name -> the section marker ("exports-orders") it is declared under.
 std::map<std::string, std::string> HeaderExports(const std::string& header) {
   std::map<std::string, std::string> out;
-  const std::regex marker(R"(/\* @([a-z-]+)@ \*/)"), name(R"(SECMOLRA_API[^(]*\b((?:PY)?SECMOLRA_\w+)\()");
+  const std::regex marker(R"(/\* @([a-z-]+)@ \*/)"),
+      name(R"(SECMOLRA_API[^(]*\b((?:PY)?SECMOLRA_\w+)\()");
   std::string section;
   std::istringstream in(header);
   for (std::string line; std::getline(in, line);) {

@@ -1,10 +1,11 @@
 // Reading connection sections into profiles.
+#include "config/conn_profile.h"
+
 #include <gtest/gtest.h>
 
 #include <cstring>
 #include <string>
 
-#include "config/conn_profile.h"
 #include "secmolra.h"
 #include "support/test_support.h"
 
@@ -36,16 +37,17 @@ TEST(ConnProfile, SectionWithOnlyAddrTakesEveryDefault) {
   UseIni("[K]\naddr=1.2.3.4:1\n");
   molra::ConnSectionInfo info;
   molra::ConnProfile p = Read("K", &info);
-  for (auto s : {FIELD(p, addr), FIELD(p, trade_addr), FIELD(p, subscribe_addr), FIELD(p, query_addr)}) {
+  for (auto s :
+       {FIELD(p, addr), FIELD(p, trade_addr), FIELD(p, subscribe_addr), FIELD(p, query_addr)}) {
     EXPECT_EQ(s, "1.2.3.4:1");
   }
   EXPECT_TRUE(p.trade_addr_defaulted);
   EXPECT_TRUE(p.use3rd);
   EXPECT_FALSE(p.use_traders);
   EXPECT_FALSE(p.cancel_resub);
-  for (auto s : {FIELD(p, name), FIELD(p, auth_name), FIELD(p, auth_pwd), FIELD(p, app_name),
-                 FIELD(p, wtgy), FIELD(p, backup), FIELD(p, exchange), FIELD(p, cert_file),
-                 FIELD(p, cert_pwd)}) {
+  for (auto s :
+       {FIELD(p, name), FIELD(p, auth_name), FIELD(p, auth_pwd), FIELD(p, app_name), FIELD(p, wtgy),
+        FIELD(p, backup), FIELD(p, exchange), FIELD(p, cert_file), FIELD(p, cert_pwd)}) {
     EXPECT_EQ(s, "");
   }
   EXPECT_EQ(info.system_type, 4);
@@ -72,10 +74,10 @@ TEST(ConnProfile, EveryKeyLandsInItsField) {
   molra::ConnSectionInfo info;
   molra::ConnProfile p = Read("K", &info);  // sections and keys ignore case
   const std::pair<std::string, const char*> fields[] = {
-      {FIELD(p, name), "N"},          {FIELD(p, auth_name), "U"},      {FIELD(p, auth_pwd), "P"},
-      {FIELD(p, subscribe_addr), "s"}, {FIELD(p, query_addr), "a"},     {FIELD(p, app_name), "APP"},
-      {FIELD(p, wtgy), "G"},          {FIELD(p, backup), "B"},         {FIELD(p, cert_file), "c.pem"},
-      {FIELD(p, cert_pwd), "cp"},     {FIELD(p, exchange), "SH"}};
+      {FIELD(p, name), "N"},           {FIELD(p, auth_name), "U"},  {FIELD(p, auth_pwd), "P"},
+      {FIELD(p, subscribe_addr), "s"}, {FIELD(p, query_addr), "a"}, {FIELD(p, app_name), "APP"},
+      {FIELD(p, wtgy), "G"},           {FIELD(p, backup), "B"},     {FIELD(p, cert_file), "c.pem"},
+      {FIELD(p, cert_pwd), "cp"},      {FIELD(p, exchange), "SH"}};
   for (const auto& [got, want] : fields) EXPECT_EQ(got, want) << "field expected " << want;
   EXPECT_EQ(info.system_type, 26);
 }
@@ -96,9 +98,12 @@ TEST(ConnProfile, BooleansFollowTheIniRulesWithTheirOwnDefaults) {
       "[B]\nuse3rd=of\nusetraders=x\ncancelkelresub=on\n"
       "[C]\nuse3rd=x\nusetraders=ON\ncancelkelresub=0\n");
   // Unrecognised values take the default: true for use3rd (C), false for usetraders (B).
-  struct Row { const char* section; bool use3rd, use_traders, cancel_resub; };
-  for (const Row& r : {Row{"A", false, true, true}, Row{"B", false, false, true},
-                       Row{"C", true, true, false}}) {
+  struct Row {
+    const char* section;
+    bool use3rd, use_traders, cancel_resub;
+  };
+  for (const Row& r :
+       {Row{"A", false, true, true}, Row{"B", false, false, true}, Row{"C", true, true, false}}) {
     molra::ConnProfile p = Read(r.section);
     EXPECT_EQ(p.use3rd, r.use3rd) << r.section;
     EXPECT_EQ(p.use_traders, r.use_traders) << r.section;
@@ -135,4 +140,3 @@ TEST(ConnProfile, MissingFileGivesDefaults) {
   EXPECT_TRUE(p.trade_addr_defaulted);
   EXPECT_EQ(info.system_type, 4);
 }
-

@@ -61,7 +61,9 @@ class Conn : public ::testing::Test {
     molra::Result<std::shared_ptr<KelConn>> set = KitPool()->GetConnection(khh, key);
     if (set && names_.empty()) {
       const KelConn& c = **set;
-      names_ = {{c.mgmt_handle, "m"}, {c.trade_handle, "t"}, {c.query_handle, "q"},
+      names_ = {{c.mgmt_handle, "m"},
+                {c.trade_handle, "t"},
+                {c.query_handle, "q"},
                 {c.subscribe_handle, "s"}};
     }
     return set;
@@ -77,7 +79,8 @@ class Conn : public ::testing::Test {
         for (const auto& [handle, name] : names_) {
           for (const char end : {',', ')'}) {
             const std::string arg = "(" + std::to_string(handle) + end;
-            if (line.find(arg) != std::string::npos) line.replace(line.find(arg), arg.size(), "(" + name + end);
+            if (line.find(arg) != std::string::npos)
+              line.replace(line.find(arg), arg.size(), "(" + name + end);
           }
         }
         out += line + "\n";

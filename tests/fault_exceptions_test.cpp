@@ -17,8 +17,8 @@
 #endif
 
 #include "comm/kel_api.h"
-#include "push/push_handlers.h"
 #include "core/context.h"
+#include "push/push_handlers.h"
 #include "support/host_callbacks.h"
 #include "support/trade_fixture.h"
 
@@ -78,7 +78,9 @@ TEST_F(Exceptions, AnExportThatCatchesOneFailsWithInternalErrorAndReleasesItsSes
       {"SECMOLRA_OrderEntrust", [] { kel::api.Kel_Run = ThrowingSession; },
        [] { return SECMOLRA_OrderEntrust("1001", "SH", "600000", 1, 100, 10.0, 0, kGdhSH); }, -299},
       {"SECMOLRA_OrderEntrust_ASync", [] { kel::api.Kel_Write = ThrowingSession; },
-       [] { return SECMOLRA_OrderEntrust_ASync("1001", "SH", "600000", 1, 100, 10.0, 0, kGdhSH, 5); },
+       [] {
+         return SECMOLRA_OrderEntrust_ASync("1001", "SH", "600000", 1, 100, 10.0, 0, kGdhSH, 5);
+       },
        -299},
       {"SECMOLRA_QueryFundInfo", [] { kel::api.Kel_Run = ThrowingSession; },
        [&rows] { return PYSECMOLRA_QueryFundInfo("1001", rows, 4); }, -299},
@@ -145,7 +147,8 @@ TEST_F(Exceptions, PushesAndConnectionEventsThatThrowAreLoggedAndDropped) {
   std::thread([&] { molra::ScStructMsgProc(&push, 0, sizeof structured, structured); }).join();
   SECMOLRA_SetMsgCallback(nullptr);
   const std::string log = LogText();
-  for (const char* name : {"ScOrderMsgProcess", "KelComm::KelConn::on_conn_event", "ScStructMsgProc"}) {
+  for (const char* name :
+       {"ScOrderMsgProcess", "KelComm::KelConn::on_conn_event", "ScStructMsgProc"}) {
     EXPECT_NE(log.find(std::string(name) + " exception: " + kThrown), std::string::npos) << name;
   }
   EXPECT_EQ(OpenSessions(), 0);

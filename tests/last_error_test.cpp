@@ -8,8 +8,8 @@
 
 #include "core/context.h"
 #include "core/errors.h"
-#include "core/text.h"
 #include "core/messages.h"
+#include "core/text.h"
 #include "secmolra.h"
 #include "support/test_support.h"
 
@@ -21,7 +21,8 @@ static_assert(offsetof(CusLoginInfo, Node) == 77, "node at 77");
 static_assert(offsetof(CusLoginInfo, Token) == 333, "token at 333");
 static_assert(offsetof(CusLoginInfo, ErrorCode) == 341, "account error code at 341");
 static_assert(offsetof(CusLoginInfo, ErrorMsg) == 349, "account error message at 349");
-static_assert(offsetof(BatchOrderRow, Wth) == 45 && offsetof(BatchOrderRow, Msg) == 53, "batch row");
+static_assert(offsetof(BatchOrderRow, Wth) == 45 && offsetof(BatchOrderRow, Msg) == 53,
+              "batch row");
 
 // Every text of the kit's table: the bytes it compiles are the GBK of the text it shows.
 TEST(Messages, EveryRowsBytesAreTheGbkOfItsText) {

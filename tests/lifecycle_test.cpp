@@ -14,7 +14,9 @@ using namespace molra::test;
 
 namespace {
 
-std::string TodayLog(const std::string& dir) { return ReadFile(dir + "/molra_" + Today() + ".log"); }
+std::string TodayLog(const std::string& dir) {
+  return ReadFile(dir + "/molra_" + Today() + ".log");
+}
 
 void FlushLog() {
   if (auto* l = molra::g_logger.load()) l->flush();
@@ -24,7 +26,7 @@ void FlushLog() {
 
 TEST(Lifecycle, InitWithoutTransportFailsWithStagedRecordAndLogsTheBinderError) {
   std::string logdir = MakeTempDir();
-  ChangeDir(MakeTempDir());  // no kelapi50.dll here
+  ChangeDir(MakeTempDir());                      // no kelapi50.dll here
   WriteFile("kelapi.dll", "not the transport");  // a differently named file is not tried
   SECMOLRA_SetLogPath(logdir.c_str());
   EXPECT_FALSE(SECMOLRA_Init());

@@ -1,10 +1,11 @@
 // The daily log: its file, its line format and the write-log switch.
+#include "core/log.h"
+
 #include <gtest/gtest.h>
 
 #include <regex>
 #include <string>
 
-#include "core/log.h"
 #include "secmolra.h"
 #include "support/test_support.h"
 
@@ -37,10 +38,11 @@ TEST(Log, NestedDirectoryIsCreatedAndLinesFollowThePattern) {
   SECMOLRA_SetLastError(-9, Gbk("坏了").c_str(), "Fn", nullptr);
   std::string text = TodayLog(dir);
   // Local time with microseconds, logger name, level, message; every line ends in CR LF.
-  std::regex line(R"(\[\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\.\d{6}\] \[MOLRA\] \[error\] Fn)" + Gbk("：坏了") +
-                  R"(\r\n)");
+  std::regex line(R"(\[\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\.\d{6}\] \[MOLRA\] \[error\] Fn)" +
+                  Gbk("：坏了") + R"(\r\n)");
   EXPECT_TRUE(std::regex_search(text, line)) << text;
-  EXPECT_NE(text.find("[info] CommInit success. StructPushMsg:false ConfirmMsgFunc:DM0003 ReportMsgFunc:DM0004\r\n"),
+  EXPECT_NE(text.find("[info] CommInit success. StructPushMsg:false ConfirmMsgFunc:DM0003 "
+                      "ReportMsgFunc:DM0004\r\n"),
             std::string::npos)
       << text;
   SECMOLRA_Exit();

@@ -1,10 +1,10 @@
 // The time texts, the server-time measurement that login runs, and the clock exports.
 #include <cstring>
 
-#include "support/login_fixture.h"
-#include "util/dynlib.h"
 #include "account/server_clock.h"
 #include "core/context.h"
+#include "support/login_fixture.h"
+#include "util/dynlib.h"
 #include "util/time_text.h"
 
 using namespace molra::test;
@@ -134,7 +134,9 @@ TEST_F(LoginTest, LoginMeasuresDateAndOffsetOnTheManagementConnection) {
     SECMOLRA_GetReviseTime(buf);
     as_long = SECMOLRA_GetReviseTimeAsLong();
     stable = LocalReading() == before;
-    if (stable) EXPECT_EQ(molra::CurrentKit()->clock.offset_ms.load(), before - 34215000 - 250);
+    if (stable) {
+      EXPECT_EQ(molra::CurrentKit()->clock.offset_ms.load(), before - 34215000 - 250);
+    }
   }
   ASSERT_TRUE(stable);
   // Revised = local reading - (local reading - server time - correction).

@@ -13,8 +13,10 @@ TEST_F(LoginTest, TradeLoginRefusesNullOrEmptyKeyOrCustomerBeforeConnecting) {
   const char* const kEmpty = "配置名、客户号、交易密码不能为空";
   const struct {
     const char *key, *khh, *pwd, *message;
-  } cases[] = {{nullptr, "1001", "111111", "非法参数"}, {"T", nullptr, "111111", "非法参数"},
-               {"T", "1001", nullptr, "非法参数"},     {"", "1001", "111111", kEmpty},
+  } cases[] = {{nullptr, "1001", "111111", "非法参数"},
+               {"T", nullptr, "111111", "非法参数"},
+               {"T", "1001", nullptr, "非法参数"},
+               {"", "1001", "111111", kEmpty},
                {"T", "", "111111", kEmpty}};
   for (const auto& c : cases) {
     SCOPED_TRACE("case " + std::to_string(&c - cases));

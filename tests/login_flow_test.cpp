@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "account/account_info.h"
-#include "core/context.h"
 #include "comm/conn_pool.h"
+#include "core/context.h"
 #include "support/login_fixture.h"
 
 using namespace molra::test;
@@ -36,9 +36,9 @@ std::vector<std::string> LoginCalls(const std::string& log) {
   return out;
 }
 
-const std::vector<std::string> kSysInfoCalls = {
-    "Kel_SetSysInfo(0,2075)", "Kel_SetSysInfo(1,2076)", "Kel_SetSysInfo(4,3800)",
-    "Kel_SetSysInfo(5,3085)", "Kel_SetSysInfo(6,3086)", "Kel_Run()"};
+const std::vector<std::string> kSysInfoCalls = {"Kel_SetSysInfo(0,2075)", "Kel_SetSysInfo(1,2076)",
+                                                "Kel_SetSysInfo(4,3800)", "Kel_SetSysInfo(5,3085)",
+                                                "Kel_SetSysInfo(6,3086)", "Kel_Run()"};
 
 std::vector<std::string> Join(std::vector<std::string> a, const std::vector<std::string>& b) {
   a.insert(a.end(), b.begin(), b.end());
@@ -47,7 +47,9 @@ std::vector<std::string> Join(std::vector<std::string> a, const std::vector<std:
 
 int64_t ConnOf(const char* addr) { return LOGIN_SIM_FN(KelSim_ConnectionByAddr)(addr, 0); }
 
-bool Contains(const std::string& s, const std::string& what) { return s.find(what) != std::string::npos; }
+bool Contains(const std::string& s, const std::string& what) {
+  return s.find(what) != std::string::npos;
+}
 
 // The encoded password of a login request "605=1001|598=<encoded>|781=...".
 std::string EncodedPassword(const std::string& req) {
@@ -77,16 +79,17 @@ TEST_F(LoginTest, DirectFormSendsSettingsAndFieldsInOrderAndRegistersTheCustomer
   std::string req = LastRequest("610301");
   std::string encoded = EncodedPassword(req);
   EXPECT_NE(encoded, "111111");  // the password went out encoded
-  EXPECT_EQ(LoginCalls(calls),
-            Join({"Kel_UniEncode3rd(1001)", "Kel_SetWTFS(7)", "Kel_SetNode(N1)", "Kel_SetNodeId(1)",
-                  "Kel_CreateHead(610301)", "Kel_SetItem(605,1001)", "Kel_SetItem(598," + encoded + ")",
-                  "Kel_SetInt(781,6)", "Kel_SetItem(1264,molra-test)"},
-                 kSysInfoCalls));
+  EXPECT_EQ(LoginCalls(calls), Join({"Kel_UniEncode3rd(1001)", "Kel_SetWTFS(7)", "Kel_SetNode(N1)",
+                                     "Kel_SetNodeId(1)", "Kel_CreateHead(610301)",
+                                     "Kel_SetItem(605,1001)", "Kel_SetItem(598," + encoded + ")",
+                                     "Kel_SetInt(781,6)", "Kel_SetItem(1264,molra-test)"},
+                                    kSysInfoCalls));
   EXPECT_EQ(req, "605=1001|598=" + encoded + "|781=6|1264=molra-test");
   // The node list went first, with the key's exchange short code.
   EXPECT_EQ(LastRequest("D00749"), "605=1001|599=SHA");
   EXPECT_LT(calls.find("D00749"), calls.find("610301"));
-  EXPECT_TRUE(Contains(calls, "Kel_AllocateSession(" + std::to_string(ConnOf("127.0.0.1:9102")) + ")"));
+  EXPECT_TRUE(
+      Contains(calls, "Kel_AllocateSession(" + std::to_string(ConnOf("127.0.0.1:9102")) + ")"));
   EXPECT_EQ(LOGIN_SIM_FN(KelSim_OpenSessions)(), 0);
   EXPECT_TRUE(Contains(Log(), "AccountInfo::Login success. [khh:1001 systype:4 token:" +
                                   std::to_string(token) + "]"));
@@ -208,7 +211,8 @@ TEST_F(LoginTest, SetCusNodeIdIsResetByLoginWhileLoginExWithANodeSkipsTheNodeLis
   EXPECT_EQ(LastRequest("D00749"), "<none>");
   EXPECT_TRUE(Contains(Sim::Get().CallLog(), "Kel_CreateHead"));
   EXPECT_EQ(Customers().nodes.Get("1002"), 2);
-  EXPECT_TRUE(Contains(Log(), "SECMOLRA_TradeLoginEx lpKeyName:T khh:1002 tradenodeID:2 nodeinfo:"));
+  EXPECT_TRUE(
+      Contains(Log(), "SECMOLRA_TradeLoginEx lpKeyName:T khh:1002 tradenodeID:2 nodeinfo:"));
 }
 
 TEST_F(LoginTest, LoginExWithoutANodeWritesTheResolvedNodeBack) {
@@ -274,7 +278,8 @@ TEST_F(LoginTest, NodeListOfAnotherSystemTypeIsInvalid) {
   ASSERT_TRUE(conn->Connect("1001"));
   conn->system_type = 6;
   std::vector<CusNodeInfo> list;
-  molra::Result<std::int64_t> n = molra::AccountInfo::AcctManage::GetAccountJDBH("1001", *conn, list, 0);
+  molra::Result<std::int64_t> n =
+      molra::AccountInfo::AcctManage::GetAccountJDBH("1001", *conn, list, 0);
   ASSERT_FALSE(n);
   EXPECT_EQ(n.failure().code, -223);
   EXPECT_EQ(n.failure().message, Gbk("无效系统类型6"));

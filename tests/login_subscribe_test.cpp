@@ -27,7 +27,9 @@ void OnMsg(const char*, const char* json, int32_t type) {
   g_delivered.push_back({json ? json : "", type});
 }
 
-std::shared_ptr<KelComm::KelConn> SetOf(const char* khh) { return *KitPool()->GetConnection(khh, ""); }
+std::shared_ptr<KelComm::KelConn> SetOf(const char* khh) {
+  return *KitPool()->GetConnection(khh, "");
+}
 
 std::string SubscribeConn() {
   return std::to_string(LOGIN_SIM_FN(KelSim_ConnectionByAddr)("127.0.0.1:9104", 0));
@@ -49,8 +51,10 @@ std::string MaskSessions(const std::string& log, const std::string& keep) {
     std::string line = log.substr(i, eol == std::string::npos ? std::string::npos : eol - i);
     i = eol == std::string::npos ? log.size() : eol + 1;
     std::size_t open = line.find('(');
-    std::size_t end = open == std::string::npos ? open : line.find_first_not_of("0123456789", open + 1);
-    if (end != std::string::npos && end > open + 1 && line.substr(open + 1, end - open - 1) != keep) {
+    std::size_t end =
+        open == std::string::npos ? open : line.find_first_not_of("0123456789", open + 1);
+    if (end != std::string::npos && end > open + 1 &&
+        line.substr(open + 1, end - open - 1) != keep) {
       line.replace(open + 1, end - open - 1, "S");
     }
     out += line + "\n";
@@ -67,7 +71,8 @@ TEST_F(LoginTest, PerSubscriptionPathSubscribesBothKindsWithTheirHandlers) {
   std::string calls = MaskSessions(Sim::Get().CallLog(), sub);
   std::string expected = "Kel_IsConnect(" + sub + ")\nKel_AllocateSession(" + sub + ")\n" +
                          SubscriptionCalls("DM0003", "fn") + "Kel_IsConnect(" + sub +
-                         ")\nKel_AllocateSession(" + sub + ")\n" + SubscriptionCalls("DM0004", "fn");
+                         ")\nKel_AllocateSession(" + sub + ")\n" +
+                         SubscriptionCalls("DM0004", "fn");
   EXPECT_NE(calls.find(expected), std::string::npos) << calls;
   EXPECT_EQ(calls.find("Kel_RegGlobalStructPublishFunc"), std::string::npos);
   EXPECT_EQ(LOGIN_SIM_FN(KelSim_SubscriptionCount)("1001"), 2);

@@ -1,14 +1,15 @@
 // The three push handlers: which function numbers and lengths they take, the type they
 // choose, what reaches the message callback and the log, and what is dropped.
+#include "push/push_handlers.h"
+
 #include <gtest/gtest.h>
 
 #include <cstring>
 #include <regex>
 #include <string>
 
-#include "core/context.h"
 #include "config/ini_file.h"
-#include "push/push_handlers.h"
+#include "core/context.h"
 #include "support/fake_kel.h"
 #include "support/host_callbacks.h"
 #include "support/test_support.h"
@@ -38,7 +39,9 @@ void UseCodes(const char* confirm, const char* report) {
   g_push = molra::CommInit();
 }
 
-bool IsStamp(const std::string& s) { return std::regex_match(s, std::regex("[0-9]{6}\\.[0-9]{3}")); }
+bool IsStamp(const std::string& s) {
+  return std::regex_match(s, std::regex("[0-9]{6}\\.[0-9]{3}"));
+}
 
 TEST(PushStruct, DefaultCodesCountAsZeroAndTake415BytesAsAConfirmation) {
   ScratchLog log;
@@ -62,8 +65,11 @@ TEST(PushStruct, ShortOrMissingDataIsLoggedAsUnknownAndDropped) {
   EXPECT_TRUE(host.Messages().empty());
   for (const char* len : {"414", "415"}) {
     // Written at info level: warning is for a failed rebind only.
-    EXPECT_NE(log.Text().find(std::string("[info] ScStructMsgProc received unknow message. func:0 datalen:") + len),
-              std::string::npos) << len;
+    EXPECT_NE(
+        log.Text().find(
+            std::string("[info] ScStructMsgProc received unknow message. func:0 datalen:") + len),
+        std::string::npos)
+        << len;
   }
 }
 
@@ -139,8 +145,10 @@ TEST(PushSubscription, ShortBodyIsRefusedAndLoggedWithTheHandlersName) {
   EXPECT_FALSE(molra::ScReportMsgProcess(nullptr, kel.Add(FakeSession{})));  // no body at all
   EXPECT_TRUE(host.Messages().empty());
   std::string text = log.Text();
-  EXPECT_NE(text.find("[info] ScOrderMsgProcess received incorrect length message"), std::string::npos);
-  EXPECT_NE(text.find("[info] ScReportMsgProcess received incorrect length message"), std::string::npos);
+  EXPECT_NE(text.find("[info] ScOrderMsgProcess received incorrect length message"),
+            std::string::npos);
+  EXPECT_NE(text.find("[info] ScReportMsgProcess received incorrect length message"),
+            std::string::npos);
 }
 
 TEST(PushSubscription, TheRecordIsFetchedAsFieldZeroOfTheSession) {

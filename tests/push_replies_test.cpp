@@ -11,12 +11,12 @@
 #include <thread>
 #include <vector>
 
-#include "trade/replies.h"
 #include "support/byte_block.h"
 #include "support/fake_kel.h"
 #include "support/host_callbacks.h"
 #include "support/reply_handlers.h"
 #include "support/test_support.h"
+#include "trade/replies.h"
 
 using namespace molra::test;
 
@@ -93,7 +93,8 @@ TEST(ReplyOrder, AcceptedAnswerGivesTheSuccessMembersInOrder) {
   const std::string text = OnlyText(o);
   EXPECT_EQ(text, Head(30, 931050000000042) +
                       "\"WTH\":8589934590,\"WTSJ\":\"09:31:05.123\",\"DJZJ\":1250.5,"
-                      "\"RETCODE\":1,\"RETNOTE\":\"" + kGbkOk + "\",\"PARSE_COST\":0}");
+                      "\"RETCODE\":1,\"RETNOTE\":\"" +
+                      kGbkOk + "\",\"PARSE_COST\":0}");
   EXPECT_TRUE(std::regex_match(o.replies[0].time, std::regex("[0-9]{6}\\.[0-9]{3}")));
   EXPECT_NE(log.Text().find("Sc_Order_AsyncFuncProcess push orderNo " + text), std::string::npos);
 }
@@ -103,8 +104,9 @@ TEST(ReplyOrder, AnswerOrRequestMissingOrShortOfTheHeadIsRefusedWithVariant1) {
   FakeSession no_answer = Structured(Answer(472, 1)), no_request = no_answer;
   no_answer.answer.clear();
   no_request.request.reset();
-  const std::pair<const char*, FakeSession> cases[] = {
-      {"429 bytes", Structured(Answer(429, 1))}, {"no answer", no_answer}, {"no request", no_request}};
+  const std::pair<const char*, FakeSession> cases[] = {{"429 bytes", Structured(Answer(429, 1))},
+                                                       {"no answer", no_answer},
+                                                       {"no request", no_request}};
   for (const auto& [what, s] : cases) {
     SCOPED_TRACE(what);
     ScratchLog log;
@@ -123,8 +125,9 @@ TEST(ReplyOrder, RefusalIgnoresTheOrderNumberEvenWhenPresent) {
 TEST(ReplyOrder, CustomerNumberIsBoundedByItsFieldInTheRequest) {
   FakeSession s = Structured(Answer(430, -1, "x"));
   s.request = Request().Text(13, "1234567890123").Text(26, "XYZ").str();  // 13 bytes, no NUL
-  EXPECT_NE(OnlyText(Handle(molra::Sc_Order_AsyncFuncProcess, s)).find("\"KHH\":\"1234567890123\","),
-            std::string::npos);
+  EXPECT_NE(
+      OnlyText(Handle(molra::Sc_Order_AsyncFuncProcess, s)).find("\"KHH\":\"1234567890123\","),
+      std::string::npos);
 }
 
 TEST(ReplyOrder, ARequestTooShortForItsCustomerNumberGivesAnEmptyOne) {
@@ -157,33 +160,48 @@ struct SingleCase {
   int jylx;
   std::size_t min_len;
   bool wide_wth;
-  const char* third;     // "DJZJ" or "SBJG"
+  const char* third;  // "DJZJ" or "SBJG"
   std::size_t third_at;
-  int third_kind;        // 0 double, 1 int32, 2 double truncated to an integer
+  int third_kind;            // 0 double, 1 int32, 2 double truncated to an integer
   const char* third_at_min;  // the value written at the minimum length
 };
 const SingleCase kSingles[] = {
-    {molra::Sc_Order_AsyncFuncProcess, "Sc_Order_AsyncFuncProcess", 30, 472, true, "DJZJ", 464, 0, "-7.25"},
-    {molra::Sc_ETFSG_AsyncFuncProcess, "Sc_ETFSG_AsyncFuncProcess", 31, 472, true, "DJZJ", 464, 0, "-7.25"},
-    {molra::Sc_ETFSH_AsyncFuncProcess, "Sc_ETFSH_AsyncFuncProcess", 32, 472, true, "DJZJ", 464, 0, "-7.25"},
-    {molra::Sc_ZQHG_AsyncFuncProcess, "Sc_ZQHG_AsyncFuncProcess", 33, 472, false, "DJZJ", 464, 0, "-7.25"},
-    {molra::Sc_ZQCRK_AsyncFuncProcess, "Sc_ZQCRK_AsyncFuncProcess", 34, 472, false, "DJZJ", 464, 0, "-7.25"},
-    {molra::Sc_LOF_AsyncFuncProcess, "Sc_LOF_AsyncFuncProcess", 35, 475, false, "DJZJ", 467, 0, "-7.25"},
-    {molra::Sc_PHDJ_AsyncFuncProcess, "Sc_PHDJ_AsyncFuncProcess", 36, 472, true, "DJZJ", 464, 0, "-7.25"},
-    {molra::Sc_OrderWithDraw_AsyncFuncProcess, "Sc_OrderWithDraw_AsyncFuncProcess", 40, 516, false, "SBJG", 467, 1, "-7"},
-    {molra::Sc_ETFWithDraw_AsyncFuncProcess, "Sc_ETFWithDraw_AsyncFuncProcess", 42, 517, false, "SBJG", 464, 2, "-7"},
-    {molra::Sc_ZQHGWithDraw_AsyncFuncProcess, "Sc_ZQHGWithDraw_AsyncFuncProcess", 43, 512, false, "SBJG", 512, 1, "0"},
-    {molra::Sc_LOFWithDraw_AsyncFuncProcess, "Sc_LOFWithDraw_AsyncFuncProcess", 44, 516, false, "SBJG", 467, 1, "-7"},
-    {molra::Sc_PHDJWithDraw_AsyncFuncProcess, "Sc_PHDJWithDraw_AsyncFuncProcess", 45, 516, false, "SBJG", 467, 1, "-7"},
+    {molra::Sc_Order_AsyncFuncProcess, "Sc_Order_AsyncFuncProcess", 30, 472, true, "DJZJ", 464, 0,
+     "-7.25"},
+    {molra::Sc_ETFSG_AsyncFuncProcess, "Sc_ETFSG_AsyncFuncProcess", 31, 472, true, "DJZJ", 464, 0,
+     "-7.25"},
+    {molra::Sc_ETFSH_AsyncFuncProcess, "Sc_ETFSH_AsyncFuncProcess", 32, 472, true, "DJZJ", 464, 0,
+     "-7.25"},
+    {molra::Sc_ZQHG_AsyncFuncProcess, "Sc_ZQHG_AsyncFuncProcess", 33, 472, false, "DJZJ", 464, 0,
+     "-7.25"},
+    {molra::Sc_ZQCRK_AsyncFuncProcess, "Sc_ZQCRK_AsyncFuncProcess", 34, 472, false, "DJZJ", 464, 0,
+     "-7.25"},
+    {molra::Sc_LOF_AsyncFuncProcess, "Sc_LOF_AsyncFuncProcess", 35, 475, false, "DJZJ", 467, 0,
+     "-7.25"},
+    {molra::Sc_PHDJ_AsyncFuncProcess, "Sc_PHDJ_AsyncFuncProcess", 36, 472, true, "DJZJ", 464, 0,
+     "-7.25"},
+    {molra::Sc_OrderWithDraw_AsyncFuncProcess, "Sc_OrderWithDraw_AsyncFuncProcess", 40, 516, false,
+     "SBJG", 467, 1, "-7"},
+    {molra::Sc_ETFWithDraw_AsyncFuncProcess, "Sc_ETFWithDraw_AsyncFuncProcess", 42, 517, false,
+     "SBJG", 464, 2, "-7"},
+    {molra::Sc_ZQHGWithDraw_AsyncFuncProcess, "Sc_ZQHGWithDraw_AsyncFuncProcess", 43, 512, false,
+     "SBJG", 512, 1, "0"},
+    {molra::Sc_LOFWithDraw_AsyncFuncProcess, "Sc_LOFWithDraw_AsyncFuncProcess", 44, 516, false,
+     "SBJG", 467, 1, "-7"},
+    {molra::Sc_PHDJWithDraw_AsyncFuncProcess, "Sc_PHDJWithDraw_AsyncFuncProcess", 45, 516, false,
+     "SBJG", 467, 1, "-7"},
 };
 
 ByteBlock SingleAnswer(const SingleCase& c, std::size_t len) {
   ByteBlock a = Answer(len, 2);
   a.Num<std::int64_t>(443, 8589934590);  // as int32: 0xFFFFFFFE, i.e. -2
   if (c.third_at + 8 > len) return a;    // the third value lies past the record
-  if (c.third_kind == 1) a.Num<std::int32_t>(c.third_at, -7);
-  else if (c.third_kind == 2) a.Num<double>(c.third_at, -7.9);
-  else a.Num<double>(c.third_at, -7.25);
+  if (c.third_kind == 1)
+    a.Num<std::int32_t>(c.third_at, -7);
+  else if (c.third_kind == 2)
+    a.Num<double>(c.third_at, -7.9);
+  else
+    a.Num<double>(c.third_at, -7.25);
   return a;
 }
 
@@ -202,7 +220,8 @@ TEST(ReplySingles, OneByteShortOfTheMinimumIsRefusedUnderTheHandlersName) {
     SCOPED_TRACE(c.name);
     ScratchLog log;
     ExpectRefused(Handle(c.fn, Structured(SingleAnswer(c, c.min_len - 1))), kShort);
-    EXPECT_NE(log.Text().find(std::string(c.name) + Gbk("：") + kShort + "\r\n"), std::string::npos);
+    EXPECT_NE(log.Text().find(std::string(c.name) + Gbk("：") + kShort + "\r\n"),
+              std::string::npos);
   }
 }
 
@@ -226,8 +245,9 @@ TEST(ReplySingles, RepurchaseWithdrawalReadsItsResultOnlyWhenTheAnswerHoldsIt) {
             std::string::npos);
   ByteBlock b = Answer(515, 1);
   b.Text(512, "\x09\x00\x00");  // three of the four bytes: not read
-  EXPECT_NE(OnlyText(Handle(molra::Sc_ZQHGWithDraw_AsyncFuncProcess, Structured(b))).find("\"SBJG\":0,"),
-            std::string::npos);
+  EXPECT_NE(
+      OnlyText(Handle(molra::Sc_ZQHGWithDraw_AsyncFuncProcess, Structured(b))).find("\"SBJG\":0,"),
+      std::string::npos);
 }
 
 TEST(ReplySingles, EtfWithdrawalTruncatesItsResultTowardZero) {
@@ -246,7 +266,8 @@ TEST(ReplyUnstructured, ShortFormCarriesTheTransportsCodeAndText) {
   s.code = -130;
   s.message = "\xb7\xcf\xb5\xa5";  // "废单"
   EXPECT_EQ(OnlyText(Handle(molra::Sc_OrderWithDraw_AsyncFuncProcess, s)),
-            Head(40, 7) + "\"WTH\":0,\"RETCODE\":-130,\"RETNOTE\":\"\xb7\xcf\xb5\xa5\",\"PARSE_COST\":0}");
+            Head(40, 7) +
+                "\"WTH\":0,\"RETCODE\":-130,\"RETNOTE\":\"\xb7\xcf\xb5\xa5\",\"PARSE_COST\":0}");
 }
 
 TEST(ReplyUnstructured, WithoutTheRequestNothingIsDelivered) {
@@ -289,15 +310,17 @@ TEST(ReplyKeyValue, IssuanceAndNonTradingTakeOrderNumberAndFundsFromFields) {
   } cases[] = {{molra::Sc_FXYW_AsyncFuncProcess, 37}, {molra::Sc_FJY_AsyncFuncProcess, 38}};
   for (const auto& c : cases) {
     EXPECT_EQ(OnlyText(Handle(c.fn, KeyValue(0))),
-              Head(c.jylx, 88) + "\"WTH\":778,\"WTSJ\":\"10:00:00\",\"DJZJ\":99.5,\"RETCODE\":0,"
-                                 "\"RETNOTE\":\"ok\",\"PARSE_COST\":0}");
+              Head(c.jylx, 88) +
+                  "\"WTH\":778,\"WTSJ\":\"10:00:00\",\"DJZJ\":99.5,\"RETCODE\":0,"
+                  "\"RETNOTE\":\"ok\",\"PARSE_COST\":0}");
   }
 }
 
 TEST(ReplyKeyValue, WithdrawalReportsItsDeclarationResultFromField753) {
   EXPECT_EQ(OnlyText(Handle(molra::Sc_FXYWWithDraw_AsyncFuncProcess, KeyValue(1))),
-            Head(46, 88) + "\"WTH\":778,\"WTSJ\":\"10:00:00\",\"SBJG\":-2,\"RETCODE\":1,"
-                           "\"RETNOTE\":\"ok\",\"PARSE_COST\":0}");
+            Head(46, 88) +
+                "\"WTH\":778,\"WTSJ\":\"10:00:00\",\"SBJG\":-2,\"RETCODE\":1,"
+                "\"RETNOTE\":\"ok\",\"PARSE_COST\":0}");
 }
 
 TEST(ReplyKeyValue, NegativeCodeIsARefusal) {
@@ -345,9 +368,10 @@ const char kBatchHead[] =
 
 TEST(ReplyBatch, AcceptedBatchListsOneOrderPerRequestRow) {
   EXPECT_EQ(OnlyText(Handle(molra::Sc_BatchOrder_AsyncFuncProcess, Batch(7663, 1))),
-            kBatchHead + std::string("\"RETCODE\":1,\"RETNOTE\":\"ok\",\"Success\":2,\"DJZJ\":2468.5,"
-                                     "\"orders\":{\"1\":{\"WTH\":9001,\"NOTE\":\"ok1\"},"
-                                     "\"2\":{\"WTH\":0,\"NOTE\":\"") +
+            kBatchHead +
+                std::string("\"RETCODE\":1,\"RETNOTE\":\"ok\",\"Success\":2,\"DJZJ\":2468.5,"
+                            "\"orders\":{\"1\":{\"WTH\":9001,\"NOTE\":\"ok1\"},"
+                            "\"2\":{\"WTH\":0,\"NOTE\":\"") +
                 kGbkOk + "\"},\"3\":{\"WTH\":9003,\"NOTE\":\"ok3\"}},\"PARSE_COST\":0}");
 }
 
@@ -397,10 +421,11 @@ TEST(ReplyBatchWithdraw, ReportsTimeButNoOrderNumber) {
   ByteBlock a = Answer(6459, 1);
   a.Num<std::int64_t>(443, 12345);
   EXPECT_EQ(OnlyText(Handle(molra::Sc_BatchOrderWithDraw_AsyncFuncProcess, Structured(a, 66))),
-            Head(41, 66) + "\"WTSJ\":\"09:31:05.123\",\"RETCODE\":1,\"RETNOTE\":\"ok\","
-                           "\"PARSE_COST\":0}");
+            Head(41, 66) +
+                "\"WTSJ\":\"09:31:05.123\",\"RETCODE\":1,\"RETNOTE\":\"ok\","
+                "\"PARSE_COST\":0}");
   EXPECT_EQ(OnlyText(Handle(molra::Sc_BatchOrderWithDraw_AsyncFuncProcess,
-                         Structured(Answer(430, -1, "no"), 66))),
+                            Structured(Answer(430, -1, "no"), 66))),
             Head(41, 66) + "\"RETCODE\":-1,\"RETNOTE\":\"no\",\"PARSE_COST\":0}");
   ExpectRefused(Handle(molra::Sc_BatchOrderWithDraw_AsyncFuncProcess, Structured(Answer(6458, 1))),
                 kShort);
@@ -417,7 +442,9 @@ TEST(ReplyFrame, EveryHandlerReleasesItsSessionOnEveryPath) {
       Structured(Answer(430, -1)),  // refused by the back end
       Structured(Answer(429, 1)),   // too short
       Structured(Answer(471, 1)),   // accepted but short of every minimum
-      no_request, unstructured, FakeSession{}};
+      no_request,
+      unstructured,
+      FakeSession{}};
   for (bool with_callback : {true, false}) {
     FakeKel kel;
     HostCallbacks host(false, with_callback);

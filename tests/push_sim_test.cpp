@@ -5,11 +5,11 @@
 
 #include <string>
 
-#include "push/push_handlers.h"
-#include "trade/replies.h"
 #include "core/context.h"
+#include "push/push_handlers.h"
 #include "support/host_callbacks.h"
 #include "support/sim_api.h"
+#include "trade/replies.h"
 
 using namespace molra::test;
 
@@ -156,8 +156,9 @@ TEST_F(PushSim, IssuanceReplyReadsTheAnswerFields) {
   kel::int64 s = k.Kel_AllocateSession(trade);
   k.Kel_CreateHead(s, "19059");
   const std::pair<int, std::string> fields[] = {
-      {719, "600000"}, {571, "A000001001"}, {605, "1001"}, {599, "SH"}, {595, "1"},
-      {684, "1000"},   {682, "1.00"},       {1013, "0"},   {1600, std::to_string(token)},
+      {719, "600000"}, {571, "A000001001"}, {605, "1001"},
+      {599, "SH"},     {595, "1"},          {684, "1000"},
+      {682, "1.00"},   {1013, "0"},         {1600, std::to_string(token)},
       {9157, "99"}};
   for (const auto& f : fields) k.Kel_SetItem(s, f.first, f.second.c_str());
   k.Kel_SetSessData(s, 99);

@@ -84,7 +84,8 @@ TEST_F(Adapter, FailingQueryLeavesTheArrayAsItWas) {
 }
 
 TEST_F(Adapter, ETFShareAdapterRunsTheWorkerAfterItsOwnCheck) {
-  LOGIN_SIM_FN(KelSim_SetKvAnswer)("D00754", 0, "", "9225=510050|9218=1\n9225=510050|9218=2\n9225=510050|9218=3");
+  LOGIN_SIM_FN(KelSim_SetKvAnswer)
+  ("D00754", 0, "", "9225=510050|9218=1\n9225=510050|9218=2\n9225=510050|9218=3");
   ETFShareRecord recs[2];
   Fill(recs);
   Sim::Get().ClearCallLog();

@@ -49,15 +49,25 @@ std::function<std::int64_t(const char*, std::size_t&)> Make(F f) {
     CusLoginInfo info{};
     if (khh) std::strncpy(info.KHH, khh, sizeof info.KHH);
     std::int64_t r;
-    if constexpr (kEx) r = f(khh ? &info : nullptr, list);
-    else r = f(khh, list);
+    if constexpr (kEx)
+      r = f(khh ? &info : nullptr, list);
+    else
+      r = f(khh, list);
     left = list.size();
     return r;
   };
 }
 
-#define PLAIN(R, fn, w, ...) {#fn, w, Make<R, false>([](const char* k, std::vector<R>& l) { return fn(k, __VA_ARGS__ l); })}
-#define EX(R, fn, w, ...) {#fn, w, Make<R, true>([](CusLoginInfo* i, std::vector<R>& l) { return fn(i, __VA_ARGS__ l); })}
+#define PLAIN(R, fn, w, ...)                                                           \
+  {                                                                                    \
+#fn, w, Make < R,                                                                  \
+        false>([](const char* k, std::vector <R>& l) { return fn(k, __VA_ARGS__ l); }) \
+  }
+#define EX(R, fn, w, ...)                                                               \
+  {                                                                                     \
+#fn, w, Make < R,                                                                   \
+        true>([](CusLoginInfo* i, std::vector <R>& l) { return fn(i, __VA_ARGS__ l); }) \
+  }
 
 std::vector<QueryCase> Cases() {
   return {
@@ -65,16 +75,17 @@ std::vector<QueryCase> Cases() {
       EX(FundRecord, SECMOLRA_QueryFundInfoEx, "QueryZjxx", ),
       PLAIN(AccountRecord, SECMOLRA_QueryAccInfo, "QueryGDH", ),
       EX(AccountRecord, SECMOLRA_QueryAccInfoEx, "QueryGDH", ),
-      PLAIN(PSQYRecord, SECMOLRA_QueryPSQY, "QueryPSQY", "SH", "A1",),
-      EX(PSQYRecord, SECMOLRA_QueryPSQYEx, "QueryPSQY", nullptr, nullptr,),
-      PLAIN(OrderRecord, SECMOLRA_QueryOrders, "QueryWtxx", 0, 0, 100, 0, nullptr, nullptr, 0,),
-      EX(OrderRecord, SECMOLRA_QueryOrdersEx, "QueryWtxx", 0, 0, 100, 0, "SH", "600000", 5,),
-      PLAIN(MatchRecord, SECMOLRA_QueryMatchs, "QueryCjxx", 0, 0, 100, 0, nullptr, nullptr, 0,),
-      EX(MatchRecord, SECMOLRA_QueryMatchsEx, "QueryCjxx", 0, 0, 100, 0, nullptr, nullptr, 0,),
-      PLAIN(PositionRecord, SECMOLRA_QueryPositions, "QueryCcxx", 0, 100, 0, nullptr, nullptr, nullptr, 0,),
-      EX(PositionRecord, SECMOLRA_QueryPositionsEx, "QueryCcxx", 0, 100, 0, nullptr, nullptr, 0,),
-      PLAIN(ETFShareRecord, SECMOLRA_QueryETFShare, "QueryETFShare", "510050",),
-      EX(ETFShareRecord, SECMOLRA_QueryETFShareEx, "QueryETFShare", "510050",),
+      PLAIN(PSQYRecord, SECMOLRA_QueryPSQY, "QueryPSQY", "SH", "A1", ),
+      EX(PSQYRecord, SECMOLRA_QueryPSQYEx, "QueryPSQY", nullptr, nullptr, ),
+      PLAIN(OrderRecord, SECMOLRA_QueryOrders, "QueryWtxx", 0, 0, 100, 0, nullptr, nullptr, 0, ),
+      EX(OrderRecord, SECMOLRA_QueryOrdersEx, "QueryWtxx", 0, 0, 100, 0, "SH", "600000", 5, ),
+      PLAIN(MatchRecord, SECMOLRA_QueryMatchs, "QueryCjxx", 0, 0, 100, 0, nullptr, nullptr, 0, ),
+      EX(MatchRecord, SECMOLRA_QueryMatchsEx, "QueryCjxx", 0, 0, 100, 0, nullptr, nullptr, 0, ),
+      PLAIN(PositionRecord, SECMOLRA_QueryPositions, "QueryCcxx", 0, 100, 0, nullptr, nullptr,
+            nullptr, 0, ),
+      EX(PositionRecord, SECMOLRA_QueryPositionsEx, "QueryCcxx", 0, 100, 0, nullptr, nullptr, 0, ),
+      PLAIN(ETFShareRecord, SECMOLRA_QueryETFShare, "QueryETFShare", "510050", ),
+      EX(ETFShareRecord, SECMOLRA_QueryETFShareEx, "QueryETFShare", "510050", ),
   };
 }
 #undef PLAIN
@@ -83,7 +94,8 @@ std::vector<QueryCase> Cases() {
 }  // namespace
 
 TEST_F(QueryArgs, NullOrEmptyCustomerIsRefusedUnderTheExportNameAndEmptiesTheList) {
-  const std::pair<const char*, const char*> rows[] = {{nullptr, "非法参数"}, {"", "客户号不能为空"}};
+  const std::pair<const char*, const char*> rows[] = {{nullptr, "非法参数"},
+                                                      {"", "客户号不能为空"}};
   for (auto [khh, msg] : rows) {
     for (const QueryCase& c : Cases()) {
       std::size_t left = 9;
@@ -179,7 +191,8 @@ TEST_F(QueryArgs, FundTransferNeedsAPositiveAmount) {
   using Transfer = int64_t (*)(const char*, const char*, double, const char*, const char*,
                                const char*, const char*);
   const std::pair<Transfer, const char*> exports[] = {
-      {SECMOLRA_FundTransIn, "SECMOLRA_FundTransIn"}, {SECMOLRA_FundTransOut, "SECMOLRA_FundTransOut"}};
+      {SECMOLRA_FundTransIn, "SECMOLRA_FundTransIn"},
+      {SECMOLRA_FundTransOut, "SECMOLRA_FundTransOut"}};
   for (auto [fn, name] : exports) {
     for (double amount : {0.0, -0.0, -1.0, std::nan("")}) {
       ExpectError(fn("1001", "111111", amount, "", "", "", ""), -221, "非法参数", name);
@@ -200,8 +213,8 @@ TEST_F(QueryArgs, NodeOperationsRefuseBadArguments) {
   ExpectError(SECMOLRA_FundTransBetweenNodes(4, "1002", "", 0, 1, 2, ""), -221, "非法参数", tn);
   ExpectError(SECMOLRA_FundTransBetweenNodes(4, "1002", "", 10, 1, 1, ""), -221, "非法参数", tn);
   ExpectError(SECMOLRA_FundTransBetweenNodes(4, "1002", "", 10, 0, 2, ""), -221, "非法参数", tn);
-  EXPECT_TRUE(Logged(std::string(tn) +
-                     " systemtype:5,lpKhh:1002,sZjzh:,dFsje:10,nNode1:1,nNode2:2,sZy: "));
+  EXPECT_TRUE(
+      Logged(std::string(tn) + " systemtype:5,lpKhh:1002,sZjzh:,dFsje:10,nNode1:1,nNode2:2,sZy: "));
   const char* zn = "SECMOLRA_ModifyZJHBCL";
   ExpectError(SECMOLRA_ModifyZJHBCL(4, "1002", "", 1, 2, -0.5, 0.5, ""), -221, "非法参数", zn);
   ExpectError(SECMOLRA_ModifyZJHBCL(4, "1002", "", 2, 2, 0.5, 0.5, ""), -221, "非法参数", zn);

@@ -148,8 +148,8 @@ TEST_F(QueryFrame, LoggedOutCustomerGetsNotLoggedInWhileItsSetStaysInThePool) {
 
 TEST_F(QueryFrame, RequestFieldsOfEveryQueryInOrder) {
   LogIn();
-  for (const char* f : {"DQ0003", "D00734", "D00985", "D00751", "D00752", "D00753", "D00754",
-                        "910005", "910006"}) {
+  for (const char* f :
+       {"DQ0003", "D00734", "D00985", "D00751", "D00752", "D00753", "D00754", "910005", "910006"}) {
     Script(f, 0, "", "");
   }
   std::vector<FundRecord> fund;
@@ -173,7 +173,8 @@ TEST_F(QueryFrame, RequestFieldsOfEveryQueryInOrder) {
   EXPECT_EQ(LastRequest("DQ0003"), "605=1001|988=1|533=1");
   EXPECT_EQ(LastRequest("D00734"), "605=1001|618=0|590=30000000");
   EXPECT_EQ(LastRequest("D00985"), "605=1001|571=A123|599=SH");
-  EXPECT_EQ(LastRequest("D00751"), "605=1001|599=SH|719=600000|681=77|9220=1|9221=2|9222=50|9223=3");
+  EXPECT_EQ(LastRequest("D00751"),
+            "605=1001|599=SH|719=600000|681=77|9220=1|9221=2|9222=50|9223=3");
   EXPECT_EQ(LastRequest("D00752"), "605=1001|599=|719=|681=0|9220=4|9221=5|9222=6|9223=7");
   EXPECT_EQ(LastRequest("D00753"),
             "605=1001|571=A123|599=SZ|719=000001|9221=1|9222=20|9223=0|9224=9");
@@ -188,10 +189,11 @@ TEST_F(QueryFrame, PositionsExTakesTheShareholderAccountFromTheRecord) {
   CusLoginInfo q{};
   std::strcpy(q.KHH, "1001");
   std::memcpy(q.GDH, "A12345678901", 12);  // full width, no terminator
-  q.NodeID = 0x7f;                          // the byte after GDH is not part of it
+  q.NodeID = 0x7f;                         // the byte after GDH is not part of it
   std::vector<PositionRecord> pos;
   SECMOLRA_QueryPositionsEx(&q, 0, 10, 0, "SH", "", 0, pos);
-  EXPECT_EQ(LastRequest("D00753"), "605=1001|571=A12345678901|599=SH|719=|9221=0|9222=10|9223=0|9224=0");
+  EXPECT_EQ(LastRequest("D00753"),
+            "605=1001|571=A12345678901|599=SH|719=|9221=0|9222=10|9223=0|9224=0");
 }
 
 TEST_F(QueryFrame, OrderRowFillsEveryFieldAtItsOffsetAndCutsLongTexts) {
@@ -231,8 +233,10 @@ TEST_F(QueryFrame, OrderRowFillsEveryFieldAtItsOffsetAndCutsLongTexts) {
 TEST_F(QueryFrame, MatchPositionAndETFRowsFillTheirRecords) {
   LogIn();
   Script("D00752", 0, "", "605=1001|681=9|9202=50|9203=9.5|9204=475|9207=C77|9208=10:00:01|9157=5");
-  Script("D00753", 0, "", "605=1001|719=000001|9211=1000|9212=600|9213=8.5|9219=9|9214=9000|9215=500");
-  Script("D00754", 0, "", "605=1001|9225=510050|719=600000|9218=1200\n605=1001|9225=510050|719=600036|9218=300");
+  Script("D00753", 0, "",
+         "605=1001|719=000001|9211=1000|9212=600|9213=8.5|9219=9|9214=9000|9215=500");
+  Script("D00754", 0, "",
+         "605=1001|9225=510050|719=600000|9218=1200\n605=1001|9225=510050|719=600036|9218=300");
   std::vector<MatchRecord> m;
   std::vector<PositionRecord> p;
   std::vector<ETFShareRecord> e;
@@ -311,7 +315,9 @@ TEST_F(QueryFrame, PSQYRereadsTheCodeBeforeEveryRowAndKeepsRowsWithNegativeState
   EXPECT_EQ(Text(list[1].GDH, 12), "");  // an absent text is empty, not the previous row's
   std::string log = Sim::Get().CallLog();
   std::size_t n = 0;
-  for (std::size_t p = log.find("Kel_GetCode("); p != std::string::npos; p = log.find("Kel_GetCode(", p + 1)) ++n;
+  for (std::size_t p = log.find("Kel_GetCode("); p != std::string::npos;
+       p = log.find("Kel_GetCode(", p + 1))
+    ++n;
   EXPECT_EQ(n, 3u);
   EXPECT_EQ(log.find("Kel_GetLong(" + std::string(",507")), std::string::npos);
 }

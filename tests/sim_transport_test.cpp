@@ -126,7 +126,8 @@ TEST_F(SimTransport, BindsACustomerUnlessTheBindFaultIsSet) {
 TEST_F(SimTransport, TextAndBinaryBufferRules) {
   kel::int64 c = Connect();
   kel::int64 s = k.Kel_AllocateSession(c);
-  SIM_FN(KelSim_SetKvAnswer)("ZZ0001", 3, "a message", "605=1001|9206=ABCDEFGHIJ\n605=1002|9206=xy");
+  SIM_FN(KelSim_SetKvAnswer)
+  ("ZZ0001", 3, "a message", "605=1001|9206=ABCDEFGHIJ\n605=1002|9206=xy");
   ASSERT_TRUE(k.Kel_CreateHead(s, "ZZ0001"));
   ASSERT_TRUE(k.Kel_Run(s));
   EXPECT_EQ(k.Kel_GetCode(s), 3);
@@ -136,8 +137,8 @@ TEST_F(SimTransport, TextAndBinaryBufferRules) {
   std::memset(buf, 'z', sizeof buf);
   kel::int32 len = 5;
   EXPECT_EQ(k.Kel_GetItem(s, fid::ZQMC, buf, &len, -1), buf);  // row -1 is row 0
-  EXPECT_STREQ(buf, "ABCD");  // cap - 1 bytes and a NUL
-  EXPECT_EQ(len, 10);         // the full length
+  EXPECT_STREQ(buf, "ABCD");                                   // cap - 1 bytes and a NUL
+  EXPECT_EQ(len, 10);                                          // the full length
   EXPECT_EQ(buf[5], 'z');
   len = sizeof buf;
   EXPECT_STREQ(k.Kel_GetItem(s, fid::ZQMC, buf, &len, 1), "xy");
@@ -222,7 +223,8 @@ TEST_F(SimTransport, KeyValueRequestIsRecordedInTheOrderSet) {
   ASSERT_TRUE(k.Kel_Run(s));
   char buf[128];
   kel::int32 n = SIM_FN(KelSim_LastRequest)("DQ0003", buf, sizeof buf);
-  EXPECT_EQ(std::string(buf, static_cast<std::size_t>(n)), "605=1001|988=1|681=1234567890123|808=12.500");
+  EXPECT_EQ(std::string(buf, static_cast<std::size_t>(n)),
+            "605=1001|988=1|681=1234567890123|808=12.500");
   k.Kel_ReleaseSession(s);
 }
 

@@ -68,7 +68,8 @@ TEST_F(Batch, EachCheckHasItsMessage) {
       {Row("S"), "编号1交易所[S]不合法"},
       {Row("SH", "600000", 0), "编号1交易类别[0]不合法，应在[JYLB_BUY、JYLB_SALE]"},
       {Row("SH", "600000", 1, 10.0, 100, 1000), "编号1订单类型[1000]不合法，应在[0-999]"},
-      {Row("SH", "600000", 1, 10.0, 100, -1), "编号1订单类型[4294967295]不合法，应在[0-999]"},  // unsigned
+      {Row("SH", "600000", 1, 10.0, 100, -1),
+       "编号1订单类型[4294967295]不合法，应在[0-999]"},  // unsigned
   };
   for (const auto& c : cases) {
     std::vector<BatchOrderRow> rows{c.row};

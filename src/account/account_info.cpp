@@ -1,10 +1,10 @@
 #include "account/account_info.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
-
-#include <fmt/format.h>
 
 #include "comm/conn_pool.h"
 #include "comm/kel_api.h"
@@ -35,10 +35,10 @@ struct LoginForm {
   bool authentication;
 };
 
-const LoginForm kDirectForm{"610301", "D00749", 6, &kel::Api::Kel_UniEncode3rd,
+const LoginForm kDirectForm{"610301",           "D00749", 6, &kel::Api::Kel_UniEncode3rd,
                             &AllocTradeSession, false};
-const LoginForm kAuthForm{"A00401", "A00210", 5, &kel::Api::Kel_UniEncode,
-                          &AllocManagementSession, true};
+const LoginForm kAuthForm{"A00401", "A00210", 5, &kel::Api::Kel_UniEncode, &AllocManagementSession,
+                          true};
 
 // System-information pairs (kind, field id) attached to every login request.
 struct SysInfoPair {
@@ -56,9 +56,8 @@ const LoginForm& FormOf(const KelComm::KelConn& conn) {
 }
 
 bool HasAsciiLetter(const std::string& s) {
-  return std::any_of(s.begin(), s.end(), [](char c) {
-    return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
-  });
+  return std::any_of(s.begin(), s.end(),
+                     [](char c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z'); });
 }
 
 class LoginRun {
@@ -92,7 +91,8 @@ Result<std::int64_t> LoginRun::Run() {
   node_id_ = info_.NodeID;
   if (node_.empty()) node_ = Host().Node();
   if (wtfs_.empty()) wtfs_ = Host().Wtfs();
-  if (khh_.empty() || password_.empty()) return Fail(SECMOLRA_ERR_ARGUMENT, msg::kKhhOrPasswordEmpty);
+  if (khh_.empty() || password_.empty())
+    return Fail(SECMOLRA_ERR_ARGUMENT, msg::kKhhOrPasswordEmpty);
 
   if (Status node = ResolveNode(); !node) return node.TakeFailure();
   info_.NodeID = node_id_;
@@ -117,9 +117,9 @@ Result<std::int64_t> LoginRun::Run() {
   const std::int64_t token = ReadToken(answer->session.handle(), form);
   // A new record replaces the customer's: order threads may be reading the one registered.
   // The password is not kept: it served this login only.
-  kit_.customers.Register(conn_->system_type, khh_,
-                          std::make_shared<const CusRecord>(
-                              CusRecord{token, wtfs_.substr(0, kRecordWtfsWidth)}));
+  kit_.customers.Register(
+      conn_->system_type, khh_,
+      std::make_shared<const CusRecord>(CusRecord{token, wtfs_.substr(0, kRecordWtfsWidth)}));
   info_.Token = token;
   MOLRA_LOG_INFO("{} success. [khh:{} systype:{} token:{}]", kLoginFunc, khh_, conn_->system_type,
                  token);

@@ -35,14 +35,12 @@ const Method kModifyTradePwd{"AccountInfo::ScModifyPwd", "610303", false, kRowSt
 const Method kModifyFundPwd{"AccountInfo::ScModifyPwd", "610304", false, kRowState};
 const Method kTransferIn{"AccountInfo::FunMDBFundsTransfer", "610403", true, kNonNegativeCode};
 const Method kTransferOut{"AccountInfo::FunMDBFundsTransfer", "610404", true, kNonNegativeCode};
-const Method kBetweenNodes{"AccountInfo::FundTransBetweenNodes", "910001", true,
-                           kNonNegativeCode};
+const Method kBetweenNodes{"AccountInfo::FundTransBetweenNodes", "910001", true, kNonNegativeCode};
 const Method kModifyRatio{"AccountInfo::ModifyZJHBCL", "910004", true, kNonNegativeCode};
 
 constexpr std::int32_t kLoginType = 6;
 
 bool Missing(const char* s) { return s == nullptr || *s == '\0'; }
-
 
 std::string CustomerWtfs(const Customer& c) {
   return c.record->wtfs.empty() ? Host().Wtfs() : c.record->wtfs;
@@ -79,11 +77,10 @@ Result<std::int64_t> ModifyPwd(const Customer& c, const char* khh, const char* o
     std::string old_enc = EncodePassword3rd(khh, old_pwd);
     std::string new_enc = EncodePassword3rd(khh, new_pwd);
     // The back end accepts the encoded passwords as they are: neither goes to the log.
-    MOLRA_LOG_INFO("{} Req {} modify pwd. Param[khh:{} oldpwd:*** newpwd:***]", m.name,
-                   m.func_code, khh);
+    MOLRA_LOG_INFO("{} Req {} modify pwd. Param[khh:{} oldpwd:*** newpwd:***]", m.name, m.func_code,
+                   khh);
     return ReqFields{ReqField::Text(fid::KHH, khh), ReqField::Int(fid::LOGIN_TYPE, kLoginType),
-                     ReqField::Text(fid::OLD_PWD, old_enc),
-                     ReqField::Text(fid::NEW_PWD, new_enc)};
+                     ReqField::Text(fid::OLD_PWD, old_enc), ReqField::Text(fid::NEW_PWD, new_enc)};
   });
 }
 
@@ -91,8 +88,8 @@ Result<std::int64_t> FundTransfer(const char* export_name, const Method& m, cons
                                   const char* pwd, double amount, const char* zjzh,
                                   const char* text5, const char* text6, const char* remark) {
   if (khh == nullptr || pwd == nullptr || !(amount > 0)) return IllegalArgument();
-  MOLRA_LOG_INFO("{} lpKhh:{} dFsje:{} sZjzh:{} sZy:{}", export_name, khh, amount,
-                 LogText(zjzh), LogText(remark));
+  MOLRA_LOG_INFO("{} lpKhh:{} dFsje:{} sZjzh:{} sZy:{}", export_name, khh, amount, LogText(zjzh),
+                 LogText(remark));
   Result<Customer> c = FindCustomer(khh);
   if (!c) return c.TakeFailure();
   // Transfers exist for the one back-office system type the kit accepts.
@@ -164,48 +161,56 @@ SECMOLRA_API int64_t SECMOLRA_FundTransOut(const char* khh, const char* pwd, dou
 }
 
 SECMOLRA_API int64_t SECMOLRA_FundTransBetweenNodes(int32_t systemType, const char* khh,
-                                                    const char* zjzh, double amount,
-                                                    int64_t node1, int64_t node2,
-                                                    const char* remark) {
+                                                    const char* zjzh, double amount, int64_t node1,
+                                                    int64_t node2, const char* remark) {
   return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
     constexpr const char* kName = "SECMOLRA_FundTransBetweenNodes";
-    MOLRA_LOG_INFO("{} systemtype:{},lpKhh:{},sZjzh:{},dFsje:{},nNode1:{},nNode2:{},sZy:{} ",
-                   kName, systemType, LogText(khh), LogText(zjzh), amount, node1, node2,
-                   LogText(remark));
+    MOLRA_LOG_INFO("{} systemtype:{},lpKhh:{},sZjzh:{},dFsje:{},nNode1:{},nNode2:{},sZy:{} ", kName,
+                   systemType, LogText(khh), LogText(zjzh), amount, node1, node2, LogText(remark));
     if (systemType != kSystemType || Missing(khh) || !(amount > 0) || !ValidNodes(node1, node2)) {
       return Report(IllegalArgument(), kName);
     }
     Result<Customer> c = FindCustomer(khh);
     if (!c) return Report(c.failure(), kName);
-    return Reported(RunMethod(kBetweenNodes, *c, [&] {
-      return ReqFields{ReqField::Text(fid::KHH, khh), ReqField::Text(fid::BZ, "RMB"),
-                       ReqField::Text(fid::ZJZH, zjzh), ReqField::Double(fid::FSJE, amount),
-                       ReqField::Long(fid::NODE1, node1), ReqField::Long(fid::NODE2, node2),
-                       ReqField::Text(fid::REMARK, remark)};
-    }), kName);
+    return Reported(
+        RunMethod(kBetweenNodes, *c,
+                  [&] {
+                    return ReqFields{
+                        ReqField::Text(fid::KHH, khh),      ReqField::Text(fid::BZ, "RMB"),
+                        ReqField::Text(fid::ZJZH, zjzh),    ReqField::Double(fid::FSJE, amount),
+                        ReqField::Long(fid::NODE1, node1),  ReqField::Long(fid::NODE2, node2),
+                        ReqField::Text(fid::REMARK, remark)};
+                  }),
+        kName);
   });
 }
 
-SECMOLRA_API int64_t SECMOLRA_ModifyZJHBCL(int32_t systemType, const char* khh,
-                                           const char* zjzh, int64_t node1, int64_t node2,
-                                           double ratio1, double ratio2, const char* remark) {
+SECMOLRA_API int64_t SECMOLRA_ModifyZJHBCL(int32_t systemType, const char* khh, const char* zjzh,
+                                           int64_t node1, int64_t node2, double ratio1,
+                                           double ratio2, const char* remark) {
   return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
     constexpr const char* kName = "SECMOLRA_ModifyZJHBCL";
     MOLRA_LOG_INFO("{} systemtype:{},lpKhh:{},sZjzh:{},nNode1:{},nNode2:{},dBl1:{},dBl2:{},sZy:{} ",
                    kName, systemType, LogText(khh), LogText(zjzh), node1, node2, ratio1, ratio2,
                    LogText(remark));
-    if (systemType != kSystemType || Missing(khh) || !ValidNodes(node1, node2) ||
-        !(ratio1 >= 0) || !(ratio2 >= 0)) {
+    if (systemType != kSystemType || Missing(khh) || !ValidNodes(node1, node2) || !(ratio1 >= 0) ||
+        !(ratio2 >= 0)) {
       return Report(IllegalArgument(), kName);
     }
     Result<Customer> c = FindCustomer(khh);
     if (!c) return Report(c.failure(), kName);
-    return Reported(RunMethod(kModifyRatio, *c, [&] {
-      return ReqFields{ReqField::Text(fid::KHH, khh),       ReqField::Text(fid::BZ, "RMB"),
-                       ReqField::Text(fid::ZJZH, zjzh),     ReqField::Long(fid::NODE1, node1),
-                       ReqField::Long(fid::NODE2, node2),   ReqField::Double(fid::RATIO1, ratio1),
-                       ReqField::Double(fid::RATIO2, ratio2), ReqField::Text(fid::REMARK, remark)};
-    }), kName);
+    return Reported(RunMethod(kModifyRatio, *c,
+                              [&] {
+                                return ReqFields{ReqField::Text(fid::KHH, khh),
+                                                 ReqField::Text(fid::BZ, "RMB"),
+                                                 ReqField::Text(fid::ZJZH, zjzh),
+                                                 ReqField::Long(fid::NODE1, node1),
+                                                 ReqField::Long(fid::NODE2, node2),
+                                                 ReqField::Double(fid::RATIO1, ratio1),
+                                                 ReqField::Double(fid::RATIO2, ratio2),
+                                                 ReqField::Text(fid::REMARK, remark)};
+                              }),
+                    kName);
   });
 }
 

@@ -54,12 +54,14 @@ std::int64_t SystemDate() {
 
 std::int64_t ReviseTimeMs() {
   const Kit* kit = CurrentKit();
-  const std::int64_t offset = kit != nullptr ? kit->clock.offset_ms.load(std::memory_order_relaxed) : 0;
+  const std::int64_t offset =
+      kit != nullptr ? kit->clock.offset_ms.load(std::memory_order_relaxed) : 0;
   return TextToMs(LocalStamp().c_str()) - offset;
 }
 
 Result<std::int64_t> AskTradeDate(KelSession session, ReqFields settings, const AnswerRule& rule) {
-  Result<KvAnswer> answer = RunRequest(std::move(session), {std::move(settings), kTradeDateCode, {}}, rule);
+  Result<KvAnswer> answer =
+      RunRequest(std::move(session), {std::move(settings), kTradeDateCode, {}}, rule);
   if (!answer) return answer.TakeFailure();
   return kel::api.Kel_GetLong(answer->session.handle(), fid::TRADE_DATE, -1);
 }

@@ -99,15 +99,11 @@ SECMOLRA_API int64_t SECMOLRA_GetThreadLastError(char* msg, int32_t cap) {
 
 SECMOLRA_API void SECMOLRA_SetLastError(int64_t code, const char* msg, const char* func,
                                         CusLoginInfo* account) {
-  Guard(__func__, kNoResult, [&] {
-    SetLastError(code, LogText(msg), func, account);
-  });
+  Guard(__func__, kNoResult, [&] { SetLastError(code, LogText(msg), func, account); });
 }
 
 SECMOLRA_API void SECMOLRA_SetWriteLog(bool enable) {
-  Guard(__func__, kNoResult, [&] {
-    g_write_log.store(enable);
-  });
+  Guard(__func__, kNoResult, [&] { g_write_log.store(enable); });
 }
 
 SECMOLRA_API bool SECMOLRA_SetKelWriteLog(bool enable) {
@@ -162,7 +158,8 @@ SECMOLRA_API bool SECMOLRA_SetNode(const char* node) {
 
 SECMOLRA_API bool SECMOLRA_SetWTFS(const char* wtfs) {
   return Guard(__func__, false, [&]() -> bool {
-    bool ok = kel::api.Kel_SetDefaultInfo != nullptr && kel::api.Kel_SetDefaultInfo("", wtfs, "", "");
+    bool ok =
+        kel::api.Kel_SetDefaultInfo != nullptr && kel::api.Kel_SetDefaultInfo("", wtfs, "", "");
     if (ok && wtfs != nullptr) Host().SetWtfs(wtfs);
     MOLRA_LOG_INFO("{} wtfs:{} bret:{}", "SECMOLRA_SetWTFS", wtfs ? wtfs : "", ok);
     return ok;

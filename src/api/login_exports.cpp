@@ -1,9 +1,9 @@
 // Login, logout, token and node exports, the node-list query and the trade date.
+#include <fmt/format.h>
+
 #include <memory>
 #include <string>
 #include <vector>
-
-#include <fmt/format.h>
 
 #include "account/account_info.h"
 #include "account/server_clock.h"
@@ -22,7 +22,6 @@ namespace molra {
 namespace {
 
 constexpr std::int32_t kTradeDateTimeoutSeconds = 2;
-
 
 // The customer's connection set for a key, after the configuration checks that login and the
 // node-list query share (a login first takes the customer back to not logged in). Failures
@@ -79,8 +78,8 @@ Result<std::int64_t> TradeLoginEx(const char* key, CusLoginInfo* info) {
   if (key == nullptr || info == nullptr) return IllegalArgument();
   const std::string khh = FieldText(info->KHH);
   if (*key == '\0' || khh.empty()) return IllegalArgument(msg::kLoginArgsEmpty);
-  MOLRA_LOG_INFO("{} lpKeyName:{} khh:{} tradenodeID:{} nodeinfo:{}", "SECMOLRA_TradeLoginEx",
-                 key, khh, info->NodeID, FieldText(info->Node));
+  MOLRA_LOG_INFO("{} lpKeyName:{} khh:{} tradenodeID:{} nodeinfo:{}", "SECMOLRA_TradeLoginEx", key,
+                 khh, info->NodeID, FieldText(info->Node));
   return LogIn(key, khh, *info);
 }
 

@@ -7,12 +7,12 @@
 #include <map>
 #include <mutex>
 
-#include "core/guard.h"
-#include "core/context.h"
 #include "comm/conn_internal.h"
 #include "comm/kel_api.h"
-#include "core/messages.h"
+#include "core/context.h"
+#include "core/guard.h"
 #include "core/log.h"
+#include "core/messages.h"
 
 namespace KelComm {
 
@@ -108,17 +108,20 @@ std::shared_ptr<KelConn> SetForEvent(void* ctx) {
 }  // namespace roles
 
 void KelConn::on_conn_event(kel::int64 handle, kel::int32 event, void* ctx) {
-  molra::Guard(kEventHandlerName, molra::kNoResult, [&] {
-    if (ctx == nullptr) return;
-    std::shared_ptr<KelConn> set = SetForEvent(ctx);
-    if (set == nullptr) return;
-    const RoleInfo* role = RoleOfHandle(*set, handle);
-    if (event != 0) {
-      OnBreak(*set, role, event);
-    } else {
-      OnRecovery(*set, role, handle);
-    }
-  }, molra::Boundary::kEvent);
+  molra::Guard(
+      kEventHandlerName, molra::kNoResult,
+      [&] {
+        if (ctx == nullptr) return;
+        std::shared_ptr<KelConn> set = SetForEvent(ctx);
+        if (set == nullptr) return;
+        const RoleInfo* role = RoleOfHandle(*set, handle);
+        if (event != 0) {
+          OnBreak(*set, role, event);
+        } else {
+          OnRecovery(*set, role, handle);
+        }
+      },
+      molra::Boundary::kEvent);
 }
 
 }  // namespace KelComm

@@ -5,8 +5,8 @@
 #include <cstring>
 #include <string>
 
-#include "secmolra.h"
 #include "core/messages.h"
+#include "secmolra.h"
 #include "util/dynlib.h"
 
 namespace kel {
@@ -52,7 +52,8 @@ molra::Status BindTransport() {
   for (int i = 0; i < kEntryPointCount; ++i) {
     void* fn = molra::FindSymbol(module, kEntryPointNames[i]);
     if (fn == nullptr) {
-      return Unbound(fmt::format(msg::kLoadEntryFailed, kEntryPointNames[i], molra::LastSystemError()));
+      return Unbound(
+          fmt::format(msg::kLoadEntryFailed, kEntryPointNames[i], molra::LastSystemError()));
     }
     *slots[i] = fn;
   }

@@ -4,8 +4,8 @@
 #include "comm/conn_internal.h"
 #include "comm/kel_api.h"
 #include "config/conn_profile.h"
-#include "core/messages.h"
 #include "core/log.h"
+#include "core/messages.h"
 
 namespace KelComm {
 
@@ -68,15 +68,16 @@ molra::Status KelConn::Connect(const char* khh) {
   kel::api.Kel_SetParamEx("kelapi-nocrypt", "on");
   kel::api.Kel_SetAppInfo("molra", "");
   std::string cert = FieldText(p.cert_file);
-  if (!cert.empty()) kel::api.Kel_SetCertFile(cert.c_str(), FieldText(p.cert_pwd).c_str(), "", "", 1);
+  if (!cert.empty())
+    kel::api.Kel_SetCertFile(cert.c_str(), FieldText(p.cert_pwd).c_str(), "", "", 1);
 
   const std::string user = FieldText(p.auth_name);
   const std::string pwd = FieldText(p.auth_pwd);
   for (Role r : kOpenOrder) {
     const RoleInfo& role = kRoles[r];
     const std::string addr = FieldText(p.*role.addr);
-    kel::int64 handle = kel::api.Kel_Connect(addr.c_str(), user.c_str(), pwd.c_str(),
-                                             kConnectTimeoutSeconds);
+    kel::int64 handle =
+        kel::api.Kel_Connect(addr.c_str(), user.c_str(), pwd.c_str(), kConnectTimeoutSeconds);
     if (handle == 0) {
       char text[128] = {};
       kel::int32 len = sizeof text;

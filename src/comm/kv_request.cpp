@@ -3,10 +3,10 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "comm/kel_api.h"
 #include "core/messages.h"
 #include "core/text.h"
 #include "util/field_ids.h"
-#include "comm/kel_api.h"
 
 namespace molra {
 
@@ -27,23 +27,47 @@ using K = ReqField::Kind;
 
 void Set(kel::int64 h, const ReqField& f) {
   switch (f.kind) {
-    case K::kText: kel::api.Kel_SetItem(h, f.id, f.text.c_str()); break;
-    case K::kInt: kel::api.Kel_SetInt(h, f.id, static_cast<kel::int32>(f.number)); break;
-    case K::kLong: kel::api.Kel_SetLong(h, f.id, f.number); break;
-    case K::kDouble: kel::api.Kel_SetDouble(h, f.id, f.real, 6); break;
-    case K::kNodeId: kel::api.Kel_SetNodeId(h, static_cast<kel::int32>(f.number)); break;
-    case K::kWtfs: kel::api.Kel_SetWTFS(h, f.text.c_str()); break;
-    case K::kNode: kel::api.Kel_SetNode(h, f.text.c_str()); break;
-    case K::kGydm: kel::api.Kel_SetGYDM(h, f.text.c_str()); break;
-    case K::kTimeout: kel::api.Kel_SetTimeOut(h, static_cast<kel::int32>(f.number)); break;
-    case K::kSysInfo: kel::api.Kel_SetSysInfo(h, static_cast<kel::int32>(f.number), f.id); break;
+    case K::kText:
+      kel::api.Kel_SetItem(h, f.id, f.text.c_str());
+      break;
+    case K::kInt:
+      kel::api.Kel_SetInt(h, f.id, static_cast<kel::int32>(f.number));
+      break;
+    case K::kLong:
+      kel::api.Kel_SetLong(h, f.id, f.number);
+      break;
+    case K::kDouble:
+      kel::api.Kel_SetDouble(h, f.id, f.real, 6);
+      break;
+    case K::kNodeId:
+      kel::api.Kel_SetNodeId(h, static_cast<kel::int32>(f.number));
+      break;
+    case K::kWtfs:
+      kel::api.Kel_SetWTFS(h, f.text.c_str());
+      break;
+    case K::kNode:
+      kel::api.Kel_SetNode(h, f.text.c_str());
+      break;
+    case K::kGydm:
+      kel::api.Kel_SetGYDM(h, f.text.c_str());
+      break;
+    case K::kTimeout:
+      kel::api.Kel_SetTimeOut(h, static_cast<kel::int32>(f.number));
+      break;
+    case K::kSysInfo:
+      kel::api.Kel_SetSysInfo(h, static_cast<kel::int32>(f.number), f.id);
+      break;
   }
 }
 
 }  // namespace
 
-ReqField ReqField::Text(std::int32_t id, const char* value) { return Text(id, std::string(LogText(value))); }
-ReqField ReqField::Text(std::int32_t id, std::string value) { return Make(K::kText, id, 0, 0, std::move(value)); }
+ReqField ReqField::Text(std::int32_t id, const char* value) {
+  return Text(id, std::string(LogText(value)));
+}
+ReqField ReqField::Text(std::int32_t id, std::string value) {
+  return Make(K::kText, id, 0, 0, std::move(value));
+}
 ReqField ReqField::Int(std::int32_t id, std::int32_t value) { return Make(K::kInt, id, value); }
 ReqField ReqField::Long(std::int32_t id, std::int64_t value) { return Make(K::kLong, id, value); }
 ReqField ReqField::Double(std::int32_t id, double value) { return Make(K::kDouble, id, 0, value); }
@@ -52,7 +76,9 @@ ReqField ReqField::Wtfs(std::string wtfs) { return Make(K::kWtfs, 0, 0, 0, std::
 ReqField ReqField::Node(std::string node) { return Make(K::kNode, 0, 0, 0, std::move(node)); }
 ReqField ReqField::Gydm(std::string gydm) { return Make(K::kGydm, 0, 0, 0, std::move(gydm)); }
 ReqField ReqField::Timeout(std::int32_t seconds) { return Make(K::kTimeout, 0, seconds); }
-ReqField ReqField::SysInfo(std::int32_t kind, std::int32_t id) { return Make(K::kSysInfo, id, kind); }
+ReqField ReqField::SysInfo(std::int32_t kind, std::int32_t id) {
+  return Make(K::kSysInfo, id, kind);
+}
 
 void PrepareRequest(const KelSession& session, const KvRequest& request) {
   const kel::int64 h = session.handle();
@@ -69,7 +95,8 @@ Result<KvAnswer> RunRequest(KelSession session, const KvRequest& request, const 
 Result<KvAnswer> RunPrepared(KelSession session, const AnswerRule& rule) {
   const kel::int64 h = session.handle();
   if (!kel::api.Kel_Run(h)) {
-    return Failure{SECMOLRA_ERR_SEND, rule.send_text_from_answer ? GetErrorString(h) : msg::kSendFailed};
+    return Failure{SECMOLRA_ERR_SEND,
+                   rule.send_text_from_answer ? GetErrorString(h) : msg::kSendFailed};
   }
   const std::int64_t value =
       rule.row_state ? kel::api.Kel_GetLong(h, fid::ROW_STATE, 0) : kel::api.Kel_GetCode(h);
@@ -87,7 +114,8 @@ bool ParseRequestText(const char* text, ReqFields& out) {
   for (;;) {
     const char* end = std::strchr(p, '|');
     if (end == nullptr) end = p + std::strlen(p);
-    const char* eq = static_cast<const char*>(std::memchr(p, '=', static_cast<std::size_t>(end - p)));
+    const char* eq =
+        static_cast<const char*>(std::memchr(p, '=', static_cast<std::size_t>(end - p)));
     if (eq == nullptr || eq == p) return false;
     std::int64_t id = 0;
     for (const char* d = p; d < eq; ++d) {

@@ -63,12 +63,12 @@ struct AnswerRule {
   std::int64_t lowest_accepted;
   bool row_state = false;
   std::int64_t nonnegative_refusal = 0;  // 0: the value itself
-  bool send_text_from_answer = false;    // a failed run carries the answer's text, not "发送请求失败"
+  bool send_text_from_answer = false;  // a failed run carries the answer's text, not "发送请求失败"
 };
-inline constexpr AnswerRule kPositiveCode{1};         // login, node list, trade date
-inline constexpr AnswerRule kNonNegativeCode{0};      // queries, fund transfers, key/value orders
-inline constexpr AnswerRule kRowState{0, true};       // password change
-inline constexpr AnswerRule kAnyCode{INT64_MIN};      // the clock: the caller reads the code
+inline constexpr AnswerRule kPositiveCode{1};     // login, node list, trade date
+inline constexpr AnswerRule kNonNegativeCode{0};  // queries, fund transfers, key/value orders
+inline constexpr AnswerRule kRowState{0, true};   // password change
+inline constexpr AnswerRule kAnyCode{INT64_MIN};  // the clock: the caller reads the code
 inline constexpr AnswerRule kReferenceData{1, false, SECMOLRA_ERR_SEND, true};  // ETF basket data
 
 // An accepted answer: the session that holds it, and the value the rule judged.

@@ -2,8 +2,8 @@
 
 #include <cstring>
 
-#include "core/errors.h"
 #include "config/ini_file.h"
+#include "core/errors.h"
 
 namespace molra {
 

@@ -20,13 +20,25 @@ namespace molra {
 bool ParseIniBool(const char* value, bool dflt) {
   if (value == nullptr || *value == '\0') return dflt;
   switch (value[0]) {
-    case '1': case 't': case 'T': case 'y': case 'Y': return true;
-    case '0': case 'f': case 'F': case 'n': case 'N': return false;
-    case 'o': case 'O':
+    case '1':
+    case 't':
+    case 'T':
+    case 'y':
+    case 'Y':
+      return true;
+    case '0':
+    case 'f':
+    case 'F':
+    case 'n':
+    case 'N':
+      return false;
+    case 'o':
+    case 'O':
       if (value[1] == 'n' || value[1] == 'N') return true;
       if (value[1] == 'f' || value[1] == 'F') return false;
       break;
-    default: break;
+    default:
+      break;
   }
   return dflt;
 }

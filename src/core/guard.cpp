@@ -3,14 +3,13 @@
 #include <exception>
 
 #include "core/errors.h"
-#include "core/messages.h"
 #include "core/log.h"
+#include "core/messages.h"
 #include "secmolra.h"
 
 namespace molra {
 
 namespace {
-
 
 // The text of the exception being handled; valid while its handler runs.
 const char* CaughtText() noexcept {
@@ -28,8 +27,10 @@ const char* CaughtText() noexcept {
 void ReportCaught(Boundary boundary, const char* name) noexcept {
   const char* text = CaughtText();
   try {
-    if (boundary == Boundary::kExport) SetLastError(SECMOLRA_ERR_INTERNAL, msg::kInternalError, name, nullptr);
-    if (boundary == Boundary::kReply) SetLastError(SECMOLRA_ERR_ANSWER, msg::kInternalError, name, nullptr);
+    if (boundary == Boundary::kExport)
+      SetLastError(SECMOLRA_ERR_INTERNAL, msg::kInternalError, name, nullptr);
+    if (boundary == Boundary::kReply)
+      SetLastError(SECMOLRA_ERR_ANSWER, msg::kInternalError, name, nullptr);
     MOLRA_LOG_INFO("{} exception: {}", name, text);
   } catch (...) {
     // Out of memory even for the record: the failure value alone reports it.

@@ -30,11 +30,11 @@ std::string LogBaseName(const std::string& log_path);
 
 }  // namespace molra
 
-#define MOLRA_LOG_AT(level, ...)                                   \
-  do {                                                             \
-    if (spdlog::logger* molra_l_ = ::molra::ActiveLogger()) {      \
-      molra_l_->level(__VA_ARGS__);                                \
-    }                                                              \
+#define MOLRA_LOG_AT(level, ...)                              \
+  do {                                                        \
+    if (spdlog::logger* molra_l_ = ::molra::ActiveLogger()) { \
+      molra_l_->level(__VA_ARGS__);                           \
+    }                                                         \
   } while (0)
 #define MOLRA_LOG_INFO(...) MOLRA_LOG_AT(info, __VA_ARGS__)
 #define MOLRA_LOG_WARN(...) MOLRA_LOG_AT(warn, __VA_ARGS__)

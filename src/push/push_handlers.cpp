@@ -2,9 +2,9 @@
 // per-subscription handlers. They run on transport threads and keep no state.
 #include "push/push_handlers.h"
 
-#include "core/guard.h"
-#include "core/context.h"
 #include "comm/kel_api.h"
+#include "core/context.h"
+#include "core/guard.h"
 #include "core/log.h"
 #include "push/push_decode.h"
 
@@ -48,32 +48,35 @@ bool SubscriptionPush(const char* name, kel::int64 session, bool confirmation) {
 
 void ScStructMsgProc(void* ctx, kel::int32 func, kel::int32 len, const char* data) {
   static const char kName[] = "ScStructMsgProc";
-  Guard(kName, kNoResult, [&] {
-    const auto* push = static_cast<const PushSettings*>(ctx);
-    if (push != nullptr && data != nullptr && len >= kStructPushRecordLen) {
-      if (func == FunctionNumber(push->confirm_msg_func)) {
-        DeliverPush(kName, data, true, ConfirmType(data, true));
-        return;
-      }
-      if (func == FunctionNumber(push->report_msg_func)) {
-        DeliverPush(kName, data, true, kPushMatch);
-        return;
-      }
-    }
-    MOLRA_LOG_INFO("{} received unknow message. func:{} datalen:{}", kName, func, len);
-  }, Boundary::kEvent);
+  Guard(
+      kName, kNoResult,
+      [&] {
+        const auto* push = static_cast<const PushSettings*>(ctx);
+        if (push != nullptr && data != nullptr && len >= kStructPushRecordLen) {
+          if (func == FunctionNumber(push->confirm_msg_func)) {
+            DeliverPush(kName, data, true, ConfirmType(data, true));
+            return;
+          }
+          if (func == FunctionNumber(push->report_msg_func)) {
+            DeliverPush(kName, data, true, kPushMatch);
+            return;
+          }
+        }
+        MOLRA_LOG_INFO("{} received unknow message. func:{} datalen:{}", kName, func, len);
+      },
+      Boundary::kEvent);
 }
 
 bool ScOrderMsgProcess(void*, kel::int64 session) {
-  return Guard("ScOrderMsgProcess", false, [&] {
-    return SubscriptionPush("ScOrderMsgProcess", session, true);
-  }, Boundary::kEvent);
+  return Guard(
+      "ScOrderMsgProcess", false,
+      [&] { return SubscriptionPush("ScOrderMsgProcess", session, true); }, Boundary::kEvent);
 }
 
 bool ScReportMsgProcess(void*, kel::int64 session) {
-  return Guard("ScReportMsgProcess", false, [&] {
-    return SubscriptionPush("ScReportMsgProcess", session, false);
-  }, Boundary::kEvent);
+  return Guard(
+      "ScReportMsgProcess", false,
+      [&] { return SubscriptionPush("ScReportMsgProcess", session, false); }, Boundary::kEvent);
 }
 
 }  // namespace molra

@@ -25,7 +25,6 @@ namespace {
 
 constexpr const char* kBegin = "SECMOLRA_BeginQuery";
 
-
 std::shared_ptr<Cursor> FindCursor(std::int64_t id) {
   Kit* kit = CurrentKit();
   return kit != nullptr ? kit->cursors.Find(id) : nullptr;

@@ -1,15 +1,14 @@
 // The customer-query exports. Each one checks its customer, logs its call and runs its
 // query through the frame; the plain and Ex forms share one body.
 #include "core/guard.h"
-#include "core/messages.h"
 #include "core/log.h"
+#include "core/messages.h"
 #include "query/query_frame.h"
 #include "secmolra.h"
 
 namespace molra::query {
 
 namespace {
-
 
 Result<std::int64_t> FundInfo(const char* name, QueryCaller c, std::vector<FundRecord>& list) {
   if (Status s = c.Begin(list); !s) return s.TakeFailure();
@@ -51,8 +50,7 @@ Result<std::int64_t> Positions(const char* name, QueryCaller c, std::int32_t sor
   MOLRA_LOG_INFO(
       "{} lpKhh:{} nSortType:{} nRowcount:{} nBrowindex:{} lpGdh:{} lpJys:{} lpZqdm:{} "
       "exeflag:{}",
-      name, c.khh(), sort, rowcount, browindex, LogText(gdh), LogText(jys), LogText(zqdm),
-      exeflag);
+      name, c.khh(), sort, rowcount, browindex, LogText(gdh), LogText(jys), LogText(zqdm), exeflag);
   return RunQueryInto(c.info(),
                       PositionsRequest(sort, rowcount, browindex, gdh, jys, zqdm, exeflag), list);
 }
@@ -97,101 +95,89 @@ using molra::Export;
 extern "C" {
 
 SECMOLRA_API int64_t SECMOLRA_QueryFundInfo(const char* khh, std::vector<FundRecord>& list) {
-  return Export(__func__, [&] {
-    return FundInfo("SECMOLRA_QueryFundInfo", QueryCaller(khh), list);
-  });
+  return Export(__func__,
+                [&] { return FundInfo("SECMOLRA_QueryFundInfo", QueryCaller(khh), list); });
 }
 
 SECMOLRA_API int64_t SECMOLRA_QueryFundInfoEx(CusLoginInfo* info, std::vector<FundRecord>& list) {
-  return Export(__func__, [&] {
-    return FundInfo("SECMOLRA_QueryFundInfoEx", QueryCaller(info), list);
-  });
+  return Export(__func__,
+                [&] { return FundInfo("SECMOLRA_QueryFundInfoEx", QueryCaller(info), list); });
 }
 
 SECMOLRA_API int64_t SECMOLRA_QueryAccInfo(const char* khh, std::vector<AccountRecord>& list) {
-  return Export(__func__, [&] {
-    return AccInfo("SECMOLRA_QueryAccInfo", QueryCaller(khh), list);
-  });
+  return Export(__func__, [&] { return AccInfo("SECMOLRA_QueryAccInfo", QueryCaller(khh), list); });
 }
 
-SECMOLRA_API int64_t SECMOLRA_QueryAccInfoEx(CusLoginInfo* info,
-                                             std::vector<AccountRecord>& list) {
-  return Export(__func__, [&] {
-    return AccInfo("SECMOLRA_QueryAccInfoEx", QueryCaller(info), list);
-  });
+SECMOLRA_API int64_t SECMOLRA_QueryAccInfoEx(CusLoginInfo* info, std::vector<AccountRecord>& list) {
+  return Export(__func__,
+                [&] { return AccInfo("SECMOLRA_QueryAccInfoEx", QueryCaller(info), list); });
 }
 
 SECMOLRA_API int64_t SECMOLRA_QueryPSQY(const char* khh, const char* jys, const char* gdh,
                                         std::vector<PSQYRecord>& list) {
-  return Export(__func__, [&] {
-    return PSQY("SECMOLRA_QueryPSQY", QueryCaller(khh), jys, gdh, list);
-  });
+  return Export(__func__,
+                [&] { return PSQY("SECMOLRA_QueryPSQY", QueryCaller(khh), jys, gdh, list); });
 }
 
 SECMOLRA_API int64_t SECMOLRA_QueryPSQYEx(CusLoginInfo* info, const char* jys, const char* gdh,
                                           std::vector<PSQYRecord>& list) {
-  return Export(__func__, [&] {
-    return PSQY("SECMOLRA_QueryPSQYEx", QueryCaller(info), jys, gdh, list);
-  });
+  return Export(__func__,
+                [&] { return PSQY("SECMOLRA_QueryPSQYEx", QueryCaller(info), jys, gdh, list); });
 }
 
 SECMOLRA_API int64_t SECMOLRA_QueryOrders(const char* khh, int32_t nType, int32_t nSortType,
-                                          int32_t nRowcount, int32_t nBrowindex,
-                                          const char* jys, const char* zqdm, int64_t lWth,
+                                          int32_t nRowcount, int32_t nBrowindex, const char* jys,
+                                          const char* zqdm, int64_t lWth,
                                           std::vector<OrderRecord>& list) {
   return Export(__func__, [&] {
-    return OrdersOrMatchs("SECMOLRA_QueryOrders", QueryCaller(khh), nType,
-                          nSortType, nRowcount, nBrowindex, jys, zqdm, lWth, list);
+    return OrdersOrMatchs("SECMOLRA_QueryOrders", QueryCaller(khh), nType, nSortType, nRowcount,
+                          nBrowindex, jys, zqdm, lWth, list);
   });
 }
 
-SECMOLRA_API int64_t SECMOLRA_QueryOrdersEx(CusLoginInfo* info, int32_t nType,
-                                            int32_t nSortType, int32_t nRowcount,
-                                            int32_t nBrowindex, const char* jys,
+SECMOLRA_API int64_t SECMOLRA_QueryOrdersEx(CusLoginInfo* info, int32_t nType, int32_t nSortType,
+                                            int32_t nRowcount, int32_t nBrowindex, const char* jys,
                                             const char* zqdm, int64_t lWth,
                                             std::vector<OrderRecord>& list) {
   return Export(__func__, [&] {
-    return OrdersOrMatchs("SECMOLRA_QueryOrdersEx", QueryCaller(info), nType,
-                          nSortType, nRowcount, nBrowindex, jys, zqdm, lWth, list);
+    return OrdersOrMatchs("SECMOLRA_QueryOrdersEx", QueryCaller(info), nType, nSortType, nRowcount,
+                          nBrowindex, jys, zqdm, lWth, list);
   });
 }
 
 SECMOLRA_API int64_t SECMOLRA_QueryMatchs(const char* khh, int32_t nType, int32_t nSortType,
-                                          int32_t nRowcount, int32_t nBrowindex,
-                                          const char* jys, const char* zqdm, int64_t lWth,
+                                          int32_t nRowcount, int32_t nBrowindex, const char* jys,
+                                          const char* zqdm, int64_t lWth,
                                           std::vector<MatchRecord>& list) {
   return Export(__func__, [&] {
-    return OrdersOrMatchs("SECMOLRA_QueryMatchs", QueryCaller(khh), nType,
-                          nSortType, nRowcount, nBrowindex, jys, zqdm, lWth, list);
+    return OrdersOrMatchs("SECMOLRA_QueryMatchs", QueryCaller(khh), nType, nSortType, nRowcount,
+                          nBrowindex, jys, zqdm, lWth, list);
   });
 }
 
-SECMOLRA_API int64_t SECMOLRA_QueryMatchsEx(CusLoginInfo* info, int32_t nType,
-                                            int32_t nSortType, int32_t nRowcount,
-                                            int32_t nBrowindex, const char* jys,
+SECMOLRA_API int64_t SECMOLRA_QueryMatchsEx(CusLoginInfo* info, int32_t nType, int32_t nSortType,
+                                            int32_t nRowcount, int32_t nBrowindex, const char* jys,
                                             const char* zqdm, int64_t lWth,
                                             std::vector<MatchRecord>& list) {
   return Export(__func__, [&] {
-    return OrdersOrMatchs("SECMOLRA_QueryMatchsEx", QueryCaller(info), nType,
-                          nSortType, nRowcount, nBrowindex, jys, zqdm, lWth, list);
+    return OrdersOrMatchs("SECMOLRA_QueryMatchsEx", QueryCaller(info), nType, nSortType, nRowcount,
+                          nBrowindex, jys, zqdm, lWth, list);
   });
 }
 
-SECMOLRA_API int64_t SECMOLRA_QueryPositions(const char* khh, int32_t nSortType,
-                                             int32_t nRowcount, int32_t nBrowindex,
-                                             const char* gdh, const char* jys, const char* zqdm,
-                                             int32_t exeflag,
+SECMOLRA_API int64_t SECMOLRA_QueryPositions(const char* khh, int32_t nSortType, int32_t nRowcount,
+                                             int32_t nBrowindex, const char* gdh, const char* jys,
+                                             const char* zqdm, int32_t exeflag,
                                              std::vector<PositionRecord>& list) {
   return Export(__func__, [&] {
-    return Positions("SECMOLRA_QueryPositions", QueryCaller(khh), nSortType, nRowcount,
-                     nBrowindex, gdh, jys, zqdm, exeflag, list);
+    return Positions("SECMOLRA_QueryPositions", QueryCaller(khh), nSortType, nRowcount, nBrowindex,
+                     gdh, jys, zqdm, exeflag, list);
   });
 }
 
 SECMOLRA_API int64_t SECMOLRA_QueryPositionsEx(CusLoginInfo* info, int32_t nSortType,
                                                int32_t nRowcount, int32_t nBrowindex,
-                                               const char* jys, const char* zqdm,
-                                               int32_t exeflag,
+                                               const char* jys, const char* zqdm, int32_t exeflag,
                                                std::vector<PositionRecord>& list) {
   return Export(__func__, [&] {
     std::string gdh = info ? FieldText(info->GDH) : std::string();
@@ -202,9 +188,8 @@ SECMOLRA_API int64_t SECMOLRA_QueryPositionsEx(CusLoginInfo* info, int32_t nSort
 
 SECMOLRA_API int64_t SECMOLRA_QueryETFShare(const char* khh, const char* jjdm,
                                             std::vector<ETFShareRecord>& list) {
-  return Export(__func__, [&] {
-    return ETFShare("SECMOLRA_QueryETFShare", QueryCaller(khh), jjdm, list);
-  });
+  return Export(__func__,
+                [&] { return ETFShare("SECMOLRA_QueryETFShare", QueryCaller(khh), jjdm, list); });
 }
 
 SECMOLRA_API int64_t SECMOLRA_QueryETFShareEx(CusLoginInfo* info, const char* jjdm,
@@ -216,16 +201,12 @@ SECMOLRA_API int64_t SECMOLRA_QueryETFShareEx(CusLoginInfo* info, const char* jj
 
 SECMOLRA_API int64_t SECMOLRA_QueryZJHBCL(const char* khh, const char* zjzh,
                                           std::vector<ZJHBCLRecord>& list) {
-  return Export(__func__, [&] {
-    return NodeFundsQuery("SECMOLRA_QueryZJHBCL", khh, zjzh, list);
-  });
+  return Export(__func__, [&] { return NodeFundsQuery("SECMOLRA_QueryZJHBCL", khh, zjzh, list); });
 }
 
 SECMOLRA_API int64_t SECMOLRA_QueryJDKYZJ(const char* khh, const char* zjzh,
                                           std::vector<JDKYZJRecord>& list) {
-  return Export(__func__, [&] {
-    return NodeFundsQuery("SECMOLRA_QueryJDKYZJ", khh, zjzh, list);
-  });
+  return Export(__func__, [&] { return NodeFundsQuery("SECMOLRA_QueryJDKYZJ", khh, zjzh, list); });
 }
 
 }  // extern "C"

@@ -24,17 +24,26 @@ struct QuerySpec {
   RowMode rows;
 };
 
-enum class QueryKind { kFund, kAccount, kPSQY, kOrders, kMatchs, kPositions, kETFShare,
-                       kZJHBCL, kJDKYZJ };
+enum class QueryKind {
+  kFund,
+  kAccount,
+  kPSQY,
+  kOrders,
+  kMatchs,
+  kPositions,
+  kETFShare,
+  kZJHBCL,
+  kJDKYZJ
+};
 
 const QuerySpec& Spec(QueryKind kind);
 
 // The query whose answer rows become records R: each record type has exactly one.
 template <typename R>
 struct QueryOf;
-#define MOLRA_QUERY_OF(R, k)                      \
-  template <>                                     \
-  struct QueryOf<R> {                             \
+#define MOLRA_QUERY_OF(R, k)                        \
+  template <>                                       \
+  struct QueryOf<R> {                               \
     static constexpr QueryKind kind = QueryKind::k; \
   };
 MOLRA_QUERY_OF(FundRecord, kFund)

@@ -3,9 +3,9 @@
 #include <cstring>
 #include <string>
 
-#include "core/errors.h"
 #include "comm/conn_pool.h"
 #include "comm/kel_api.h"
+#include "core/errors.h"
 
 namespace molra::query {
 

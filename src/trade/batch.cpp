@@ -1,14 +1,14 @@
 // Batch entrust: up to 100 ordinary orders of one customer in one 19012 request, checked row
 // by row; the answer's order numbers and notes go back into the caller's rows.
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <charconv>
 #include <cstring>
 
-#include <fmt/format.h>
-
 #include "core/guard.h"
-#include "core/messages.h"
 #include "core/log.h"
+#include "core/messages.h"
 #include "secmolra.h"
 #include "trade/order_args.h"
 #include "trade/order_blocks.h"
@@ -28,7 +28,8 @@ constexpr std::uint32_t kMaxOrderType = 999;
 // The row's members are misaligned: fmt takes its arguments by reference, so it is given
 // copies.
 std::string RowProblem(const BatchOrderRow& r, std::size_t no) {
-  if (FieldLength(r.Jys, sizeof r.Jys) != 2) return fmt::format(msg::kRowExchange, no, FieldText(r.Jys));
+  if (FieldLength(r.Jys, sizeof r.Jys) != 2)
+    return fmt::format(msg::kRowExchange, no, FieldText(r.Jys));
   if (FieldLength(r.Zqdm, sizeof r.Zqdm) != 6) {
     return fmt::format(msg::kRowCode, no, FieldText(r.Zqdm));
   }
@@ -42,8 +43,7 @@ std::string RowProblem(const BatchOrderRow& r, std::size_t no) {
     return fmt::format(msg::kRowQuantity, no, std::int64_t{r.Wtsl});
   }
   if (static_cast<std::uint32_t>(r.Ddlx) > kMaxOrderType) {
-    return fmt::format(msg::kRowOrderType, no,
-                       static_cast<std::uint32_t>(r.Ddlx));
+    return fmt::format(msg::kRowOrderType, no, static_cast<std::uint32_t>(r.Ddlx));
   }
   return {};
 }
@@ -134,7 +134,8 @@ Result<std::int64_t> BatchEntrustImpl(CusLoginInfo* record, std::vector<BatchOrd
     }
     return Ok();
   });
-  req.Read([&](const char* answer, std::int32_t len) { return ReadRows(answer, len, rows, f.name); });
+  req.Read(
+      [&](const char* answer, std::int32_t len) { return ReadRows(answer, len, rows, f.name); });
   return async ? req.Send(wtpch) : req.Run();
 }
 

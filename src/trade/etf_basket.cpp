@@ -1,10 +1,10 @@
 // ETF basket entrust: after the ETF's basic information, the trade date and the
 // constituents have been read and checked, one ordinary buy order per constituent.
+#include <fmt/format.h>
+
 #include <functional>
 #include <string>
 #include <vector>
-
-#include <fmt/format.h>
 
 #include "account/server_clock.h"
 #include "comm/conn_pool.h"
@@ -12,8 +12,8 @@
 #include "comm/kel_api.h"
 #include "comm/kv_request.h"
 #include "core/guard.h"
-#include "core/messages.h"
 #include "core/log.h"
+#include "core/messages.h"
 #include "secmolra.h"
 #include "trade/order_args.h"
 #include "trade/order_ops.h"
@@ -177,8 +177,8 @@ Result<std::int64_t> RunBasket(const char* name, Target, const Caller& c, const 
                         : CheckOrderArgs(c.khh, a.jys, a.zqdm, c.gdh, false, 0);
   if (!check.Require(a.units >= 1).ok()) return check.status().TakeFailure();
   if (!c.ex) {
-    MOLRA_LOG_INFO("{} lpKhh:{} lpJys:{} lpEtfCode:{} lpGdh:{} nUnits:{} lfPrice:{} lDdlx:{}",
-                   name, c.khh, a.jys, a.zqdm, c.gdh, a.units, a.wtjg, a.ddlx);
+    MOLRA_LOG_INFO("{} lpKhh:{} lpJys:{} lpEtfCode:{} lpGdh:{} nUnits:{} lfPrice:{} lDdlx:{}", name,
+                   c.khh, a.jys, a.zqdm, c.gdh, a.units, a.wtjg, a.ddlx);
   }
   CusLoginInfo own;
   return BasketImpl(c.Record(own), a);

@@ -1,11 +1,11 @@
 #include "trade/order_args.h"
 
+#include <fmt/format.h>
+
 #include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-
-#include <fmt/format.h>
 
 #include "core/messages.h"
 #include "util/clock.h"
@@ -39,9 +39,7 @@ CusLoginInfo MakeRecord(const char* khh, const char* gdh) {
   return rec;
 }
 
-void ArgCheck::Fail(std::int64_t code, std::string msg) {
-  status_ = Failure{code, std::move(msg)};
-}
+void ArgCheck::Fail(std::int64_t code, std::string msg) { status_ = Failure{code, std::move(msg)}; }
 
 ArgCheck& ArgCheck::NotNull(std::initializer_list<const void*> ptrs) {
   for (const void* p : ptrs) {
@@ -64,7 +62,8 @@ ArgCheck& ArgCheck::Require(bool cond, const char* msg) {
 
 ArgCheck& ArgCheck::InRange(std::int64_t v, const char* label) {
   if (ok() && static_cast<std::uint64_t>(v) > static_cast<std::uint64_t>(kMaxRequestNumber)) {
-    Fail(SECMOLRA_ERR_ARGUMENT, fmt::format(msg::kNumberOutOfRange, label, v, 0, kMaxRequestNumber));
+    Fail(SECMOLRA_ERR_ARGUMENT,
+         fmt::format(msg::kNumberOutOfRange, label, v, 0, kMaxRequestNumber));
   }
   return *this;
 }
@@ -82,8 +81,8 @@ ArgCheck CheckOrderArgs(const char* khh, const char* jys, const char* zqdm, cons
   return c;
 }
 
-ArgCheck CheckOrderArgsEx(const CusLoginInfo* record, const char* jys, const char* zqdm,
-                          bool async, std::int64_t number) {
+ArgCheck CheckOrderArgsEx(const CusLoginInfo* record, const char* jys, const char* zqdm, bool async,
+                          std::int64_t number) {
   ArgCheck c;
   c.NotNull({jys, zqdm})
       .NotEmpty({record ? record->KHH : nullptr, jys, zqdm, record ? record->GDH : nullptr},

@@ -54,7 +54,7 @@ class ArgCheck {
 // record (whose pointer is left to the frame), and the request number of _ASync forms.
 ArgCheck CheckOrderArgs(const char* khh, const char* jys, const char* zqdm, const char* gdh,
                         bool async, std::int64_t number);
-ArgCheck CheckOrderArgsEx(const CusLoginInfo* record, const char* jys, const char* zqdm,
-                          bool async, std::int64_t number);
+ArgCheck CheckOrderArgsEx(const CusLoginInfo* record, const char* jys, const char* zqdm, bool async,
+                          std::int64_t number);
 
 }  // namespace molra::trade

@@ -160,7 +160,8 @@ struct TradableQtyPrefix {
 };
 static_assert(sizeof(TradableQtyPrefix) == 82, "tradable prefix is 82 bytes");
 static_assert(offsetof(TradableQtyPrefix, jys) == 55 && offsetof(TradableQtyPrefix, gdh) == 58 &&
-                  offsetof(TradableQtyPrefix, zqdm) == 69 && offsetof(TradableQtyPrefix, jylb) == 81,
+                  offsetof(TradableQtyPrefix, zqdm) == 69 &&
+                  offsetof(TradableQtyPrefix, jylb) == 81,
               "tradable prefix offsets");
 
 // 19011 ordinary tradable quantity.

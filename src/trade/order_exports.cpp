@@ -38,33 +38,33 @@ using molra::Export;
 #define MOLRA_GDH_VALUE_BatchWithdraw ""
 #define MOLRA_GDH_VALUE_BatchEntrust ""
 
-#define MOLRA_BODY(op, target, caller, before, after, mode)               \
-  {                                                                      \
-    const char* const name = __func__;                                   \
-    return Export(name, [&] {                                            \
-      OrderArgs a;                                                       \
-      MOLRA_EACH(MOLRA_STORE, before) MOLRA_EACH(MOLRA_STORE, after)     \
-      return Run##op(name, target, caller, a, mode);                     \
-    });                                                                  \
+#define MOLRA_BODY(op, target, caller, before, after, mode)                         \
+  {                                                                                 \
+    const char* const name = __func__;                                              \
+    return Export(name, [&] {                                                       \
+      OrderArgs a;                                                                  \
+      MOLRA_EACH(MOLRA_STORE, before)                                               \
+      MOLRA_EACH(MOLRA_STORE, after) return Run##op(name, target, caller, a, mode); \
+    });                                                                             \
   }
-#define MOLRA_PLAIN(fn, op, target, before, after, extra, mode)                          \
+#define MOLRA_PLAIN(fn, op, target, before, after, extra, mode)                             \
   SECMOLRA_API int64_t SECMOLRA_##fn(MOLRA_PLAIN_ARGS(MOLRA_DECL, op, before, after) extra) \
-  MOLRA_BODY(op, target, Caller::Plain(lpKhh, MOLRA_GDH_VALUE_##op), before, after, mode)
-#define MOLRA_EX(fn, op, target, before, after, extra, mode)                        \
+      MOLRA_BODY(op, target, Caller::Plain(lpKhh, MOLRA_GDH_VALUE_##op), before, after, mode)
+#define MOLRA_EX(fn, op, target, before, after, extra, mode)                         \
   SECMOLRA_API int64_t SECMOLRA_##fn(MOLRA_EX_ARGS(MOLRA_DECL, before, after) extra) \
-  MOLRA_BODY(op, target, Caller::Ex(info), before, after, mode)
+      MOLRA_BODY(op, target, Caller::Ex(info), before, after, mode)
 
-#define MOLRA_FORMS_kSync(Name, op, target, before, after)  \
+#define MOLRA_FORMS_kSync(Name, op, target, before, after) \
   MOLRA_PLAIN(Name, op, target, before, after, , kSync)    \
   MOLRA_EX(Name##Ex, op, target, before, after, , kSync)
-#define MOLRA_FORMS_kAll(Name, op, target, before, after)                                   \
-  MOLRA_FORMS_kSync(Name, op, target, before, after)                                       \
-  MOLRA_PLAIN(Name##_ASync, op, target, before, after, MOLRA_DECL(Kfsbdbh), Async(nKFSBDBH)) \
-  MOLRA_EX(Name##Ex_ASync, op, target, before, after, MOLRA_DECL(Kfsbdbh), Async(nKFSBDBH))
-#define MOLRA_FORMS_kTagged(Name, op, target, before, after)                \
-  MOLRA_FORMS_kSync(Name, op, target, before, after)                       \
-  MOLRA_PLAIN(Name##_ASync, op, target, before, after, , (Mode{true, 0}))  \
-  MOLRA_EX(Name##Ex_ASync, op, target, before, after, , (Mode{true, 0}))
+#define MOLRA_FORMS_kAll(Name, op, target, before, after)                            \
+  MOLRA_FORMS_kSync(Name, op, target, before, after) MOLRA_PLAIN(                    \
+      Name##_ASync, op, target, before, after, MOLRA_DECL(Kfsbdbh), Async(nKFSBDBH)) \
+      MOLRA_EX(Name##Ex_ASync, op, target, before, after, MOLRA_DECL(Kfsbdbh), Async(nKFSBDBH))
+#define MOLRA_FORMS_kTagged(Name, op, target, before, after)                  \
+  MOLRA_FORMS_kSync(Name, op, target, before, after)                          \
+      MOLRA_PLAIN(Name##_ASync, op, target, before, after, , (Mode{true, 0})) \
+          MOLRA_EX(Name##Ex_ASync, op, target, before, after, , (Mode{true, 0}))
 #define MOLRA_DEFINE(Name, op, target, forms, before, after) \
   MOLRA_FORMS_##forms(Name, op, target, before, after)
 

@@ -3,8 +3,8 @@
 #include <cstddef>
 
 #include "core/messages.h"
-#include "trade/replies.h"
 #include "trade/order_blocks.h"
+#include "trade/replies.h"
 
 namespace molra::trade {
 

@@ -41,8 +41,7 @@ struct WithdrawTarget {
 // The row for `jylb`, or -222 with the business's message under its first row's name.
 Result<const OrderFamily*> Resolve(Target target, std::int32_t jylb, CusLoginInfo* record);
 // A failure under the family's name, with the record as account.
-Failure Refuse(const OrderFamily& family, CusLoginInfo* record, std::int64_t code,
-               const char* msg);
+Failure Refuse(const OrderFamily& family, CusLoginInfo* record, std::int64_t code, const char* msg);
 
 // The arguments of every order export; each export sets those it takes.
 struct OrderArgs {
@@ -77,8 +76,8 @@ ReqFields SecurityFields(const CusLoginInfo& rec, const char* jys, const char* z
 Result<std::int64_t> EntrustImpl(Target target, CusLoginInfo* record, const OrderArgs& a,
                                  Mode mode);
 Result<std::int64_t> TradableImpl(Fam fam, CusLoginInfo* record, const OrderArgs& a);
-Result<std::int64_t> WithdrawImpl(WithdrawTarget target, CusLoginInfo* record,
-                                  const OrderArgs& a, Mode mode);
+Result<std::int64_t> WithdrawImpl(WithdrawTarget target, CusLoginInfo* record, const OrderArgs& a,
+                                  Mode mode);
 Result<std::int64_t> BatchWithdrawImpl(CusLoginInfo* record, std::int64_t lsh, bool async);
 Result<std::int64_t> BatchEntrustImpl(CusLoginInfo* record, std::vector<BatchOrderRow>& rows,
                                       std::int64_t wtpch, bool async);
@@ -111,9 +110,9 @@ Result<std::int64_t> RunWithdraw(const char* name, WithdrawTarget target, const 
                                  const OrderArgs& a, Mode mode);
 Result<std::int64_t> RunBatchWithdraw(const char* name, Fam fam, const Caller& c,
                                       const OrderArgs& a, Mode mode);
-Result<std::int64_t> RunBatchEntrust(const char* name, Fam fam, const Caller& c,
-                                     const OrderArgs& a, Mode mode);
-Result<std::int64_t> RunBasket(const char* name, Target target, const Caller& c,
-                               const OrderArgs& a, Mode mode);
+Result<std::int64_t> RunBatchEntrust(const char* name, Fam fam, const Caller& c, const OrderArgs& a,
+                                     Mode mode);
+Result<std::int64_t> RunBasket(const char* name, Target target, const Caller& c, const OrderArgs& a,
+                               Mode mode);
 
 }  // namespace molra::trade

@@ -45,11 +45,12 @@ std::string NumberText(std::int64_t number) {
   return text;
 }
 
-
 }  // namespace
 
 OrderRequest::OrderRequest(const OrderFamily& family, CusLoginInfo* record)
-    : family_(family), record_(record), logger_(ActiveLogger()),
+    : family_(family),
+      record_(record),
+      logger_(ActiveLogger()),
       block_len_(std::min(static_cast<std::size_t>(family.block_len), kMaxBlock)) {
   std::memset(block_, 0, block_len_);
   if (logger_ != nullptr) {

@@ -5,6 +5,8 @@
 // which the family's reply handler owns it.
 #pragma once
 
+#include <spdlog/spdlog.h>
+
 #include <chrono>
 #include <cstdint>
 #include <cstring>
@@ -13,15 +15,12 @@
 #include <string>
 #include <vector>
 
-#include <spdlog/spdlog.h>
-
 #include "core/messages.h"
-#include "trade/named_line.h"
 #include "secmolra.h"
+#include "trade/named_line.h"
 #include "trade/order_family.h"
 
 namespace molra::trade {
-
 
 class OrderRequest {
  public:

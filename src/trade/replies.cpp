@@ -4,13 +4,13 @@
 
 #include <charconv>
 
-#include "core/guard.h"
-#include "core/context.h"
-#include "core/errors.h"
 #include "comm/conn_pool.h"
 #include "comm/kel_api.h"
-#include "core/messages.h"
+#include "core/context.h"
+#include "core/errors.h"
+#include "core/guard.h"
 #include "core/log.h"
+#include "core/messages.h"
 #include "push/json_text.h"
 #include "trade/order_blocks.h"
 #include "util/field_ids.h"
@@ -48,9 +48,9 @@ enum class Form : std::uint8_t {
 
 enum class Third : std::uint8_t {
   kNone,
-  kDjzj,             // "DJZJ", a double
-  kSbjg,             // "SBJG", an int32 (key/value: an integer field)
-  kSbjgFromDouble,   // "SBJG", a double truncated toward zero
+  kDjzj,            // "DJZJ", a double
+  kSbjg,            // "SBJG", an int32 (key/value: an integer field)
+  kSbjgFromDouble,  // "SBJG", a double truncated toward zero
 };
 
 struct ReplyKind {
@@ -59,14 +59,29 @@ struct ReplyKind {
   Form form;
   int wth_width;  // bytes of the order number at 443 (8 or 4)
   Third third;
-  int min_len;    // a structured answer with a positive code must be at least this long
-  int third_at;   // byte offset of a structured answer, field id of a key/value one
+  int min_len;   // a structured answer with a positive code must be at least this long
+  int third_at;  // byte offset of a structured answer, field id of a key/value one
 };
 
 enum Reply {
-  kOrder, kBatchOrder, kEtfSg, kEtfSh, kZqhg, kZqcrk, kLof, kPhdj, kFxyw, kFjy,
-  kOrderWithdraw, kBatchWithdraw, kEtfWithdraw, kZqhgWithdraw, kLofWithdraw, kPhdjWithdraw,
-  kFxywWithdraw, kReplyCount
+  kOrder,
+  kBatchOrder,
+  kEtfSg,
+  kEtfSh,
+  kZqhg,
+  kZqcrk,
+  kLof,
+  kPhdj,
+  kFxyw,
+  kFjy,
+  kOrderWithdraw,
+  kBatchWithdraw,
+  kEtfWithdraw,
+  kZqhgWithdraw,
+  kLofWithdraw,
+  kPhdjWithdraw,
+  kFxywWithdraw,
+  kReplyCount
 };
 
 // The answer block's length and where its third value lies.
@@ -75,22 +90,35 @@ enum Reply {
 // The repurchase withdrawal's "SBJG" lies right after its 512-byte answer: it is read only
 // when the answer holds those bytes (every read below is bounded by the answer).
 constexpr ReplyKind kReplies[kReplyCount] = {
-    {"Sc_Order_AsyncFuncProcess", 30, Form::kSingle, 8, Third::kDjzj, MOLRA_ANSWER(OrderEntrustAns, djzj)},
+    {"Sc_Order_AsyncFuncProcess", 30, Form::kSingle, 8, Third::kDjzj,
+     MOLRA_ANSWER(OrderEntrustAns, djzj)},
     {"Sc_BatchOrder_AsyncFuncProcess", 30, Form::kBatch, 0, Third::kNone, sizeof(BatchOrderAns), 0},
-    {"Sc_ETFSG_AsyncFuncProcess", 31, Form::kSingle, 8, Third::kDjzj, MOLRA_ANSWER(OrderEntrustAns, djzj)},
-    {"Sc_ETFSH_AsyncFuncProcess", 32, Form::kSingle, 8, Third::kDjzj, MOLRA_ANSWER(OrderEntrustAns, djzj)},
-    {"Sc_ZQHG_AsyncFuncProcess", 33, Form::kSingle, 4, Third::kDjzj, MOLRA_ANSWER(OrderEntrustAns, djzj)},
-    {"Sc_ZQCRK_AsyncFuncProcess", 34, Form::kSingle, 4, Third::kDjzj, MOLRA_ANSWER(OrderEntrustAns, djzj)},
-    {"Sc_LOF_AsyncFuncProcess", 35, Form::kSingle, 4, Third::kDjzj, MOLRA_ANSWER(LofEntrustAns, djzj)},
-    {"Sc_PHDJ_AsyncFuncProcess", 36, Form::kSingle, 8, Third::kDjzj, MOLRA_ANSWER(OrderEntrustAns, djzj)},
+    {"Sc_ETFSG_AsyncFuncProcess", 31, Form::kSingle, 8, Third::kDjzj,
+     MOLRA_ANSWER(OrderEntrustAns, djzj)},
+    {"Sc_ETFSH_AsyncFuncProcess", 32, Form::kSingle, 8, Third::kDjzj,
+     MOLRA_ANSWER(OrderEntrustAns, djzj)},
+    {"Sc_ZQHG_AsyncFuncProcess", 33, Form::kSingle, 4, Third::kDjzj,
+     MOLRA_ANSWER(OrderEntrustAns, djzj)},
+    {"Sc_ZQCRK_AsyncFuncProcess", 34, Form::kSingle, 4, Third::kDjzj,
+     MOLRA_ANSWER(OrderEntrustAns, djzj)},
+    {"Sc_LOF_AsyncFuncProcess", 35, Form::kSingle, 4, Third::kDjzj,
+     MOLRA_ANSWER(LofEntrustAns, djzj)},
+    {"Sc_PHDJ_AsyncFuncProcess", 36, Form::kSingle, 8, Third::kDjzj,
+     MOLRA_ANSWER(OrderEntrustAns, djzj)},
     {"Sc_FXYW_AsyncFuncProcess", 37, Form::kKeyValue, 0, Third::kDjzj, 0, fid::DJZJ},
     {"Sc_FJY_AsyncFuncProcess", 38, Form::kKeyValue, 0, Third::kDjzj, 0, fid::DJZJ},
-    {"Sc_OrderWithDraw_AsyncFuncProcess", 40, Form::kSingle, 4, Third::kSbjg, MOLRA_ANSWER(OrderWithdrawAns, sbjg)},
-    {"Sc_BatchOrderWithDraw_AsyncFuncProcess", 41, Form::kBatchWithdraw, 0, Third::kNone, sizeof(BatchWithdrawAns), 0},
-    {"Sc_ETFWithDraw_AsyncFuncProcess", 42, Form::kSingle, 4, Third::kSbjgFromDouble, MOLRA_ANSWER(ETFWithdrawAns, sbjg)},
-    {"Sc_ZQHGWithDraw_AsyncFuncProcess", 43, Form::kSingle, 4, Third::kSbjg, sizeof(ZQHGWithdrawAns), sizeof(ZQHGWithdrawAns)},
-    {"Sc_LOFWithDraw_AsyncFuncProcess", 44, Form::kSingle, 4, Third::kSbjg, MOLRA_ANSWER(OrderWithdrawAns, sbjg)},
-    {"Sc_PHDJWithDraw_AsyncFuncProcess", 45, Form::kSingle, 4, Third::kSbjg, MOLRA_ANSWER(OrderWithdrawAns, sbjg)},
+    {"Sc_OrderWithDraw_AsyncFuncProcess", 40, Form::kSingle, 4, Third::kSbjg,
+     MOLRA_ANSWER(OrderWithdrawAns, sbjg)},
+    {"Sc_BatchOrderWithDraw_AsyncFuncProcess", 41, Form::kBatchWithdraw, 0, Third::kNone,
+     sizeof(BatchWithdrawAns), 0},
+    {"Sc_ETFWithDraw_AsyncFuncProcess", 42, Form::kSingle, 4, Third::kSbjgFromDouble,
+     MOLRA_ANSWER(ETFWithdrawAns, sbjg)},
+    {"Sc_ZQHGWithDraw_AsyncFuncProcess", 43, Form::kSingle, 4, Third::kSbjg,
+     sizeof(ZQHGWithdrawAns), sizeof(ZQHGWithdrawAns)},
+    {"Sc_LOFWithDraw_AsyncFuncProcess", 44, Form::kSingle, 4, Third::kSbjg,
+     MOLRA_ANSWER(OrderWithdrawAns, sbjg)},
+    {"Sc_PHDJWithDraw_AsyncFuncProcess", 45, Form::kSingle, 4, Third::kSbjg,
+     MOLRA_ANSWER(OrderWithdrawAns, sbjg)},
     {"Sc_FXYWWithDraw_AsyncFuncProcess", 46, Form::kKeyValue, 0, Third::kSbjg, 0, fid::SBJG},
 };
 #undef MOLRA_ANSWER
@@ -306,12 +334,15 @@ bool KeyValueReply(kel::int64 session, const ReplyKind& k) {
 
 bool Process(kel::int64 session, Reply which) {
   const ReplyKind& k = kReplies[which];
-  return Guard(k.name, false, [&] {
-    const KelSession owned(session, false);  // the handler owns the session: released on return
-    if (k.form == Form::kKeyValue) return KeyValueReply(session, k);
-    if (!kel::api.Kel_IsStruct(session, 0)) return UnstructuredReply(session, k);
-    return StructuredReply(session, k);
-  }, Boundary::kReply);
+  return Guard(
+      k.name, false,
+      [&] {
+        const KelSession owned(session, false);  // the handler owns the session: released on return
+        if (k.form == Form::kKeyValue) return KeyValueReply(session, k);
+        if (!kel::api.Kel_IsStruct(session, 0)) return UnstructuredReply(session, k);
+        return StructuredReply(session, k);
+      },
+      Boundary::kReply);
 }
 
 }  // namespace

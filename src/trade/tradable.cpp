@@ -1,7 +1,7 @@
 // Tradable quantity of every business (synchronous only): how many units the customer can
 // trade at a price for a security, category and order type.
-#include "core/guard.h"
 #include "comm/kel_api.h"
+#include "core/guard.h"
 #include "core/messages.h"
 #include "secmolra.h"
 #include "trade/order_args.h"
@@ -84,12 +84,14 @@ Result<std::int64_t> TradableImpl(Fam fam, CusLoginInfo* record, const OrderArgs
     FillBlock(req, fam, *record, a);
   }
   req.Log("khh", FieldText(record->KHH)).Log("jys", a.jys).Log("zqdm", a.zqdm);
-  req.Log("jylb", a.jylb).Log("wtjg", a.wtjg).Log("ddlx", a.ddlx).Log("gdh", FieldText(record->GDH));
+  req.Log("jylb", a.jylb)
+      .Log("wtjg", a.wtjg)
+      .Log("ddlx", a.ddlx)
+      .Log("gdh", FieldText(record->GDH));
   return req.Run();
 }
 
-Result<std::int64_t> RunTradable(const char*, Fam fam, const Caller& c, const OrderArgs& a,
-                                 Mode) {
+Result<std::int64_t> RunTradable(const char*, Fam fam, const Caller& c, const OrderArgs& a, Mode) {
   ArgCheck check = c.ex ? CheckOrderArgsEx(c.record, a.jys, a.zqdm, false, 0)
                         : CheckOrderArgs(c.khh, a.jys, a.zqdm, c.gdh, false, 0);
   if (!check.ok()) return check.status().TakeFailure();

@@ -2,10 +2,10 @@
 // a whole batch.
 #include <string>
 
-#include "core/guard.h"
 #include "comm/kel_api.h"
-#include "core/messages.h"
+#include "core/guard.h"
 #include "core/log.h"
+#include "core/messages.h"
 #include "secmolra.h"
 #include "trade/order_args.h"
 #include "trade/order_blocks.h"
@@ -15,8 +15,8 @@
 
 namespace molra::trade {
 
-Result<std::int64_t> WithdrawImpl(WithdrawTarget target, CusLoginInfo* record,
-                                  const OrderArgs& a, Mode mode) {
+Result<std::int64_t> WithdrawImpl(WithdrawTarget target, CusLoginInfo* record, const OrderArgs& a,
+                                  Mode mode) {
   const OrderFamily& f = Family(target.fam);
   const std::int64_t cxwth = target.by == By::kWth ? a.number : 0;
   const std::int64_t cxkfsbdbh = target.by == By::kKfsbdbh ? a.number : 0;

@@ -38,7 +38,8 @@ const char* CopyText(const std::string& v, char* buf, int32* len) {
 
 // Binary out: at most *len bytes; *len the bytes copied.
 bool CopyBinary(const std::string& v, char* buf, int32* len) {
-  const std::size_t n = std::min(v.size(), static_cast<std::size_t>(len != nullptr && *len > 0 ? *len : 0));
+  const std::size_t n =
+      std::min(v.size(), static_cast<std::size_t>(len != nullptr && *len > 0 ? *len : 0));
   if (buf != nullptr) std::memcpy(buf, v.data(), n);
   if (len != nullptr) *len = static_cast<int32>(n);
   return true;
@@ -55,19 +56,35 @@ int64 AllocateSession(int64 conn) {
   return h;
 }
 
-void ReleaseSession(int64 s) { With("ReleaseSession", s, [](FakeSession& f) { ++f.releases; }); }
-void SetNodeId(int64 s, int32 id) { With("SetNodeId", s, [&](FakeSession& f) { f.node_id = id; }); }
+void ReleaseSession(int64 s) {
+  With("ReleaseSession", s, [](FakeSession& f) { ++f.releases; });
+}
+void SetNodeId(int64 s, int32 id) {
+  With("SetNodeId", s, [&](FakeSession& f) { f.node_id = id; });
+}
 bool CreateHead(int64 s, const char* code) {
-  return With("CreateHead", s, [&](FakeSession& f) { f.func_code = code ? code : ""; return true; });
+  return With("CreateHead", s, [&](FakeSession& f) {
+    f.func_code = code ? code : "";
+    return true;
+  });
 }
 bool SetItem(int64 s, int32 id, const char* v) {
-  return With("SetItem", s, [&](FakeSession& f) { f.request_items[id] = v ? v : ""; return true; });
+  return With("SetItem", s, [&](FakeSession& f) {
+    f.request_items[id] = v ? v : "";
+    return true;
+  });
 }
 bool SetInt(int64 s, int32 id, int32 v) {
-  return With("SetInt", s, [&](FakeSession& f) { f.request_items[id] = std::to_string(v); return true; });
+  return With("SetInt", s, [&](FakeSession& f) {
+    f.request_items[id] = std::to_string(v);
+    return true;
+  });
 }
 bool SetLong(int64 s, int32 id, int64 v) {
-  return With("SetLong", s, [&](FakeSession& f) { f.request_items[id] = std::to_string(v); return true; });
+  return With("SetLong", s, [&](FakeSession& f) {
+    f.request_items[id] = std::to_string(v);
+    return true;
+  });
 }
 bool SetDouble(int64 s, int32 id, double v, int32 precision) {
   return With("SetDouble", s, [&](FakeSession& f) {
@@ -83,10 +100,18 @@ bool SetStructData(int64 s, const char* block, int32 len) {
     return true;
   });
 }
-bool Run(int64 s) { return With("Run", s, [](FakeSession&) { return K().run_result; }); }
-bool Write(int64 s) { return With("Write", s, [](FakeSession&) { return K().write_result; }); }
-bool IsStruct(int64 s, int32) { return With("IsStruct", s, [](FakeSession& f) { return f.is_struct; }); }
-int32 GetCode(int64 s) { return With("GetCode", s, [](FakeSession& f) { return f.code; }); }
+bool Run(int64 s) {
+  return With("Run", s, [](FakeSession&) { return K().run_result; });
+}
+bool Write(int64 s) {
+  return With("Write", s, [](FakeSession&) { return K().write_result; });
+}
+bool IsStruct(int64 s, int32) {
+  return With("IsStruct", s, [](FakeSession& f) { return f.is_struct; });
+}
+int32 GetCode(int64 s) {
+  return With("GetCode", s, [](FakeSession& f) { return f.code; });
+}
 const char* GetErrMsg(int64 s, char* buf, int32* len) {
   return With("GetErrMsg", s, [&](FakeSession& f) { return CopyText(f.message, buf, len); });
 }
@@ -130,13 +155,23 @@ const char* GetReqStructData(int64 s, int32* len) {
     return f.request ? f.request->data() : nullptr;
   });
 }
-void SetSessData(int64 s, int64 d) { With("SetSessData", s, [&](FakeSession& f) { f.data = d; }); }
-int64 GetSessData(int64 s) { return With("GetSessData", s, [](FakeSession& f) { return f.data; }); }
+void SetSessData(int64 s, int64 d) {
+  With("SetSessData", s, [&](FakeSession& f) { f.data = d; });
+}
+int64 GetSessData(int64 s) {
+  return With("GetSessData", s, [](FakeSession& f) { return f.data; });
+}
 bool RegReplyCallFunc(int64 s, kel::ReplyFn fn) {
-  return With("RegReplyCallFunc", s, [&](FakeSession& f) { f.reply = fn; return true; });
+  return With("RegReplyCallFunc", s, [&](FakeSession& f) {
+    f.reply = fn;
+    return true;
+  });
 }
 bool SetSubsCondi(int64 s, const char* c) {
-  return With("SetSubsCondi", s, [&](FakeSession&) { K().subs_condition = c ? c : ""; return true; });
+  return With("SetSubsCondi", s, [&](FakeSession&) {
+    K().subs_condition = c ? c : "";
+    return true;
+  });
 }
 bool Subscribe(int64 s, int64* id, kel::SubscribeFn fn, void*) {
   return With("Subscribe", s, [&](FakeSession&) {
@@ -148,7 +183,10 @@ bool Subscribe(int64 s, int64* id, kel::SubscribeFn fn, void*) {
   });
 }
 bool Unsubscribe(int64 s, int64 id) {
-  return With("Unsubscribe", s, [&](FakeSession&) { K().unsubscribed.push_back(id); return true; });
+  return With("Unsubscribe", s, [&](FakeSession&) {
+    K().unsubscribed.push_back(id);
+    return true;
+  });
 }
 void RegGlobalStructPublishFunc(kel::StructPublishFn fn, void*) {
   FakeKel& k = K();

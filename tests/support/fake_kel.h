@@ -29,21 +29,21 @@ namespace molra::test {
 
 struct FakeSession {
   // Answer side.
-  bool is_struct = false;                       // Kel_IsStruct (index 0)
-  std::string answer;                           // structured answer block; empty: none
-  std::int32_t code = 0;                        // Kel_GetCode
-  std::string message;                          // Kel_GetErrMsg
-  std::map<std::int32_t, std::string> items;    // answer fields (row 0): GetItem/GetLong/GetDouble
-  std::string body;                             // Kel_GetItemBuf field 0: a pushed record
+  bool is_struct = false;                     // Kel_IsStruct (index 0)
+  std::string answer;                         // structured answer block; empty: none
+  std::int32_t code = 0;                      // Kel_GetCode
+  std::string message;                        // Kel_GetErrMsg
+  std::map<std::int32_t, std::string> items;  // answer fields (row 0): GetItem/GetLong/GetDouble
+  std::string body;                           // Kel_GetItemBuf field 0: a pushed record
   // Request side.
-  std::optional<std::string> request;           // Kel_SetStructData / Kel_GetReqStructData
-  std::string func_code;                        // Kel_CreateHead
+  std::optional<std::string> request;                 // Kel_SetStructData / Kel_GetReqStructData
+  std::string func_code;                              // Kel_CreateHead
   std::map<std::int32_t, std::string> request_items;  // Kel_SetItem/SetInt/SetLong/SetDouble
-  std::int32_t node_id = 0;                     // Kel_SetNodeId
-  std::int64_t data = 0;                        // Kel_SetSessData / Kel_GetSessData
-  kel::ReplyFn reply = nullptr;                 // Kel_RegReplyCallFunc
-  std::int64_t conn = 0;                        // Kel_AllocateSession's connection
-  int releases = 0;                             // Kel_ReleaseSession calls
+  std::int32_t node_id = 0;                           // Kel_SetNodeId
+  std::int64_t data = 0;                              // Kel_SetSessData / Kel_GetSessData
+  kel::ReplyFn reply = nullptr;                       // Kel_RegReplyCallFunc
+  std::int64_t conn = 0;                              // Kel_AllocateSession's connection
+  int releases = 0;                                   // Kel_ReleaseSession calls
 };
 
 class FakeKel {
@@ -65,18 +65,18 @@ class FakeKel {
   bool DeliverReply(std::int64_t handle);
 
   // Behaviour of the requests.
-  FakeSession next_session;          // template of the sessions Kel_AllocateSession makes
-  bool allocate_result = true;       // false: Kel_AllocateSession returns 0
-  bool run_result = true;            // Kel_Run
-  bool write_result = true;          // Kel_Write
-  bool subscribe_result = true;      // Kel_Subscribe
+  FakeSession next_session;      // template of the sessions Kel_AllocateSession makes
+  bool allocate_result = true;   // false: Kel_AllocateSession returns 0
+  bool run_result = true;        // Kel_Run
+  bool write_result = true;      // Kel_Write
+  bool subscribe_result = true;  // Kel_Subscribe
   std::int64_t next_subscription_id = 1;
 
   // Subscriptions and the structured publish handler.
-  std::string subs_condition;                          // last Kel_SetSubsCondi
-  std::vector<kel::SubscribeFn> subscribed;            // Kel_Subscribe callbacks, in order
-  std::vector<std::int64_t> unsubscribed;              // Kel_Unsubscribe ids
-  kel::StructPublishFn struct_publish = nullptr;       // Kel_RegGlobalStructPublishFunc
+  std::string subs_condition;                     // last Kel_SetSubsCondi
+  std::vector<kel::SubscribeFn> subscribed;       // Kel_Subscribe callbacks, in order
+  std::vector<std::int64_t> unsubscribed;         // Kel_Unsubscribe ids
+  kel::StructPublishFn struct_publish = nullptr;  // Kel_RegGlobalStructPublishFunc
 
   static FakeKel* current;
   std::mutex mutex;

@@ -38,9 +38,9 @@ std::string BuildDir() {
 }
 
 std::string MakeTempDir() {
-  static std::mt19937_64 rng(std::random_device{}() ^
-                             static_cast<unsigned long long>(
-                                 std::chrono::steady_clock::now().time_since_epoch().count()));
+  static std::mt19937_64 rng(
+      std::random_device{}() ^
+      static_cast<unsigned long long>(std::chrono::steady_clock::now().time_since_epoch().count()));
   fs::path p = fs::temp_directory_path() / ("molra-test-" + std::to_string(rng()));
   fs::create_directories(p);
   return p.string();
@@ -132,11 +132,13 @@ std::string Gbk(const std::string& utf8) {
   const int wide_len = MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, utf8.data(),
                                            static_cast<int>(utf8.size()), nullptr, 0);
   std::wstring wide(static_cast<std::size_t>(wide_len), L'\0');
-  MultiByteToWideChar(CP_UTF8, 0, utf8.data(), static_cast<int>(utf8.size()), wide.data(), wide_len);
+  MultiByteToWideChar(CP_UTF8, 0, utf8.data(), static_cast<int>(utf8.size()), wide.data(),
+                      wide_len);
   const int len = WideCharToMultiByte(936, 0, wide.data(), wide_len, nullptr, 0, nullptr, nullptr);
   std::string out(static_cast<std::size_t>(len), '\0');
   WideCharToMultiByte(936, 0, wide.data(), wide_len, out.data(), len, nullptr, nullptr);
-  if (utf8.size() > 0 && (wide_len == 0 || len == 0)) throw std::runtime_error("no GBK for " + utf8);
+  if (utf8.size() > 0 && (wide_len == 0 || len == 0))
+    throw std::runtime_error("no GBK for " + utf8);
   return out;
 #else
   iconv_t cd = iconv_open("GBK", "UTF-8");

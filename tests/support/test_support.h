@@ -8,7 +8,7 @@
 namespace molra {
 class ConnPool;
 class CusRegistry;
-}
+}  // namespace molra
 
 namespace molra::test {
 
