@@ -11,10 +11,11 @@ export DEBIAN_FRONTEND=noninteractive
 LINUX_PACKAGES=(cmake ninja-build g++ libspdlog-dev libfmt-dev rapidjson-dev libsimpleini-dev
                 libgtest-dev libbenchmark-dev)
 # Everything the test suites use besides: the Windows cross build and Wine, pytest, clang
-# with its runtime libraries for the sanitizer and fuzzing builds, and what the package suite
-# reads packages with (dpkg-shlibdeps, file, pkg-config, llvm-dlltool and llvm-nm, unzip).
+# with its runtime libraries for the sanitizer and fuzzing builds, clang-format for the
+# layout check, and what the package suite reads packages with (dpkg-shlibdeps, file,
+# pkg-config, llvm-dlltool and llvm-nm, unzip).
 TEST_PACKAGES=("${LINUX_PACKAGES[@]}" g++-mingw-w64-x86-64-posix wine64 python3-pytest clang
-               libclang-rt-14-dev dpkg-dev file pkgconf llvm unzip)
+               libclang-rt-14-dev clang-format dpkg-dev file pkgconf llvm unzip)
 
 say() { printf '\n==> %s\n' "$*"; }
 die() { printf 'error: %s\n' "$*" >&2; exit 1; }
