@@ -216,35 +216,4 @@ TEST_F(Faults, BackEndAnswersCutOneByteShort) {
   }
 }
 
-// Asynchronous replies one byte short: the reply handler refuses the answer (-205 under its
-// own name), delivers nothing and releases the session.
-TEST_F(Faults, AsynchronousRepliesOneByteShort) {
-  HostCallbacks host;
-  std::size_t delivered = 0;
-  for (const LengthCheck& r : kLengthChecks) {
-    if (r.handler == nullptr) continue;
-    const OrderCall& c = CallOf(r.fam);
-    const std::int32_t open = OpenSessions();
-    for (int len : {429, r.reply_len - 1}) {
-      Answer(r.code, AnswerBlock(static_cast<std::size_t>(len), 1));
-      SECMOLRA_SetLastError(0, "", nullptr, nullptr);
-      ASSERT_GT(c.async(), 0) << c.name << " " << Message();
-      KELSIM(KelSim_WaitIdle)();
-      EXPECT_EQ(LastError(), -205) << r.handler << " " << len;
-      EXPECT_EQ(Message(), len == 429 ? Gbk("应答数据包不正确1") : Gbk("应答数据包不正确"))
-          << r.handler;
-      EXPECT_NE(LogText().find(std::string(r.handler) + Gbk("：") + Message()), std::string::npos)
-          << r.handler;
-      EXPECT_EQ(host.Functions().size(), delivered)
-          << r.handler << ": a refused reply is not delivered";
-    }
-    Answer(r.code, AnswerBlock(static_cast<std::size_t>(r.reply_len), 1));
-    ASSERT_GT(c.async(), 0) << c.name;
-    KELSIM(KelSim_WaitIdle)();
-    EXPECT_EQ(host.Functions().size(), ++delivered)
-        << r.handler << ": the full length is delivered";
-    EXPECT_EQ(OpenSessions(), open) << r.handler;
-  }
-}
-
 }  // namespace

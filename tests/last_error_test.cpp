@@ -105,18 +105,6 @@ TEST(LastError, ShortMessageZeroFillsTheAccountField) {
   for (std::size_t i = 3; i < sizeof acc.ErrorMsg; ++i) ASSERT_EQ(acc.ErrorMsg[i], 0) << i;
 }
 
-TEST(BoundedCopy, ExactWidthLeavesNoTerminator) {
-  char field[4];
-  molra::CopyField(field, "abcd");
-  EXPECT_EQ(std::string(field, 4), "abcd");
-  molra::CopyField(field, "abcdef");
-  EXPECT_EQ(std::string(field, 4), "abcd");
-  molra::CopyField(field, "a");
-  EXPECT_EQ(std::string(field, 4), std::string("a\0\0\0", 4));
-  molra::CopyField(field, nullptr);
-  EXPECT_EQ(std::string(field, 4), std::string(4, '\0'));
-}
-
 TEST(Setters, SetNodeRefusesNullAndAcceptsEmpty) {
   EXPECT_TRUE(SECMOLRA_SetNode("node-a"));
   EXPECT_FALSE(SECMOLRA_SetNode(nullptr));

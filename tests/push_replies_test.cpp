@@ -115,13 +115,6 @@ TEST(ReplyOrder, AnswerOrRequestMissingOrShortOfTheHeadIsRefusedWithVariant1) {
   }
 }
 
-TEST(ReplyOrder, RefusalIgnoresTheOrderNumberEvenWhenPresent) {
-  ByteBlock a = Answer(472, -1, "no");
-  a.Num<std::int64_t>(443, 5).Num<double>(464, 3.0);
-  EXPECT_EQ(OnlyText(Handle(molra::Sc_Order_AsyncFuncProcess, Structured(a))),
-            Head(30) + "\"WTH\":0,\"RETCODE\":-1,\"RETNOTE\":\"no\",\"PARSE_COST\":0}");
-}
-
 TEST(ReplyOrder, CustomerNumberIsBoundedByItsFieldInTheRequest) {
   FakeSession s = Structured(Answer(430, -1, "x"));
   s.request = Request().Text(13, "1234567890123").Text(26, "XYZ").str();  // 13 bytes, no NUL
@@ -278,19 +271,6 @@ TEST(ReplyUnstructured, WithoutTheRequestNothingIsDelivered) {
   EXPECT_NE(log.Text().find(Gbk("Sc_LOF_AsyncFuncProcess：") + kShort1), std::string::npos);
 }
 
-TEST(ReplyUnstructured, TheStructuredAnswerIsNotAskedFor) {
-  FakeKel kel;
-  HostCallbacks host;
-  FakeSession s;
-  s.request = Request().str();
-  s.answer = Answer(472, 1).str();  // present, but the transport says not structured
-  auto id = kel.Add(s);
-  EXPECT_TRUE(molra::Sc_Order_AsyncFuncProcess(id));
-  for (const std::string& call : kel.Calls()) EXPECT_NE(call, "GetStructDataEx");
-  EXPECT_EQ(kel.Calls().front(), "IsStruct");
-  EXPECT_EQ(kel.Calls().back(), "ReleaseSession");
-}
-
 // The issuance and non-trading replies read answer fields, not a structured record.
 FakeSession KeyValue(std::int32_t code) {
   FakeSession s;
@@ -326,18 +306,6 @@ TEST(ReplyKeyValue, WithdrawalReportsItsDeclarationResultFromField753) {
 TEST(ReplyKeyValue, NegativeCodeIsARefusal) {
   EXPECT_EQ(OnlyText(Handle(molra::Sc_FXYW_AsyncFuncProcess, KeyValue(-55))),
             Head(37, 88) + "\"WTH\":0,\"RETCODE\":-55,\"RETNOTE\":\"no\",\"PARSE_COST\":0}");
-}
-
-TEST(ReplyKeyValue, NoStructuredRecordIsRead) {
-  FakeKel kel;
-  HostCallbacks host;
-  auto id = kel.Add(KeyValue(0));
-  EXPECT_TRUE(molra::Sc_FJY_AsyncFuncProcess(id));
-  for (const std::string& call : kel.Calls()) {
-    EXPECT_TRUE(call != "IsStruct" && call != "GetStructDataEx" && call != "GetReqStructData")
-        << call;
-  }
-  EXPECT_EQ(kel.Releases(id), 1);
 }
 
 // Batch entrust: three packed rows in the request, their answers, and a fourth answer slot
@@ -461,26 +429,6 @@ TEST(ReplyFrame, EveryHandlerReleasesItsSessionOnEveryPath) {
   }
 }
 
-TEST(ReplyFrame, EveryDeliveredReplyIsType14EndingInParseCostZero) {
-  FakeKel kel;
-  HostCallbacks host;
-  for (Handler h : kReplyHandlers) {
-    FakeSession s = Structured(Answer(8000, 1));
-    s.items = KeyValue(0).items;
-    h(kel.Add(s));
-    FakeSession u;
-    u.request = Request().str();
-    h(kel.Add(u));
-  }
-  auto got = host.Functions();
-  ASSERT_EQ(got.size(), 2 * std::size(kReplyHandlers));
-  for (const Delivery& d : got) {
-    EXPECT_EQ(d.type, 14);
-    EXPECT_EQ(d.json.rfind("{\"TYPE\":14,\"SYS_TYPE\":4,\"JYLX\":", 0), 0u) << d.json;
-    EXPECT_EQ(d.json.substr(d.json.size() - 16), ",\"PARSE_COST\":0}") << d.json;
-  }
-}
-
 TEST(ReplyFrame, NoCallbackBuildsAndLogsNothingButStillChecksTheAnswer) {
   ScratchLog log;
   FakeKel kel;
@@ -495,51 +443,6 @@ TEST(ReplyFrame, NoCallbackBuildsAndLogsNothingButStillChecksTheAnswer) {
   EXPECT_TRUE(host.Messages().empty());
   EXPECT_EQ(log.Text().find("push orderNo"), std::string::npos);
   EXPECT_EQ(kel.TotalReleases(), 3);
-}
-
-TEST(ReplyFrame, RegisteredHandlerRunsWhenTheTransportDeliversTheAnswer) {
-  FakeKel kel;
-  HostCallbacks host;
-  auto id = kel.Add(Structured(Answer(472, 1), 0));
-  ASSERT_TRUE(kel::api.Kel_RegReplyCallFunc(id, molra::Sc_PHDJ_AsyncFuncProcess));
-  kel::api.Kel_SetSessData(id, 4242);
-  EXPECT_TRUE(kel.DeliverReply(id));
-  ASSERT_EQ(host.Functions().size(), 1u);
-  EXPECT_EQ(host.Functions()[0].json.rfind(Head(36, 4242), 0), 0u);
-  EXPECT_EQ(kel.Releases(id), 1);
-}
-
-TEST(ReplyFrame, RepliesOnSeveralTransportThreadsAreHandledIndependently) {
-  FakeKel kel;
-  HostCallbacks host;
-  constexpr int kThreads = 4, kEach = 200;
-  std::vector<std::vector<kel::int64>> ids(kThreads);
-  for (int t = 0; t < kThreads; ++t) {
-    for (int i = 0; i < kEach; ++i) {
-      ByteBlock a = Answer(472, 1);
-      a.Num<std::int64_t>(443, t * kEach + i);
-      ids[t].push_back(kel.Add(Structured(a, t * kEach + i)));
-    }
-  }
-  std::vector<std::thread> threads;
-  for (int t = 0; t < kThreads; ++t) {
-    threads.emplace_back([&, t] {
-      for (kel::int64 id : ids[t]) molra::Sc_Order_AsyncFuncProcess(id);
-    });
-  }
-  for (auto& th : threads) th.join();
-  auto got = host.Functions();
-  ASSERT_EQ(got.size(), static_cast<std::size_t>(kThreads * kEach));
-  std::vector<bool> seen(kThreads * kEach);
-  for (const Delivery& d : got) {
-    rapidjson::Document doc;
-    doc.Parse(d.json.c_str());
-    ASSERT_FALSE(doc.HasParseError());
-    EXPECT_EQ(doc["KFSBDBH"].GetInt64(), doc["WTH"].GetInt64());  // tag and answer stay paired
-    seen.at(static_cast<std::size_t>(doc["WTH"].GetInt64())) = true;
-  }
-  EXPECT_EQ(std::count(seen.begin(), seen.end(), true), kThreads * kEach);
-  EXPECT_EQ(kel.TotalReleases(), kThreads * kEach);
 }
 
 }  // namespace

@@ -149,44 +149,6 @@ TEST_F(QueryArgs, ETFShareFundCodeIsChecked) {
               "SECMOLRA_QueryETFShare");
 }
 
-TEST_F(QueryArgs, NodeFundQueriesRefuseMissingArguments) {
-  std::vector<ZJHBCLRecord> ratios(1);
-  std::vector<JDKYZJRecord> funds(1);
-  ExpectError(SECMOLRA_QueryZJHBCL(nullptr, "", ratios), -221, "非法参数", "SECMOLRA_QueryZJHBCL");
-  EXPECT_TRUE(ratios.empty());
-  ExpectError(SECMOLRA_QueryZJHBCL("", "", ratios), -221, "非法参数", "SECMOLRA_QueryZJHBCL");
-  ExpectError(SECMOLRA_QueryJDKYZJ("1001", nullptr, funds), -221, "非法参数",
-              "SECMOLRA_QueryJDKYZJ");
-  EXPECT_TRUE(funds.empty());
-}
-
-TEST_F(QueryArgs, CursorExportsRefuseBadArgumentsAndUnknownCursors) {
-  ExpectError(SECMOLRA_BeginQuery(nullptr, "910007", ""), -221, "非法参数", "SECMOLRA_BeginQuery");
-  ExpectError(SECMOLRA_BeginQuery("1001", nullptr, ""), -221, "非法参数", "SECMOLRA_BeginQuery");
-  ExpectError(SECMOLRA_BeginQuery("1001", "", ""), -221, "非法参数", "SECMOLRA_BeginQuery");
-  ExpectError(SECMOLRA_BeginQuery("1001", "910007", "605"), -221, "非法参数",
-              "SECMOLRA_BeginQuery");
-  // Nobody logged in: no default customer.
-  ExpectError(SECMOLRA_BeginQuery("", "910007", nullptr), -203, "客户未登录",
-              "SECMOLRA_BeginQuery");
-  char buf[8] = "keep";
-  ExpectError(SECMOLRA_GetQuery(1, 0, 605, buf, sizeof buf), -221, "非法参数", "SECMOLRA_GetQuery");
-  EXPECT_STREQ(buf, "keep");
-  ExpectError(SECMOLRA_GetQueryCount(1), -221, "非法参数", "SECMOLRA_GetQueryCount");
-  ExpectError(SECMOLRA_EndQuery(0), -221, "非法参数", "SECMOLRA_EndQuery");
-}
-
-TEST_F(QueryArgs, PasswordChangeTellsNullFromEmpty) {
-  ExpectError(SECMOLRA_ModifyPwd("1001", "111111", nullptr, 0), -221, "非法参数",
-              "SECMOLRA_ModifyPwd");
-  ExpectError(SECMOLRA_ModifyPwd("1001", "111111", "", 0), -221, "客户号、新旧密码不能为空",
-              "SECMOLRA_ModifyPwd");
-  ExpectError(SECMOLRA_ModifyPwd(nullptr, "", "", 1), -221, "非法参数", "SECMOLRA_ModifyPwd");
-  ExpectError(SECMOLRA_ModifyPwd("", "1", "2", 1), -221, "客户号、新旧密码不能为空",
-              "SECMOLRA_ModifyPwd");
-  ExpectError(SECMOLRA_ModifyPwd("1001", nullptr, "2", 1), -221, "非法参数", "SECMOLRA_ModifyPwd");
-}
-
 TEST_F(QueryArgs, FundTransferNeedsAPositiveAmount) {
   using Transfer = int64_t (*)(const char*, const char*, double, const char*, const char*,
                                const char*, const char*);
@@ -221,22 +183,4 @@ TEST_F(QueryArgs, NodeOperationsRefuseBadArguments) {
   ExpectError(SECMOLRA_ModifyZJHBCL(3, "1002", "", 1, 2, 0.5, 0.5, ""), -221, "非法参数", zn);
   ExpectError(SECMOLRA_ModifyZJHBCL(4, "1002", nullptr, 1, 2, 0.5, 0.5, nullptr), 0,
               "客户未连接登录，无法获取连接", zn);
-}
-
-TEST_F(QueryArgs, AdapterLeavesTheArrayUntouchedOnAnError) {
-  FundRecord recs[3];
-  ETFShareRecord etf[2];
-  std::memset(recs, 0x5a, sizeof recs);
-  std::memset(etf, 0x5a, sizeof etf);
-  const std::string fund_before(reinterpret_cast<char*>(recs), sizeof recs);
-  const std::string etf_before(reinterpret_cast<char*>(etf), sizeof etf);
-  EXPECT_EQ(PYSECMOLRA_QueryFundInfo(nullptr, recs, 3), -221);
-  EXPECT_EQ(std::string(reinterpret_cast<char*>(recs), sizeof recs), fund_before);
-  ExpectError(PYSECMOLRA_QueryETFShare("1001", "", etf, 2), -221, "基金代码不能为空",
-              "SECMOLRA_QueryETFShare");
-  ExpectError(PYSECMOLRA_QueryETFShare("1001", nullptr, etf, 2), -221, "非法参数",
-              "SECMOLRA_QueryETFShare");
-  EXPECT_EQ(std::string(reinterpret_cast<char*>(etf), sizeof etf), etf_before);
-  // Null arrays are never written, whatever the capacity.
-  EXPECT_EQ(PYSECMOLRA_QueryAccInfo("", nullptr, 5), -221);
 }

@@ -116,36 +116,6 @@ TEST_F(QueryFrame, ExFormNodeIdAboveZeroWinsOverTheNodeTable) {
   EXPECT_EQ(NodeIdCalls(), (std::vector<std::string>{"2", "5", "1", "2", "2"}));
 }
 
-TEST_F(QueryFrame, NodeIdIsSetAfterTheHeadAndBeforeTheFields) {
-  LogIn();
-  Script("DQ0003", 0, "", "");
-  std::vector<FundRecord> list;
-  SECMOLRA_QueryFundInfo("1001", list);
-  std::string log = Sim::Get().CallLog();
-  std::size_t head = log.find("Kel_CreateHead(");
-  std::size_t node = log.find("Kel_SetNodeId(");
-  std::size_t khh = log.find("Kel_SetItem(", node);
-  std::size_t run = log.find("Kel_Run(");
-  ASSERT_NE(head, std::string::npos);
-  EXPECT_LT(head, node);
-  EXPECT_LT(node, khh);
-  EXPECT_LT(khh, run);
-  EXPECT_NE(log.find("Kel_AllocateSession("), std::string::npos);
-}
-
-TEST_F(QueryFrame, LoggedOutCustomerGetsNotLoggedInWhileItsSetStaysInThePool) {
-  LogIn();
-  ASSERT_EQ(SECMOLRA_TradeLogout("1001"), 1);
-  ASSERT_TRUE(KitPool()->GetConnection("1001", ""));
-  std::vector<FundRecord> list(1);
-  ExpectError(SECMOLRA_QueryFundInfo("1001", list), -203, "客户未登录", "QueryZjxx");
-  EXPECT_TRUE(list.empty());
-  std::vector<PSQYRecord> psqy;
-  ExpectError(SECMOLRA_QueryPSQY("1001", "SH", "A1", psqy), -203, "客户未登录", "QueryPSQY");
-  EXPECT_EQ(SECMOLRA_BeginQuery("1001", "DQ0003", ""), -203);
-  EXPECT_EQ(Sim::Get().CallLog().find("Kel_Run("), std::string::npos);
-}
-
 TEST_F(QueryFrame, RequestFieldsOfEveryQueryInOrder) {
   LogIn();
   for (const char* f :

@@ -73,65 +73,6 @@ TEST(RequestNumber, AsyncRangeEdges) {
 
 // ---- entrust checks ----
 
-TEST(EntrustArgs, NullIsIllegalAndEmptyNamesTheFourFields) {
-  EXPECT_REFUSED(SECMOLRA_OrderEntrust(nullptr, "SH", "600000", 1, 100, 10.0, 0, "A1"), -221,
-                 "非法参数");
-  EXPECT_REFUSED(SECMOLRA_OrderEntrust("1001", "SH", "600000", 1, 100, 10.0, 0, nullptr), -221,
-                 "非法参数");
-  EXPECT_REFUSED(SECMOLRA_OrderEntrust("1001", "SH", "", 1, 100, 10.0, 0, "A1"), -221, kEmpty4);
-  // A null beats an empty one wherever it stands.
-  EXPECT_REFUSED(SECMOLRA_OrderEntrust("", "SH", nullptr, 1, 100, 10.0, 0, "A1"), -221, "非法参数");
-}
-
-TEST(EntrustArgs, ExFormsCheckTheRecordFieldsButNotItsPointer) {
-  CusLoginInfo no_gdh = Record("1001", "");
-  EXPECT_REFUSED(SECMOLRA_OrderEntrustEx(&no_gdh, "SH", "600000", 1, 100, 10.0, 0), -221, kEmpty4);
-  CusLoginInfo rec = Record("1001", "A1");
-  EXPECT_REFUSED(SECMOLRA_OrderEntrustEx(&rec, nullptr, "600000", 1, 100, 10.0, 0), -221,
-                 "非法参数");
-  // A null record passes the export and is refused by the request frame, without a crash.
-  EXPECT_REFUSED(SECMOLRA_OrderEntrustEx(nullptr, "SH", "600000", 1, 100, 10.0, 0), -221,
-                 "非法参数");
-  EXPECT_EQ(SECMOLRA_ETFEntrustEx(nullptr, "SH", "510050", 29, 1, nullptr), -221);
-  EXPECT_EQ(SECMOLRA_OrderWithdrawEx(nullptr, "SH", 5), -221);
-  std::vector<BatchOrderRow> rows(1);
-  EXPECT_EQ(SECMOLRA_BatchOrderEntrustEx(nullptr, rows, 1), -221);
-  EXPECT_EQ(SECMOLRA_TradableQtyEx(nullptr, "SH", "600000", 1, 10.0, 0), -221);
-}
-
-TEST(EntrustArgs, CategoryRefusalsComeBeforeTheCustomerWithTheirOwnMessages) {
-  struct Case {
-    std::int64_t result;
-    const char* message;
-  };
-  const Case cases[] = {
-      {SECMOLRA_ETFEntrust("1001", "SH", "510050", 1, 1, "A1", nullptr),
-       "仅支持[JYLB_ETFG,JYLB_ETFSH]"},
-      {SECMOLRA_ZQHGEntrust("1001", "SH", "204001", 1, 10, 2.0, 0, "A1"),
-       "仅支持[JYLB_HGRQ,JYLB_HGRZ]"},
-      {SECMOLRA_ZQHGCrk("1001", "SH", "204001", 4, 10, "A1"), "仅支持[JYLB_ZYQRK,JYLB_ZYQCK]"},
-      {SECMOLRA_FXYW("1001", "SH", "600000", 2, 10, 1.0, 0, "A1"),
-       "仅支持[JYLB_PGJK,JYLB_PSSG,JYLB_BUY]"},
-      {SECMOLRA_DZJY("1001", "SH", "600000", 61, 10, 1.0, 0, "A1", "", "", "", "", "", 0, 0),
-       "仅支持[JYLB_YXMR,JYLB_YXMC,JYLB_DJMR,JYLB_DJMC,JYLB_MRQR,JYLB_MCQR,JYLB_PHMR,JYLB_PHMC]"},
-      {SECMOLRA_DZJY("1001", "SH", "600000", 77, 10, 1.0, 0, "A1", "", "", "", "", "", 0, 0),
-       "仅支持[JYLB_YXMR,JYLB_YXMC,JYLB_DJMR,JYLB_DJMC,JYLB_MRQR,JYLB_MCQR,JYLB_PHMR,JYLB_PHMC]"},
-      {SECMOLRA_Lof("1001", "SH", "501000", 44, 10, 1.0, 0, "A1"),
-       "仅支持[JYLB_JJRG,JYLB_JJSG,JYLB_JJSH,JYLB_JJFC,JYLB_JJHB]"},
-      {SECMOLRA_FJY("1001", "SH", "600000", 13, 10, 1.0, 0, "A1"),
-       "仅支持[JYLB_HSCX,JYLB_ZZZG,JYLB_ZZHS,JYLB_YSYY,JYLB_JCYS]"},
-      {SECMOLRA_LOFTradableQty("1001", "SH", "501000", 40, 1.0, 0, "A1"),
-       "仅支持[JYLB_JJRG,JYLB_JJSG,JYLB_JJSH,JYLB_JJFC,JYLB_JJHB]"},
-      {SECMOLRA_FJYTradableQty("1001", "SH", "600000", 77, 1.0, 0, "A1"),
-       "仅支持[JYLB_ZZZG,JYLB_ZZHS,JYLB_YSYY]"},
-  };
-  for (const Case& c : cases) {
-    EXPECT_EQ(c.result, -222) << c.message;
-  }
-  // Each refusal was recorded as it happened; the last one is the process record.
-  EXPECT_EQ(LastErrorText(), Gbk("仅支持[JYLB_ZZZG,JYLB_ZZHS,JYLB_YSYY]"));
-}
-
 TEST(EntrustArgs, AdmittedCategoriesReachTheCustomerLookup) {
   // Nobody is logged in: an admitted category fails at the lookup, not with -222.
   EXPECT_EQ(SECMOLRA_ZQHGEntrust("1001", "SH", "204001", 4, 10, 2.0, 0, "A1"), -203);

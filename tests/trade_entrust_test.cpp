@@ -72,25 +72,6 @@ TEST_F(Entrust, ExRecordSuppliesTokenAndNodeWhenSet) {
   EXPECT_NE(Sim::Get().CallLog().find("Kel_SetNodeId"), std::string::npos);
 }
 
-TEST_F(Entrust, TransportCallsInOrderAndSessionReleased) {
-  // Pushes hold a session of the transport while they are delivered: count when none is.
-  auto wait_idle = Sim::Get().Fn<void (*)()>("KelSim_WaitIdle");
-  wait_idle();
-  const std::int32_t before = OpenSessions();
-  ASSERT_GT(Buy(), 0);
-  std::vector<std::string> calls = Calls();
-  const std::vector<std::string> expected = {
-      "Kel_AllocateSession", "Kel_SetNodeId",     "Kel_SetStructData", "Kel_Run",
-      "Kel_IsStruct",        "Kel_GetStructData", "Kel_ReleaseSession"};
-  std::vector<std::string> seen;
-  for (const std::string& c : calls) {
-    if (std::find(expected.begin(), expected.end(), c) != expected.end()) seen.push_back(c);
-  }
-  EXPECT_EQ(seen, expected);
-  wait_idle();
-  EXPECT_EQ(OpenSessions(), before);
-}
-
 TEST_F(Entrust, RefusalCodeIsReturnedWithTheAnswersMessage) {
   Answer("19001", AnswerBlock(450, -150, Gbk("可用资金不足")));
   EXPECT_EQ(Buy(), -150);
