@@ -95,10 +95,6 @@ long IniFile::GetLong(const char* section, const char* key, long dflt) const {
   return ParseIniLong(impl_->ini.GetValue(section, key, nullptr), dflt);
 }
 
-bool IniFile::HasSection(const char* section) const {
-  return impl_->ini.GetSection(section) != nullptr;
-}
-
 std::string ConfigFilePath() { return Host().ProfilePath() + "molra.ini"; }
 
 PushSettings CommInit() {

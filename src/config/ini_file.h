@@ -31,7 +31,6 @@ class IniFile {
   const char* GetString(const char* section, const char* key, const char* dflt) const;
   bool GetBool(const char* section, const char* key, bool dflt) const;
   long GetLong(const char* section, const char* key, long dflt) const;
-  bool HasSection(const char* section) const;
 
  private:
   struct Impl;

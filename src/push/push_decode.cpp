@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "push/json_text.h"
+#include "core/json_text.h"
 #include "push/push_handlers.h"
 
 namespace molra {

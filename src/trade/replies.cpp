@@ -9,9 +9,9 @@
 #include "core/context.h"
 #include "core/errors.h"
 #include "core/guard.h"
+#include "core/json_text.h"
 #include "core/log.h"
 #include "core/messages.h"
-#include "push/json_text.h"
 #include "trade/order_blocks.h"
 #include "util/field_ids.h"
 
