@@ -169,12 +169,12 @@ TEST_F(SimTrading, LimitAwayFromThePriceRestsUntilThePriceMovesOrItIsWithdrawn) 
   ASSERT_GT(Code(a2), 0);
   EXPECT_NEAR(Available(), before - 950.0 - 1840.0, 1e-6);
   SIM_FN(KelSim_SetPrice)("SH", "600000", 9.40);  // reaches the first order only
-  EXPECT_NEAR(Available(), before - 940.0 - 1840.0, 1e-6);  // matched at the price, not the limit
+  EXPECT_NEAR(Available(), before - 950.0 - 1840.0, 1e-6);  // a resting order matches at its own price
   std::string w = Withdraw(0, "52");                 // by request number
   ASSERT_GT(Code(w), 0) << ReadText(w, 302);
   EXPECT_NE(Wth(w), Wth(a2));
   EXPECT_EQ(ReadInt(w, 467, 4), 2);
-  EXPECT_NEAR(Available(), before - 940.0, 1e-6);
+  EXPECT_NEAR(Available(), before - 950.0, 1e-6);
   EXPECT_EQ(Code(Withdraw(Wth(a2))), -107);  // already withdrawn
   EXPECT_EQ(Code(Withdraw(Wth(a1))), -107);  // already matched
   auto pushes = Pushes();
