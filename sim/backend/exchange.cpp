@@ -1,5 +1,6 @@
 #include "exchange.h"
 
+#include <algorithm>
 #include <cstdio>
 
 #include "backend.h"
@@ -130,15 +131,13 @@ void Exchange::QuoteChanged(Security& s) {
 void Exchange::RunTo(std::int64_t target) {
   auto on_quote = [this](Security& s) { QuoteChanged(s); };
   while (target >= kDayMs) {
-    std::int64_t from = be_->clock.Ms();
-    feed_.Run(*be_, from, kDayMs - 1, on_quote);
-    target -= kDayMs - from;
+    feed_.Run(*be_, kDayMs - 1, on_quote);
+    target -= kDayMs;
     StartDay(NextTradeDate(be_->clock.Date()));
     target += be_->clock.Ms();
   }
-  if (target <= be_->clock.Ms()) return;
-  feed_.Run(*be_, be_->clock.Ms(), target, on_quote);
-  be_->clock.MoveTo(target);
+  feed_.Run(*be_, target, on_quote);
+  be_->clock.MoveTo(std::max(target, be_->clock.Ms()));
 }
 
 void Exchange::StartDay(std::int64_t date) {

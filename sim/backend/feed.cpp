@@ -50,26 +50,27 @@ void Feed::Attach(Backend& be, const MarketCfg& market, std::shared_ptr<const Re
 }
 
 void Feed::Seek(std::int64_t ms) {
+  walked_ms_ = ms;
   if (!replay_) return;
   auto it = std::upper_bound(replay_->rows.begin(), replay_->rows.end(), ms,
                              [](std::int64_t t, const ReplayRow& r) { return t < r.time_ms; });
   next_ = static_cast<std::size_t>(it - replay_->rows.begin());
 }
 
-void Feed::Run(Backend& be, std::int64_t from, std::int64_t to, const std::function<void(Security&)>& on_quote) {
+void Feed::Run(Backend& be, std::int64_t to, const std::function<void(Security&)>& on_quote) {
   if (replay_) {
     const auto& rows = replay_->rows;
     for (; next_ < rows.size() && rows[next_].time_ms <= to; ++next_) {
       const ReplayRow& r = rows[next_];
-      if (r.time_ms <= from) continue;
       Security& s = *replayed_[r.security];
       be.clock.MoveTo(r.time_ms);
       ApplyQuote(be, s, {r.last, r.volume, r.turnover, 0, r.bids, r.asks});
       on_quote(s);
     }
   }
-  if (!walkers_.empty()) {
-    std::int64_t first = std::max(from, start_ms_ - 1) / step_ms_ + 1;
+  if (!walkers_.empty() && to > walked_ms_) {
+    std::int64_t first = std::max(walked_ms_, start_ms_ - 1) / step_ms_ + 1;
+    walked_ms_ = to;
     for (std::int64_t step = first; step * step_ms_ <= to; ++step) {
       be.clock.MoveTo(step * step_ms_);
       for (Security* s : walkers_) {

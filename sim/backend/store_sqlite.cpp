@@ -210,11 +210,17 @@ class SqliteStore : public Store {
   // Checks the file and takes it for this process; false with the reason.
   bool Open(std::string* error) {
     std::vector<std::string> tables;
-    Stmt list(db_, "SELECT name FROM sqlite_master WHERE type = 'table'");
-    if (!list.ok()) return Fail(error, "is not a state file of the simulated back end (" + std::string(sqlite3_errmsg(db_)) + ")");
-    while (list.Row()) tables.push_back(list.Text(0));
-    if (sqlite3_exec(db_, "BEGIN EXCLUSIVE; COMMIT;", nullptr, nullptr, nullptr) != SQLITE_OK)
+    {
+      Stmt list(db_, "SELECT name FROM sqlite_master WHERE type = 'table'");
+      while (list.ok() && list.Row()) tables.push_back(list.Text(0));
+    }
+    int rc = sqlite3_errcode(db_);
+    if (rc == SQLITE_OK || rc == SQLITE_DONE)
+      rc = sqlite3_exec(db_, "BEGIN EXCLUSIVE; COMMIT;", nullptr, nullptr, nullptr);
+    if (rc == SQLITE_BUSY || rc == SQLITE_LOCKED)
       return Fail(error, "is in use by another process (" + std::string(sqlite3_errmsg(db_)) + ")");
+    if (rc != SQLITE_OK && rc != SQLITE_DONE)
+      return Fail(error, "is not a state file of the simulated back end (" + std::string(sqlite3_errmsg(db_)) + ")");
     fresh_ = tables.empty();
     if (fresh_) {
       if (!Exec("PRAGMA journal_mode = WAL") || !Exec(std::string("BEGIN;") + kSchema + "COMMIT;") ||
