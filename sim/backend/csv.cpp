@@ -6,16 +6,17 @@ CsvReader::CsvReader(std::string_view text) : text_(text) {
   if (text_.substr(0, 3) == "\xEF\xBB\xBF") at_ = 3;
 }
 
-bool CsvReader::Fail(const std::string& why) {
-  error_ = "line " + std::to_string(line_) + ": " + why;
+bool CsvReader::Fail(int line, const std::string& why) {
+  error_ = "line " + std::to_string(line) + ": " + why;
   at_ = text_.size();
   return false;
 }
 
 bool CsvReader::QuotedField(std::string* out) {
   ++at_;  // the opening quote
+  int opened = line_;
   for (;;) {
-    if (at_ >= text_.size()) return Fail("a quoted field is not closed");
+    if (at_ >= text_.size()) return Fail(opened, "a quoted field is not closed");
     char ch = text_[at_++];
     if (ch == '"') {
       if (at_ < text_.size() && text_[at_] == '"') {
@@ -47,7 +48,7 @@ bool CsvReader::Next(std::vector<std::string>* fields) {
       if (!QuotedField(&field)) return false;
       if (at_ < text_.size() && text_[at_] != ',' && text_[at_] != '\n' &&
           !(text_[at_] == '\r' && at_ + 1 < text_.size() && text_[at_ + 1] == '\n'))
-        return Fail("text after the closing quote of a field");
+        return Fail(line_, "text after the closing quote of a field");
     }
     if (at_ >= text_.size()) return true;
     char ch = text_[at_];
@@ -66,7 +67,9 @@ bool CsvReader::Next(std::vector<std::string>* fields) {
 }
 
 std::string CsvField(const std::string& value) {
-  if (!value.empty() && value.find_first_of(",\"\r\n") == std::string::npos) return value;
+  bool plain = !value.empty() && value.find_first_of(",\"\r\n") == std::string::npos &&
+               value.compare(0, 3, "\xEF\xBB\xBF") != 0;  // a leading mark would read as a byte-order mark
+  if (plain) return value;
   std::string out = "\"";
   for (char ch : value) {
     if (ch == '"') out.push_back('"');

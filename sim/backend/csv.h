@@ -12,6 +12,7 @@ namespace sim {
 
 class CsvReader {
  public:
+  // The text must outlive the reader.
   explicit CsvReader(std::string_view text);
   // The next record; false at the end of the text or on malformed input (error() then says
   // why: a quote that is never closed, or text right after a closing quote).
@@ -21,7 +22,7 @@ class CsvReader {
   int line() const { return record_line_; }
 
  private:
-  bool Fail(const std::string& why);
+  bool Fail(int line, const std::string& why);
   bool QuotedField(std::string* out);
 
   std::string_view text_;
@@ -31,8 +32,8 @@ class CsvReader {
   std::string error_;
 };
 
-// The field as it must be written to read back as itself: quoted when it is empty or holds a
-// comma, a quote or a line end.
+// The field as it must be written to read back as itself: quoted when it is empty, holds a
+// comma, a quote or a line end, or starts like a byte-order mark.
 std::string CsvField(const std::string& value);
 
 }  // namespace sim
