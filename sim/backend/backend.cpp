@@ -189,7 +189,7 @@ Quote QuoteOf(const Security& s, const Clock& clock) {
   q.jys = s.cfg.jys;
   q.zqdm = s.cfg.zqdm;
   q.date = clock.Date();
-  q.time_ms = clock.Now();
+  q.time_ms = s.quoted_ms;
   q.last = s.last;
   q.prev_close = s.prev_close;
   q.upper_limit = s.UpperLimit();

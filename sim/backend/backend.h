@@ -98,6 +98,7 @@ struct Security {
   std::int64_t volume = 0;
   double turnover = 0;
   Levels bids{}, asks{};
+  std::int64_t quoted_ms = 0;   // the clock's time of day when the market last changed
   std::int64_t liquidity = -1;  // quantity the market can still match; -1 unlimited
   RestingOrders buys, sells;
   bool touched = false;

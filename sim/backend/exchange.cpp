@@ -213,6 +213,7 @@ bool Exchange::SetPrice(const std::string& jys, const std::string& zqdm, double 
   Security* s = be_ ? be_->FindSecurity(jys, zqdm) : nullptr;
   if (s == nullptr) return false;
   s->QuoteAt(price);
+  s->quoted_ms = be_->clock.Now();
   be_->Touch(*s);
   CrossResting(*be_, *s);
   QuoteChanged(*s);

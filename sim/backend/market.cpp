@@ -365,6 +365,7 @@ void ApplyQuote(Backend& be, Security& s, const QuoteUpdate& q) {
   if (q.prev_close > 0) s.prev_close = q.prev_close;
   s.bids = q.bids;
   s.asks = q.asks;
+  s.quoted_ms = be.clock.Now();
   be.Touch(s);
   CrossResting(be, s);
 }
