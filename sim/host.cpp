@@ -157,7 +157,10 @@ bool StartExchange(const Config& cfg, std::string* error) {
   }
   g_started = true;
   bool ok = TheExchange().Start(cfg, error);
-  if (ok && g_initialized && TheExchange().ClockRunsItself()) clock_thread().Start();
+  if (!ok || !TheExchange().ClockNeedsRunning())
+    clock_thread().Stop();
+  else if (g_initialized)
+    clock_thread().Start();
   return ok;
 }
 
@@ -170,7 +173,7 @@ void StartFromStartConfig() {
 
 void StartClock() {
   g_initialized = true;
-  if (exchange().ClockRunsItself()) clock_thread().Start();
+  if (exchange().ClockNeedsRunning()) clock_thread().Start();
 }
 
 void StopClock() {

@@ -22,7 +22,7 @@ bool StartConfig(Config* cfg, std::string* error);
 // Starts the exchange from StartConfig; a failure stops it and is printed.
 void StartFromStartConfig();
 
-// The clock thread, for an exchange whose clock runs itself.
+// The clock thread, for an exchange whose clock runs itself and moves a market.
 void StartClock();
 void StopClock();
 

@@ -99,7 +99,7 @@ void KelSim_PushRecord(const char* khh, int32_t kind, const char* record, int32_
  * (the security's liquidity still limits matches); resting orders it reaches match at their
  * own prices. */
 void KelSim_SetPrice(const char* jys, const char* zqdm, double price);
-/* Quantity matched per match report; 0 matches an order in full at once. */
+/* Quantity matched per match report; 0: one report per level of the book an order takes. */
 void KelSim_SetMatchVolume(int64_t volume);
 void KelSim_SetServerTimeOffsetMs(int64_t ms);
 /* A date later than the trade date starts a new trading day on it (see KelSim_NewDay); an
@@ -159,10 +159,11 @@ typedef void (*KelSimQuoteFn)(const KelSimQuote* quote, void* ctx);
 
 /* The quote of a security; false (and *out untouched) for an unknown security. */
 bool KelSim_GetQuote(const char* jys, const char* zqdm, KelSimQuote* out);
-/* Sets the market of the security named in the record: last, volume, turnover and the ten
- * levels, and the previous close (with it the limits) when it is above 0; date, time, limits
- * and tick are ignored. Resting orders the new book reaches match. False for an unknown
- * security or a price below 0. */
+/* Sets the market of the security named in the record: last, volume, turnover (below 0:
+ * grown by the volume added at the last price) and the ten levels, and the previous close
+ * (with it the limits) when it is above 0; date, time, limits and tick are ignored. Resting
+ * orders the new book reaches match. False for an unknown security, a price or the day's
+ * volume below 0, or a level's volume below -1. */
 bool KelSim_SetQuote(const KelSimQuote* quote);
 /* Every change of a quote (from a replay, the random walk, KelSim_SetQuote or
  * KelSim_SetPrice) goes to fn on the push thread, in order with the pushes; null stops it. */

@@ -3,7 +3,9 @@
 // be moved by hand.
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cmath>
+#include <condition_variable>
 #include <mutex>
 #include <string>
 #include <vector>
@@ -23,10 +25,12 @@ constexpr const char* kDay =
     "09:30:03.500,SZ,000009,8.00,300,7.99,100,8.01,100,,,,\n";
 
 std::mutex g_m;
+std::condition_variable g_cv;
 std::vector<KelSimQuote> g_quotes;
 void OnQuote(const KelSimQuote* q, void*) {
   std::lock_guard<std::mutex> lock(g_m);
   g_quotes.push_back(*q);
+  g_cv.notify_all();
 }
 std::vector<KelSimQuote> Quotes() {
   SIM_FN(KelSim_WaitIdle)();
@@ -148,6 +152,32 @@ TEST_F(RandomWalk, MovesOnTheTickWithinTheLimitsAndRepeatsForTheSameSeed) {
   EXPECT_EQ(Quote("600036").last, 35.0);  // volatility 0: it stays
   ASSERT_TRUE(SIM_FN(KelSim_LoadConfig)((dir_ + "/sim.ini").c_str()));
   EXPECT_EQ(Walk(200), first);
+}
+
+class SpeedClock : public Replay {
+ protected:
+  std::string Config() override {
+    WriteFile(dir_ + "/day.csv", kDay);
+    return "[backend]\ninclude_defaults = true\n[market]\nreplay = day.csv\nclock = 60\nstart = 09:30:00\n";
+  }
+};
+
+TEST_F(SpeedClock, ReplaysTheDayOnTheTransportsOwnThread) {
+  SIM_FN(KelSim_SetQuoteCallback)(&OnQuote, nullptr);
+  ASSERT_EQ(Code(Entrust("600000", 1, 500, 9.96)), 1);
+  {
+    // A minute of the day passes in a second of the wall clock.
+    std::unique_lock<std::mutex> lock(g_m);
+    ASSERT_TRUE(g_cv.wait_for(lock, std::chrono::seconds(10),
+                              [] { return !g_quotes.empty() && g_quotes.back().time_ms == k0930 + 60000; }));
+  }
+  std::vector<KelSimQuote> seen = Quotes();
+  ASSERT_GE(seen.size(), 3u);
+  for (std::size_t i = 1; i < seen.size(); ++i) EXPECT_LE(seen[i - 1].time_ms, seen[i].time_ms);
+  std::vector<PushRec> m = Matches();  // the 09:31:00 quote reached the resting buy
+  ASSERT_EQ(m.size(), 1u);
+  EXPECT_EQ(m[0].Cjjg(), 9.96);
+  EXPECT_FALSE(SIM_FN(KelSim_Advance)(1000));
 }
 
 using Clocks = SimTradingTest;

@@ -205,7 +205,7 @@ class Exchange:
             for i, (price, qty) in enumerate(levels):
                 side[i].price, side[i].volume = price, qty
         if not self._dll.KelSim_SetQuote(ctypes.byref(record)):
-            raise ValueError(f"quote of {exchange}.{code} refused (unknown security or a "
+            raise ValueError(f"quote of {exchange}.{code} refused (unknown security, or a "
                              "negative price or volume)")
 
     def advance(self, seconds: float) -> None:

@@ -116,9 +116,9 @@ void Exchange::Handle(const Request& req, const Caller& who, Answer* ans) {
   Done();
 }
 
-bool Exchange::ClockRunsItself() const {
+bool Exchange::ClockNeedsRunning() const {
   std::lock_guard<std::mutex> lock(m_);
-  return be_ && be_->clock.RunsItself();
+  return be_ && be_->clock.RunsItself() && feed_.active();
 }
 
 void Exchange::QuoteChanged(Security& s) {

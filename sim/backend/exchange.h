@@ -53,9 +53,10 @@ class Exchange {
   // Answers one request.
   void Handle(const Request& req, const Caller& who, Answer* ans);
 
-  // The clock. A clock that runs itself (realtime, speed) is moved by the host calling
-  // RunClock every few milliseconds; a manual one by Advance (false for other clocks).
-  bool ClockRunsItself() const;
+  // The clock. A clock that runs itself (realtime, speed) and has quotes to give is moved by
+  // the host calling RunClock every few milliseconds; a manual one by Advance (false for
+  // other clocks). Without quotes to give a clock is read when needed and needs no calls.
+  bool ClockNeedsRunning() const;
   void RunClock();
   bool Advance(std::int64_t ms);
   // Ends the trading day and starts the next (see EndOfDay in market.h).

@@ -23,6 +23,8 @@ class Feed {
   // Gives the quotes of the day not given yet up to `to`, in order; the clock stands at each
   // quote's time while it is given. on_quote follows each quote.
   void Run(Backend& be, std::int64_t to, const std::function<void(Security&)>& on_quote);
+  // Whether it gives quotes at all (a replay or a random walk).
+  bool active() const { return replay_ != nullptr || !walkers_.empty(); }
 
  private:
   void Step(Backend& be, Security& s, std::int64_t step);
