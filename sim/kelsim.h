@@ -166,7 +166,8 @@ bool KelSim_GetQuote(const char* jys, const char* zqdm, KelSimQuote* out);
  * volume below 0, or a level's volume below -1. */
 bool KelSim_SetQuote(const KelSimQuote* quote);
 /* Every change of a quote (from a replay, the random walk, KelSim_SetQuote or
- * KelSim_SetPrice) goes to fn on the push thread, in order with the pushes; null stops it. */
+ * KelSim_SetPrice) goes to fn on the push thread, in order with the pushes (the match reports
+ * of orders a quote reaches come before it); null stops it. */
 void KelSim_SetQuoteCallback(KelSimQuoteFn fn, void* ctx);
 /* Moves a manual clock on by `ms` milliseconds: the quotes of that time are given and the
  * orders they reach match. Past midnight the day ends (as KelSim_NewDay) and the next one

@@ -32,6 +32,7 @@ def test_write_config_writes_each_section_with_its_keys(tmp_path):
 
 
 SCENARIO = """
+import threading
 from secmolra.simulated import Exchange, write_config
 (WORK / "day.csv").write_text(DAY)
 os.environ["KELSIM_CONFIG"] = str(write_config(
@@ -41,13 +42,18 @@ s = SIM.session(BUILD, WORK)
 s.login(SIM.KEY, "1001", "111111")
 ex = Exchange(s)
 out = {"clock": ex.clock(), "first": ex.quote("SH", "600000").__dict__}
-seen = []
-ex.on_quote(lambda q: seen.append((q.code, q.time, q.last)))
+seen, last_seen = [], threading.Event()
+def on_quote(q):
+    seen.append((q.code, q.time, q.last))
+    if q.time == "09:31:00.000":
+        last_seen.set()
+ex.on_quote(on_quote)
 wth = s.entrust("1001", "SH", "600000", 1, 500, 9.96, "A000001001")
 ex.advance(3.5)
 ex.advance(56.5)  # 09:31:00: the ask comes down to 9.95 and reaches the resting buy
-s.events.wait_for(lambda e: e.kind == "push" and e.data.get("CJSL") == 500, timeout=10)
+assert last_seen.wait(10)
 out["seen"] = list(seen)
+out["filled"] = [e.data["CJSL"] for e in s.events.snapshot() if e.kind == "push" and e.data["CJSL"]]
 ex.set_quote("SH", "600000", 9.90, bids=[(9.89, 100)], asks=[(9.90, 300), (9.91, 400)])
 out["set"] = ex.quote("SH", "600000").__dict__
 out["refused"] = []
@@ -75,6 +81,7 @@ def test_exchange_shows_quotes_moves_the_clock_and_ends_the_day(scenario, kit):
     assert (first["upper_limit"], first["lower_limit"], first["tick"]) == (11.0, 9.0, 0.01)
     assert first["bids"] == [[9.99, 500]] and first["asks"] == [[10.01, 800]]
     assert out["seen"] == [["600000", "09:30:03.500", 10.02], ["600000", "09:31:00.000", 9.95]]
+    assert out["filled"] == [500]  # its match report came before the quote that caused it
     assert out["set"]["last"] == 9.9
     assert out["set"]["asks"] == [[9.9, 300], [9.91, 400]]
     assert out["set"]["volume"] == 2500  # kept when not given

@@ -121,9 +121,10 @@ bool Exchange::ClockNeedsRunning() const {
   return be_ && be_->clock.RunsItself() && feed_.active();
 }
 
+// The matches a quote caused are saved and pushed first: whoever sees the quote has had them.
 void Exchange::QuoteChanged(Security& s) {
+  if (be_->HasPushes()) Done();
   if (listener_ != nullptr && listener_->WantsQuotes()) listener_->OnQuote(QuoteOf(s, be_->clock));
-  if (be_->HasPushes()) Done();  // its matches are saved before they are pushed
 }
 
 // Brings the market up to `target` (a time of day, or beyond the day's end): past midnight
