@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Builds the kit in Release with the benchmarks, runs them and prints one table: each path's
-# kit time beside its floor (the same transport calls, or the same JSON, done directly).
+# kit time beside its floor (the same transport calls, or the same JSON, done directly); then
+# the simulated exchange's rate of replayed quotes.
 #
 #   bash scripts/bench.sh            # table as text
 #   bash scripts/bench.sh --markdown # table as Markdown (for the README's Performance section)

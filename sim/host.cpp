@@ -167,8 +167,11 @@ bool StartExchange(const Config& cfg, std::string* error) {
 void StartFromStartConfig() {
   Config cfg;
   std::string why;
-  if (!StartConfig(&cfg, &why) || !StartExchange(cfg, &why))
-    std::fprintf(stderr, "kelapi50 (simulated): the back end does not start: %s\n", why.c_str());
+  if (StartConfig(&cfg, &why) && StartExchange(cfg, &why)) return;
+  std::fprintf(stderr, "kelapi50 (simulated): the back end does not start: %s\n", why.c_str());
+  g_started = true;
+  clock_thread().Stop();
+  TheExchange().Stop(why);
 }
 
 void StartClock() {

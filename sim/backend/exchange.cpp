@@ -34,13 +34,13 @@ bool Exchange::Start(const Config& cfg, std::string* error) {
     std::fprintf(stderr, "kelapi50 (simulated): [backend] state = %s ignored, this build keeps state in memory only\n",
                  cfg.state.c_str());
   } else if (!cfg.state.empty() && (store = OpenStore(cfg.state, &why)) == nullptr) {
-    Stop(why);
+    StopLocked(why);
     if (error) *error = why;
     return false;
   }
   auto be = std::make_unique<Backend>(cfg);
   if (store && !store->Restore(*be, &why)) {
-    Stop(why);
+    StopLocked(why);
     if (error) *error = why;
     return false;
   }
@@ -75,6 +75,12 @@ void Exchange::SetListener(ExchangeListener* listener) {
 }
 
 void Exchange::Stop(const std::string& why) {
+  std::lock_guard<std::mutex> lock(m_);
+  Commit();
+  StopLocked(why);
+}
+
+void Exchange::StopLocked(const std::string& why) {
   be_.reset();
   store_.reset();
   failure_ = why;

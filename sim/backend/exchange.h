@@ -45,6 +45,8 @@ class Exchange {
   // holds restored. False with the reason when the replay cannot be read (the exchange is
   // then left as it was) or the state file cannot be used (the exchange is then stopped).
   bool Start(const Config& cfg, std::string* error);
+  // Saves what is pending and stops: requests are refused with the reason until a Start.
+  void Stop(const std::string& why);
   bool running() const;
   // Why the exchange is not running.
   std::string failure() const;
@@ -80,7 +82,7 @@ class Exchange {
   void Save();
 
  private:
-  void Stop(const std::string& why);
+  void StopLocked(const std::string& why);
   void Commit();
   void Emit();
   void Done();  // Commit and Emit
