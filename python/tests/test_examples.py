@@ -5,6 +5,7 @@ import re
 import shutil
 import subprocess
 import sys
+import time
 
 import pytest
 
@@ -51,6 +52,22 @@ def test_python_quickstart_runs(scenario, kit, build):
                                  str(build)], timeout=60)
     assert re.search(r"^synchronous order [1-9]\d*$", proc.stdout, re.M)
     assert re.search(r"^reply type 14 at \d{6}\.\d{3}: \{'TYPE': 14", proc.stdout, re.M)
+
+
+def test_strategy_example_trades_a_replayed_day_within_ten_seconds(scenario, kit, build):
+    require(kit, *NEEDED)
+    started = time.monotonic()
+    proc = scenario.run_command([sys.executable, str(REPO / "examples" / "strategy.py"),
+                                 str(build)], timeout=60)
+    assert time.monotonic() - started < 10
+    out = proc.stdout
+    trades = re.findall(r"^  (\d\d:\d\d:\d\d)  (buy |sell) +(\d+) @ +(\d+\.\d\d) = ", out, re.M)
+    assert {t[1] for t in trades} == {"buy ", "sell"}
+    assert [t[0] for t in trades] == sorted(t[0] for t in trades)
+    assert all("09:30:00" <= t[0] <= "15:00:00" for t in trades)
+    assert re.search(r"^== end of day \d{8}$", out, re.M)
+    assert re.search(r"^  funds: balance [\d,]+\.\d\d, available [\d,]+\.\d\d", out, re.M)
+    assert re.search(r"^  SH 600000 +\d+ shares \(\d+ sellable\)", out, re.M)
 
 
 def test_cpp_trade_example_runs(scenario, kit, build, tmp_path):

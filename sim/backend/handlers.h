@@ -7,14 +7,14 @@
 
 #include "backend.h"
 #include "block.h"
-#include "session.h"
+#include "message.h"
 
 namespace sim {
 
 struct HandlerCtx {
   Backend& be;
   const Request& req;
-  const Settings& set;
+  const Caller& who;
   Answer& ans;
 };
 using Handler = void (*)(HandlerCtx&);
@@ -52,7 +52,7 @@ void SetBlockAnswer(HandlerCtx& c, Block b);
 Customer* BlockCustomer(HandlerCtx& c, std::size_t answer_size);
 void RefuseBlock(HandlerCtx& c, std::size_t answer_size, int code, const std::string& msg);
 bool NodeAllowed(const Customer& cu, std::int32_t node_id);
-std::string Money(double v);
+std::string Money(double v, int decimals = 2);
 
 // Login and session (handlers_login.cpp).
 void HandleLogin(HandlerCtx& c);

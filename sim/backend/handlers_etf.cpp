@@ -44,7 +44,7 @@ void HandleEtfEntrust(HandlerCtx& c) {
         if (k.flag != 1)
           return RefuseBlock(c, size, err::kNoShares, "constituent " + k.zqdm + " short by " + std::to_string(need - have) + " and not substitutable");
         const Security* s = c.be.FindSecurity(k.jys, k.zqdm);
-        cash += static_cast<double>(need - have) * (s ? s->price : 0.0) * 1.1;
+        cash += static_cast<double>(need - have) * (s ? s->last : 0.0) * 1.1;
       }
     }
     if (cash > cu->Available() + 1e-6)
@@ -56,7 +56,8 @@ void HandleEtfEntrust(HandlerCtx& c) {
         p->balance -= take;
       }
     }
-    cu->balance -= cash;
+    cash = Round2(cash);
+    cu->AddFunds(-cash);
     Position& e = cu->GetPosition(jys, zqdm);
     e.balance += wtsl;
     e.sellable += wtsl;
@@ -71,7 +72,7 @@ void HandleEtfEntrust(HandlerCtx& c) {
       p.balance += k.qty * units;
       p.sellable += k.qty * units;
     }
-    cu->balance += cash;
+    cu->AddFunds(cash);
   }
 
   Order o;
@@ -82,7 +83,7 @@ void HandleEtfEntrust(HandlerCtx& c) {
   o.gdh = cu->GdhFor(jys);
   o.zqdm = zqdm;
   o.kfsbdbh = req.Text(blk::kEtfKfsbdbh, 17);
-  o.wtsj = TimeHHMMSS();
+  o.wtsj = c.be.clock.HHMMSS();
   o.jylb = jylb;
   o.wtsl = wtsl;
   o.side = Side::None;
@@ -90,9 +91,9 @@ void HandleEtfEntrust(HandlerCtx& c) {
   o.matched = wtsl;
   o.matched_amount = cash;
   o.jgsm = creation ? "created" : "redeemed";
-  Order& stored = cu->orders[o.wth] = o;
+  Order& stored = c.be.AddOrder(*cu, o);
   PushConfirmation(c.be, *cu, stored);
-  RecordMatch(c.be, *cu, stored, wtsl, cash / static_cast<double>(wtsl));
+  RecordMatch(c.be, *cu, stored, wtsl, cash / static_cast<double>(wtsl), 0.0, creation ? -cash : cash);
 
   Block ans = AnswerBlock(c.req, size, 1, creation ? "creation accepted" : "redemption accepted");
   ans.PutI64(blk::kAnsWth, stored.wth);

@@ -15,8 +15,8 @@ void HandleLogin(HandlerCtx& c) {
   if (!DecodePassword(direct ? PwdForm::Third : PwdForm::Uni, khh, c.req.Text(fid::JYMM), &clear) ||
       clear != cu->trade_pwd)
     return c.ans.Fail(err::kBadPassword, "wrong trade password");
-  if (!NodeAllowed(*cu, c.set.node_id))
-    return c.ans.Fail(err::kBadNode, "customer " + khh + " has no node " + std::to_string(c.set.node_id));
+  if (!NodeAllowed(*cu, c.who.node_id))
+    return c.ans.Fail(err::kBadNode, "customer " + khh + " has no node " + std::to_string(c.who.node_id));
   std::int64_t token = c.be.IssueToken(*cu);
   c.ans.code = 1;
   c.ans.msg = "login ok";
@@ -24,7 +24,7 @@ void HandleLogin(HandlerCtx& c) {
   Put(r, fid::KHH, khh);
   Put(r, fid::TOKEN, cu->cfg.token_text.empty() ? std::to_string(token) : cu->cfg.token_text);
   Put(r, fid::SYSTEM_TYPE, 4);
-  Put(r, fid::NODE_ID, c.set.node_id);
+  Put(r, fid::NODE_ID, c.who.node_id);
   Put(r, fid::ZJZH, cu->cfg.zjzh);
 }
 
@@ -45,10 +45,10 @@ void HandleNodeList(HandlerCtx& c) {
 void HandleServerTime(HandlerCtx& c) {
   c.ans.code = 1;
   Row& r = c.ans.AddRow();
-  Put(r, fid::SYS_DATE, DateToday(c.be.time_offset_ms));
+  Put(r, fid::SYS_DATE, c.be.clock.ShownDate());
   Put(r, fid::TIME_UNUSED, 0);
   Put(r, fid::TIME_CORRECTION, 0);
-  Put(r, fid::SERVER_TIME, TimeText(c.be.time_offset_ms));
+  Put(r, fid::SERVER_TIME, c.be.clock.TimeText());
 }
 
 void HandleTradeDate(HandlerCtx& c) {

@@ -11,7 +11,7 @@ namespace {
 
 double LastPrice(Backend& be, const Position& p) {
   const Security* s = be.FindSecurity(p.jys, p.zqdm);
-  return s ? s->price : p.cost;
+  return s ? s->last : p.cost;
 }
 
 std::string SecurityName(Backend& be, const std::string& jys, const std::string& zqdm) {
@@ -60,7 +60,7 @@ void HandleQueryFunds(HandlerCtx& c) {
   PutMoney(r, fid::FUND_AMOUNT5, 0.0);                   // unsettled
   PutMoney(r, fid::FUND_AMOUNT6, 0.0);                   // interest
   PutMoney(r, fid::FUND_AMOUNT7, MarketValue(c.be, *cu));  // market value
-  PutMoney(r, fid::FUND_AMOUNT8, cu->cfg.funds);         // balance at the start of the day
+  PutMoney(r, fid::FUND_AMOUNT8, cu->day_start);         // balance at the start of the day
   PutMoney(r, fid::FUND_AMOUNT9, cu->frozen);            // frozen
   Put(r, fid::ROW_STATE, 0);
   if (cu->cfg.bad_fund_row) {
@@ -145,7 +145,7 @@ void HandleQueryOrders(HandlerCtx& c) {
     Put(r, fid::CXBZ, o->cxbz);
     Put(r, fid::KFSBDBH, o->kfsbdbh);
     Put(r, fid::WTPCH, o->wtpch);
-    PutMoney(r, fid::DJZJ, o->Open() ? o->freeze_price * static_cast<double>(o->Remaining()) : 0.0);
+    PutMoney(r, fid::DJZJ, o->frozen);
     Put(r, fid::ZJZH, cu->cfg.zjzh);
     Put(r, fid::BZ, "RMB");
   }

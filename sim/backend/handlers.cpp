@@ -75,9 +75,9 @@ Handler FindHandler(const std::string& func) {
   return it == kTable.end() ? nullptr : it->second;
 }
 
-std::string Money(double v) {
+std::string Money(double v, int decimals) {
   char buf[64];
-  std::snprintf(buf, sizeof buf, "%.2f", v);
+  std::snprintf(buf, sizeof buf, "%.*f", decimals, v);
   return buf;
 }
 
@@ -95,8 +95,8 @@ Customer* KvCustomer(HandlerCtx& c, bool token) {
     c.ans.Fail(err::kNoCustomer, "customer " + khh + " does not exist");
     return nullptr;
   }
-  if (!NodeAllowed(*cu, c.set.node_id)) {
-    c.ans.Fail(err::kBadNode, "customer " + khh + " has no node " + std::to_string(c.set.node_id));
+  if (!NodeAllowed(*cu, c.who.node_id)) {
+    c.ans.Fail(err::kBadNode, "customer " + khh + " has no node " + std::to_string(c.who.node_id));
     return nullptr;
   }
   if (token && !c.be.TokenValid(*cu, c.req.Long(fid::TOKEN))) {
@@ -134,8 +134,8 @@ Customer* BlockCustomer(HandlerCtx& c, std::size_t answer_size) {
     RefuseBlock(c, answer_size, err::kNoCustomer, "customer " + khh + " does not exist");
     return nullptr;
   }
-  if (!NodeAllowed(*cu, c.set.node_id)) {
-    RefuseBlock(c, answer_size, err::kBadNode, "customer " + khh + " has no node " + std::to_string(c.set.node_id));
+  if (!NodeAllowed(*cu, c.who.node_id)) {
+    RefuseBlock(c, answer_size, err::kBadNode, "customer " + khh + " has no node " + std::to_string(c.who.node_id));
     return nullptr;
   }
   if (!c.be.TokenValid(*cu, req.I64(3))) {

@@ -65,12 +65,12 @@ void HandleTransfer(HandlerCtx& c) {
   auto nodes = cu->TradeNodes();
   double* alloc = nodes.empty() ? nullptr : &cu->node_alloc[nodes[0]];
   if (c.req.func == "610403") {
-    cu->balance += amount;
+    cu->AddFunds(amount);
     if (alloc) *alloc += amount;
   } else {
     if (amount > cu->Available() + 1e-6)
       return c.ans.Fail(err::kNoFunds, "insufficient funds: available " + Money(cu->Available()));
-    cu->balance -= amount;
+    cu->AddFunds(-amount);
     if (alloc) *alloc -= amount;
   }
   Done(c, *cu, "transfer done");

@@ -31,7 +31,7 @@ std::int64_t Affordable(const Customer& cu, double price, std::int64_t lot) {
 // The quantity, or a refusal (code < 0 and message).
 std::int64_t Quantity(Backend& be, Customer& cu, int func, const QtyReq& q, int* code, std::string* msg) {
   const Security* sec = be.FindSecurity(q.jys, q.zqdm);
-  double price = q.wtjg > 0 ? q.wtjg : (sec ? sec->price : 0.0);
+  double price = q.wtjg > 0 ? q.wtjg : (sec ? sec->last : 0.0);
   switch (func) {
     case 19011:
     case 19133:
