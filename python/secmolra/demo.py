@@ -12,15 +12,14 @@ from __future__ import annotations
 
 import argparse
 import sys
-import tempfile
 import threading
 from pathlib import Path
-from typing import Any, List, Optional, Sequence, Tuple
+from typing import List, Optional, Sequence, Tuple
 
 from . import BatchItem, Event, KitError, OrderEnded, OrderStatus, Session
-from .library import TRANSPORT_FILE, bundled_transport_dir, find_library
+from .library import TRANSPORT_FILE
 from .models import ConnectionEvent, Push
-from .simulated import SIM_KEY, write_profile
+from .simulated import SIM_KEY
 from .tables import cell, fit, pad, table, terminal_safe
 
 _print_lock = threading.Lock()
@@ -88,37 +87,21 @@ class Step:
         say("", f"== {name}")
 
 
-def locate(args: argparse.Namespace) -> Tuple[Any, Path]:
-    """The kit (a path or None: found by find_library) and the folder of the transport."""
-    library = args.library or args.build
-    if args.transport_dir or args.build:
-        return library, Path(args.transport_dir or args.build)
-    bundled = bundled_transport_dir()
-    if bundled is not None:
-        return library, bundled
-    found = find_library(library)
-    for folder in (found.parent, found.parent.parent):
-        if (folder / TRANSPORT_FILE).is_file():
-            return found, folder
-    return found, Path.cwd()
-
-
 def run(args: argparse.Namespace) -> int:
     """The demo; 0 on success, 1 on a failure (reported)."""
     step = Step()
     printer = EventPrinter()
-    work = Path(tempfile.mkdtemp(prefix="molra-demo-"))
-    profile = write_profile(work / "profile")
     khh, code, price = args.khh, args.security, args.price
+    options = {"transport_dir": args.transport_dir or args.build} \
+        if args.transport_dir or args.build else {}
     try:
         step("start the kit")
-        library, transport = locate(args)
-        session = Session(library, transport_dir=transport, profile_path=profile,
-                          log_path=work / "log", on_push=printer, on_reply=printer,
-                          on_conn_event=printer)
+        session = Session.simulated(args.library or args.build, on_push=printer,
+                                    on_reply=printer, on_conn_event=printer, **options)
         with session:
-            say(f"kit {session.kit.path}", f"transport {transport / TRANSPORT_FILE}",
-                f"profile {profile / 'molra.ini'}")
+            say(f"kit {session.kit.path}",
+                f"transport {Path(session.records.transport_dir or '.') / TRANSPORT_FILE}",
+                f"profile {session.records.profile_dir() / 'molra.ini'}")
             step(f"log customer {khh} in")
             say(f"token {session.login(SIM_KEY, khh, args.password)}")
 

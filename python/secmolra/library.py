@@ -13,7 +13,8 @@ from .exports import EXPORTS, Export
 from .records import decode
 
 __all__ = ["BUNDLED_DIR", "Kit", "KitError", "LIBRARY_ENV", "LibraryNotFound", "TRANSPORT_FILE",
-           "build_library", "bundled_library", "bundled_transport_dir", "find_library"]
+           "build_library", "bundled_library", "bundled_transport_dir", "find_library",
+           "transport_beside"]
 
 PathLike = Union[str, "os.PathLike[str]"]
 LIBRARY_ENV = "SECMOLRA_LIBRARY"
@@ -54,6 +55,15 @@ def bundled_library() -> Optional[Path]:
 def bundled_transport_dir() -> Optional[Path]:
     """The folder of the simulated transport carried inside the package, or None."""
     return BUNDLED_DIR if (BUNDLED_DIR / TRANSPORT_FILE).is_file() else None
+
+
+def transport_beside(library: Path) -> Optional[Path]:
+    """The folder of the kelapi50.dll that comes with a kit: the package's own folder, or
+    the build folder of a kit built at BUILD/src."""
+    for folder in (library.parent, library.parent.parent):
+        if (folder / TRANSPORT_FILE).is_file():
+            return folder
+    return None
 
 
 def find_library(path: Optional[PathLike] = None) -> Path:

@@ -10,20 +10,23 @@ orders, on top of the record-level :class:`secmolra.session.KitSession`.
 from __future__ import annotations
 
 import queue
+import tempfile
 import threading
 from dataclasses import dataclass
+from pathlib import Path
 from typing import (Any, Callable, Dict, Iterable, List, Optional, Sequence, Set, Union)
 
 from . import records as rec
 from .enums import Business, Category, Exchange, Side, exchange_of
-from .errors import InvalidArgument, KitError, NotSupported, Refused
+from .errors import InvalidArgument, NotSupported, Refused, TransportNotFound
 from .events import DEFAULT_CAPACITY, EventBuffer
-from .library import Kit, PathLike
+from .library import TRANSPORT_FILE, Kit, PathLike, find_library, transport_beside
 from .models import (CONN, PUSH, REPLY, Account, BatchItem, ConnectionEvent, EtfShare, Event,
                      Fund, Match, Node, OrderInfo, PlacementQuota, Position, Quote,
                      connection_event, parse_event)
 from .orders import DEFAULT_MAX_ORDERS, Order, OrderBook, replay_match, replay_order
 from .session import KitSession
+from .simulated import write_profile
 
 Handler = Callable[[Any], None]
 ExchangeLike = Union[Exchange, str, None]
@@ -130,6 +133,23 @@ class Session:
         self.logged_in: Set[str] = set()
         self._accounts: Dict[str, List[Account]] = {}
         self._resync = _Resync(self._resync_all, self.records.callback_failed)
+
+    @classmethod
+    def simulated(cls, library: Optional[PathLike] = None, *,
+                  folder: Optional[PathLike] = None, **options: Any) -> "Session":
+        """A session on the simulated back end: the kit as find_library finds it (the one
+        inside the package when installed from a wheel), the simulated transport that comes
+        with it, and a molra.ini for it written into `folder` (default: a new temporary
+        folder, which also takes the kit's log). Other options as for Session."""
+        kit = find_library(library)
+        transport = options.pop("transport_dir", None) or transport_beside(kit)
+        if transport is None:
+            raise TransportNotFound(f"no {TRANSPORT_FILE} beside {kit} or in its build folder: "
+                                    "give transport_dir")
+        work = Path(folder) if folder is not None else Path(tempfile.mkdtemp(prefix="molra-"))
+        options.setdefault("log_path", work / "log")
+        return cls(kit, transport_dir=transport, profile_path=write_profile(work / "profile"),
+                   **options)
 
     # ---- lifecycle -------------------------------------------------------------------
 
