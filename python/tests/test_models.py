@@ -159,3 +159,26 @@ def test_each_code_family_has_its_class(code, message, function, cls):
     assert type(error) is cls and isinstance(error, KitError)
     assert (error.code, error.message, error.function) == (code, message, function)
     assert str(error) == (f"{function}: " if function else "") + f"[{code}] {message}"
+
+
+def test_every_public_name_of_the_package_has_a_docstring():
+    import importlib
+    import inspect
+    import pkgutil
+
+    import secmolra
+    missing = []
+    for info in pkgutil.iter_modules(secmolra.__path__):
+        module = importlib.import_module(f"secmolra.{info.name}")
+        missing += [] if module.__doc__ else [module.__name__]
+        for name, obj in vars(module).items():
+            if name.startswith("_") or getattr(obj, "__qualname__", None) != name or \
+                    obj.__module__ != module.__name__:
+                continue  # private, or defined elsewhere
+            members = [(name, obj)] + [(f"{name}.{m}", getattr(v, "__func__", v))
+                                       for m, v in vars(obj).items() if not m.startswith("_")
+                                       and inspect.isclass(obj)]
+            missing += [f"{module.__name__}.{n}" for n, o in members
+                        if (inspect.isclass(o) or inspect.isfunction(o) or
+                            isinstance(o, property)) and not o.__doc__]
+    assert missing == []
