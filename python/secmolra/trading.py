@@ -210,7 +210,9 @@ class Session:
         no push had brought. Returns the events emitted. Runs by itself after a
         connection came back."""
         emitted: List[Event] = []
-        for customer in [khh] if khh else sorted(self.logged_in):
+        with self.book.lock:
+            customers = [khh] if khh else sorted(self.logged_in)
+        for customer in customers:
             replays = [replay_order(OrderInfo.from_record(r))
                        for r in self.records.orders(customer)]
             matches = [Match.from_record(r) for r in self.records.matches(customer)]
@@ -235,13 +237,15 @@ class Session:
         """Logs the customer in on the connection key (a section of molra.ini); returns the
         token."""
         token = self.records.login(key, khh, password, node_id=node_id, node=node, wtfs=wtfs)
-        self.logged_in.add(khh)
+        with self.book.lock:  # the catch-up thread reads it
+            self.logged_in.add(khh)
         return token
 
     def logout(self, khh: str) -> None:
         """Logs the customer out."""
         self.records.logout(khh)
-        self.logged_in.discard(khh)
+        with self.book.lock:
+            self.logged_in.discard(khh)
         self._accounts.pop(khh, None)
 
     # ---- queries ---------------------------------------------------------------------
