@@ -2,29 +2,29 @@
 // order and prints the replies and pushes. Run it in the folder that holds kelapi50.dll:
 //   molra_trade PROFILE_DIR/ KEY [KHH PASSWORD]
 // PROFILE_DIR/ holds molra.ini (give the trailing '/'), KEY names its connection section.
+// Against the simulated back end: molra_trade ./ SIM 1001 111111
 #include <atomic>
 #include <chrono>
 #include <cstdio>
 #include <cstring>
 #include <thread>
 
+#include "host_support.h"
 #include "secmolra.h"
 
 static std::atomic<int> g_replies{0};
 
 // Callbacks run on the transport's threads, possibly at once: print whole lines only.
 static void OnPush(const char* time, const char* json, int32_t type) {
-  std::printf("[%s] push %d %s\n", time, type, json);
+  std::printf("[%s] push %d %s\n", time, type, host::ForTerminal(json).c_str());
 }
 static void OnReply(const char* time, const char* json, int32_t type) {
-  std::printf("[%s] reply %d %s\n", time, type, json);
+  std::printf("[%s] reply %d %s\n", time, type, host::ForTerminal(json).c_str());
   ++g_replies;
 }
 
 static int Fail(const char* step) {
-  char msg[4096];  // the message has no length limit; real hosts give more
-  long long code = SECMOLRA_GetLastError(msg);
-  std::printf("%s failed: %lld %s\n", step, code, msg);
+  host::PrintLastError(step);
   SECMOLRA_Exit();
   return 1;
 }
@@ -36,6 +36,7 @@ int main(int argc, char** argv) {
   }
   const char* khh = argc > 3 ? argv[3] : "1001";
   const char* pwd = argc > 4 ? argv[4] : "111111";
+  if (!host::CheckRunFolder(argv[1])) return 2;
   SECMOLRA_SetProfilePath(argv[1]);
   SECMOLRA_SetMsgCallback(OnPush);
   SECMOLRA_SetFuncCallback(OnReply);

@@ -57,8 +57,10 @@ extern "C" {
 
 /* ---- callbacks ------------------------------------------------------------------------ */
 
-/* time: local "HHMMSS.mmm"; json: one compact JSON object; type: 8 to 11 pushes, 14 replies */
+/* Pushes: time local "HHMMSS.mmm"; json one compact JSON object; type 8 confirmation,
+ * 9 withdrawal, 10 match, 11 refused. */
 typedef void (*SECMOLRA_MsgCallback)(const char* time, const char* json, int32_t type);
+/* Replies to asynchronous requests: time and json as for pushes; type 14. */
 typedef void (*SECMOLRA_FuncCallback)(const char* time, const char* json, int32_t type);
 /* khh: the customer of the connection set; name: the connection's configured Name;
  * event: 0 when every connection of the set is up again, else the transport's break code */
@@ -268,6 +270,7 @@ SECMOLRA_API int64_t SECMOLRA_GetLastError(char* buf);
 /* Records an error; with account non-null also in the account's own error fields. */
 SECMOLRA_API void SECMOLRA_SetLastError(int64_t code, const char* msg, const char* func,
                                         CusLoginInfo* account);
+/* Switches the kit's log lines on or off (on by default); takes effect at once. */
 SECMOLRA_API void SECMOLRA_SetWriteLog(bool enable);
 /* Switches the transport's own log (Kel_WriteLog). */
 SECMOLRA_API bool SECMOLRA_SetKelWriteLog(bool enable);
@@ -275,8 +278,11 @@ SECMOLRA_API bool SECMOLRA_SetKelWriteLog(bool enable);
 SECMOLRA_API void SECMOLRA_SetProfilePath(const char* path);
 /* Log directory ("log" when empty); read by SECMOLRA_Init only. */
 SECMOLRA_API void SECMOLRA_SetLogPath(const char* path);
+/* Registers the callback of confirmation and match pushes; null removes it. Any time. */
 SECMOLRA_API void SECMOLRA_SetMsgCallback(SECMOLRA_MsgCallback cb);
+/* Registers the callback of replies to asynchronous requests; null removes it. Any time. */
 SECMOLRA_API void SECMOLRA_SetFuncCallback(SECMOLRA_FuncCallback cb);
+/* Registers the callback of connection breaks and recoveries; null removes it. Any time. */
 SECMOLRA_API void SECMOLRA_SetConnEventCallback(SECMOLRA_ConnEventCallback cb);
 /* Default node text used at login; null is refused (false), "" accepted. */
 SECMOLRA_API bool SECMOLRA_SetNode(const char* node);
@@ -391,28 +397,36 @@ SECMOLRA_API int64_t PYSECMOLRA_BatchOrderEntrust_ASync(const char* lpKhh, int64
  * query produced into `records`, and returns the query's result unchanged: the full count
  * (compare it with cap to see whether the array was too small) or a negative code, in which
  * case nothing is copied. */
+
+/* Plain-array form of SECMOLRA_QueryCusNodeinfo. */
 SECMOLRA_API int32_t PYSECMOLRA_QueryCusNodeinfo(const char* lpKeyName, const char* khh,
                                                  CusNodeInfo* records, int32_t cap);
+/* Plain-array form of SECMOLRA_QueryFundInfo. */
 SECMOLRA_API int64_t PYSECMOLRA_QueryFundInfo(const char* khh, FundRecord* records, int32_t cap);
+/* Plain-array form of SECMOLRA_QueryAccInfo. */
 SECMOLRA_API int64_t PYSECMOLRA_QueryAccInfo(const char* khh, AccountRecord* records,
                                              int32_t cap);
+/* Plain-array form of SECMOLRA_QueryOrders. */
 SECMOLRA_API int64_t PYSECMOLRA_QueryOrders(const char* khh, int32_t nType, int32_t nSortType,
                                             int32_t nRowcount, int32_t nBrowindex,
                                             const char* jys, const char* zqdm, int64_t lWth,
                                             OrderRecord* records, int32_t cap);
+/* Plain-array form of SECMOLRA_QueryMatchs. */
 SECMOLRA_API int64_t PYSECMOLRA_QueryMatchs(const char* khh, int32_t nType, int32_t nSortType,
                                             int32_t nRowcount, int32_t nBrowindex,
                                             const char* jys, const char* zqdm, int64_t lWth,
                                             MatchRecord* records, int32_t cap);
+/* Plain-array form of SECMOLRA_QueryPositions. */
 SECMOLRA_API int64_t PYSECMOLRA_QueryPositions(const char* khh, int32_t nSortType,
                                                int32_t nRowcount, int32_t nBrowindex,
                                                const char* gdh, const char* jys,
                                                const char* zqdm, int32_t exeflag,
                                                PositionRecord* records, int32_t cap);
+/* Plain-array form of SECMOLRA_QueryPSQY. */
 SECMOLRA_API int64_t PYSECMOLRA_QueryPSQY(const char* khh, const char* jys, const char* gdh,
                                           PSQYRecord* records, int32_t cap);
-/* Checks the fund code itself (null -221 "非法参数", empty -221 "基金代码不能为空", both
- * under the name "SECMOLRA_QueryETFShare"). */
+/* Plain-array form of SECMOLRA_QueryETFShare. Checks the fund code itself (null -221
+ * "非法参数", empty -221 "基金代码不能为空", both under the name "SECMOLRA_QueryETFShare"). */
 SECMOLRA_API int64_t PYSECMOLRA_QueryETFShare(const char* khh, const char* jjdm,
                                               ETFShareRecord* records, int32_t cap);
 
@@ -751,7 +765,8 @@ SECMOLRA_API int64_t SECMOLRA_FJYTradableQtyEx(CusLoginInfo* info, const char* l
                                        int32_t lDdlx);
 
 #ifdef __cplusplus
-/* Exports that fill a caller-owned std::vector (C++ hosts with the kit's standard library). */
+/* ---- exports that fill a std::vector (C++ hosts with the kit's standard library) ---- */
+/* Each has a plain-array PYSECMOLRA_ form for every other host, except where noted. */
 
 /* @vector-exports-login@ */
 /* Appends the customer's trade nodes (system type 4) to list; returns how many, or a
@@ -769,8 +784,11 @@ SECMOLRA_API int64_t SECMOLRA_QueryCusNodeinfo(const char* lpKeyName, const char
  * from an empty answer by the last error). On an error `list` keeps the records appended
  * before it. The Ex forms take the customer from a login record whose NodeID, when 1 or
  * more, names the node for this call (else the node of the customer's login). */
+
+/* Funds of the customer, one record per currency. */
 SECMOLRA_API int64_t SECMOLRA_QueryFundInfo(const char* khh, std::vector<FundRecord>& list);
 SECMOLRA_API int64_t SECMOLRA_QueryFundInfoEx(CusLoginInfo* info, std::vector<FundRecord>& list);
+/* Shareholder accounts of the customer, one record per exchange account. */
 SECMOLRA_API int64_t SECMOLRA_QueryAccInfo(const char* khh, std::vector<AccountRecord>& list);
 SECMOLRA_API int64_t SECMOLRA_QueryAccInfoEx(CusLoginInfo* info,
                                              std::vector<AccountRecord>& list);
@@ -816,10 +834,12 @@ SECMOLRA_API int64_t SECMOLRA_QueryETFShare(const char* khh, const char* jjdm,
                                             std::vector<ETFShareRecord>& list);
 SECMOLRA_API int64_t SECMOLRA_QueryETFShareEx(CusLoginInfo* info, const char* jjdm,
                                               std::vector<ETFShareRecord>& list);
-/* Fund-allocation ratios of fund account zjzh ("" for all), and the available funds per
- * node. khh null or empty, or zjzh null: -221 "非法参数". */
+/* Fund-allocation ratios between the nodes of fund account zjzh ("" for all). khh null or
+ * empty, or zjzh null: -221 "非法参数". No plain-array form. */
 SECMOLRA_API int64_t SECMOLRA_QueryZJHBCL(const char* khh, const char* zjzh,
                                           std::vector<ZJHBCLRecord>& list);
+/* Available funds per node of fund account zjzh ("" for all); arguments checked as for
+ * SECMOLRA_QueryZJHBCL. No plain-array form. */
 SECMOLRA_API int64_t SECMOLRA_QueryJDKYZJ(const char* khh, const char* zjzh,
                                           std::vector<JDKYZJRecord>& list);
 

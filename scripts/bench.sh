@@ -3,7 +3,7 @@
 # kit time beside its floor (the same transport calls, or the same JSON, done directly).
 #
 #   bash scripts/bench.sh            # table as text
-#   bash scripts/bench.sh --markdown # table as Markdown (for the README's Performance section)
+#   bash scripts/bench.sh --markdown # table as Markdown (for docs/performance.md)
 #
 # Environment: MOLRA_BENCH_BUILD (build directory, default build-bench),
 # MOLRA_BENCH_REPETITIONS (default 5), MOLRA_BENCH_MIN_TIME (seconds per repetition, 0.3).

@@ -12,10 +12,11 @@ LINUX_PACKAGES=(cmake ninja-build g++ libspdlog-dev libfmt-dev rapidjson-dev lib
                 libgtest-dev libbenchmark-dev)
 # Everything the test suites use besides: the Windows cross build and Wine; for the Python
 # suite pytest, mypy, the wheel tools, venv and pandas (secmolra.frames is tested with it);
-# clang with its runtime libraries for the sanitizer and fuzzing builds.
+# clang with its runtime libraries for the sanitizer and fuzzing builds; and what the package
+# suite reads packages with (dpkg-shlibdeps, file, pkg-config, llvm-dlltool and llvm-nm, unzip).
 TEST_PACKAGES=("${LINUX_PACKAGES[@]}" g++-mingw-w64-x86-64-posix wine64 python3-pytest mypy
                python3-build python3-wheel python3-venv python3-pandas clang
-               libclang-rt-14-dev)
+               libclang-rt-14-dev dpkg-dev file pkgconf llvm unzip)
 
 say() { printf '\n==> %s\n' "$*"; }
 die() { printf 'error: %s\n' "$*" >&2; exit 1; }
@@ -72,9 +73,11 @@ configure_and_build() {
 }
 
 # Optimised as shipped; line tables only (-g1) are enough for a backtrace and compile faster.
+# The demo (only the kit and the transport) and the test suites share this build.
+LINUX_CONFIG=(-DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_CXX_FLAGS_RELWITHDEBINFO="-O2 -g1 -DNDEBUG"
+              -DCMAKE_C_FLAGS_RELWITHDEBINFO="-O2 -g1 -DNDEBUG")
 build_linux() {
-  configure_and_build "$OUT/linux" -DCMAKE_BUILD_TYPE=RelWithDebInfo \
-    -DCMAKE_CXX_FLAGS_RELWITHDEBINFO="-O2 -g1 -DNDEBUG" -DCMAKE_C_FLAGS_RELWITHDEBINFO="-O2 -g1 -DNDEBUG"
+  configure_and_build "$OUT/linux" "${LINUX_CONFIG[@]}"
 }
 
 # The libFuzzer build (clang, every object instrumented): scripts/test.sh and scripts/fuzz.sh.

@@ -4,8 +4,9 @@
 #   bash scripts/test.sh windows    only the named suites
 # A suite is a function suite_NAME that builds what it needs and runs its tests.
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
+source "$(dirname "${BASH_SOURCE[0]}")/package_tests.sh"
 
-SUITES=(linux python asan tsan fuzz windows)
+SUITES=(linux python asan tsan fuzz windows package)
 
 # run_ctest DIR [retry]: runs DIR's tests, keeps the whole output in DIR/ctest.log and shows
 # ctest's summary, or everything when a test failed. With "retry", tests that failed are run

@@ -1,6 +1,6 @@
 // Function codes, answer keys and request fields of every customer query. The order, match,
 // position, ETF-share, allocation-ratio and node-funds queries follow the kit's own
-// agreement with the back end (see "Back-end assumptions" in README.md).
+// agreement with the back end (see docs/back-end-assumptions.md).
 #include "query/query_table.h"
 
 #include <cstddef>

@@ -2,8 +2,8 @@
 // The simulated back end includes this header too, so both sides name a field the same way.
 //
 // Ids marked "kit assumption" belong to requests and answers whose layout the back end's
-// documentation left to us (the order, match, position and ETF-share queries); the README
-// lists them.
+// documentation left to us (the order, match, position and ETF-share queries);
+// docs/back-end-assumptions.md lists them.
 #pragma once
 
 #include <cstdint>
