@@ -66,21 +66,29 @@ class _Resync:
     def __init__(self, run: Callable[[], None], failed: Callable[[BaseException], None]) -> None:
         self._run, self._failed = run, failed
         self._requests: "queue.Queue[bool]" = queue.Queue()
+        self._lock = threading.Lock()
         self._thread: Optional[threading.Thread] = None
+        self._stopped = False
         self.passes = 0
 
     def request(self) -> None:
-        if self._thread is None:
-            self._thread = threading.Thread(target=self._loop, name="secmolra-resync",
-                                            daemon=True)
-            self._thread.start()
-        self._requests.put(True)
+        with self._lock:  # a connection event may come while the session closes
+            if self._stopped:
+                return
+            if self._thread is None:
+                thread = threading.Thread(target=self._loop, name="secmolra-resync",
+                                          daemon=True)
+                thread.start()
+                self._thread = thread
+            self._requests.put(True)
 
     def stop(self) -> None:
-        if self._thread is not None:
+        with self._lock:
+            self._stopped = True
+            thread, self._thread = self._thread, None
+        if thread is not None:
             self._requests.put(False)
-            self._thread.join(timeout=30)
-            self._thread = None
+            thread.join(timeout=30)
 
     def _loop(self) -> None:
         while self._requests.get():
