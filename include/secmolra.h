@@ -3,8 +3,9 @@
  *
  * One flat C interface. Every export returns bool or a signed 64-bit value; a failure is a
  * negative code (see the codes below) that is also stored in the process-wide last-error
- * record, read with SECMOLRA_GetLastError. Strings are NUL-terminated GBK byte strings.
- * Nothing is thrown across the interface.
+ * record, read with SECMOLRA_GetLastError, and in the failing thread's own record, read with
+ * SECMOLRA_GetThreadLastError. Strings are NUL-terminated GBK byte strings. Nothing is
+ * thrown across the interface: an internal failure is -299 "内部错误".
  *
  * Callbacks run on the transport library's threads, possibly several at once: make them
  * thread-safe and return quickly.
@@ -54,6 +55,7 @@ extern "C" {
 #define SECMOLRA_ERR_NO_CONN_INFO (-224)    /* no connection information */
 #define SECMOLRA_ERR_MANY_NODES (-226)      /* several nodes, none chosen */
 #define SECMOLRA_ERR_NO_NODE (-227)         /* customer has no trading node */
+#define SECMOLRA_ERR_INTERNAL (-299)        /* "内部错误": the kit caught an internal failure */
 
 /* ---- callbacks ------------------------------------------------------------------------ */
 
@@ -265,8 +267,13 @@ SECMOLRA_API bool SECMOLRA_Init(void);
 /* Closes every connection set, stops the kit's threads and the transport. */
 SECMOLRA_API bool SECMOLRA_Exit(void);
 /* Copies the last message, NUL included, into buf (no length limit: give 1024 bytes or
- * more), returns the last code. Reading does not clear the record. */
+ * more), returns the last code. Reading does not clear the record. A null buf is left
+ * alone: only the code is returned. */
 SECMOLRA_API int64_t SECMOLRA_GetLastError(char* buf);
+/* The last error recorded on the calling thread (0 and "" when none): returns its code and
+ * copies at most cap - 1 bytes of its message and a NUL into msg (nothing when msg is null
+ * or cap is below 1). Threads that fail at the same time each read their own. */
+SECMOLRA_API int64_t SECMOLRA_GetThreadLastError(char* msg, int32_t cap);
 /* Records an error; with account non-null also in the account's own error fields. */
 SECMOLRA_API void SECMOLRA_SetLastError(int64_t code, const char* msg, const char* func,
                                         CusLoginInfo* account);
@@ -293,7 +300,7 @@ SECMOLRA_API bool SECMOLRA_SetWTFS(const char* wtfs);
 /* @exports-clock@ */
 /* Milliseconds since system start. */
 SECMOLRA_API uint64_t SECMOLRA_GetTickCount(void);
-/* The same as SECMOLRA_GetTickCount. */
+/* The same entry point as SECMOLRA_GetTickCount, exported under a second name. */
 SECMOLRA_API uint64_t SECMOLRA_GetDoubleTickCount(void);
 /* The back end's date YYYYMMDD, measured at login; queried first when not yet known (0 and
  * last error -202 when nobody is logged in). */
@@ -770,7 +777,8 @@ SECMOLRA_API int64_t SECMOLRA_FJYTradableQtyEx(CusLoginInfo* info, const char* l
 
 /* @vector-exports-login@ */
 /* Appends the customer's trade nodes (system type 4) to list; returns how many, or a
- * negative code. */
+ * negative code. An empty key uses the customer's existing connection set (code 0 with the
+ * connection layer's message when it has none); a null customer number is -221. */
 SECMOLRA_API int64_t SECMOLRA_QueryCusNodeinfo(const char* lpKeyName, const char* lpKhh,
                                                std::vector<CusNodeInfo>& list);
 

@@ -85,6 +85,7 @@ class Bad {
     }
   }
   char* Buf() { return buf_; }  // room for any message: a caller obligation
+  char* ErrorBuf() { return v_ == V::kNull ? nullptr : buf_; }  // the error reads take null
   std::int32_t* Count() { return v_ == V::kNull ? nullptr : &count_; }
   template <typename R>
   std::vector<R>& List() {
@@ -139,7 +140,8 @@ struct Export {
 // Generated from include/secmolra.h (every export but SECMOLRA_Init and SECMOLRA_Exit); the
 // exports that log out, replace tokens and nodes or change the kit's settings come last.
 const Export kExports[] = {
-    {"SECMOLRA_GetLastError", Ret::kCode, [](Bad& b) -> std::int64_t { return static_cast<std::int64_t>(SECMOLRA_GetLastError(b.Buf())); }},
+    {"SECMOLRA_GetLastError", Ret::kCode, [](Bad& b) -> std::int64_t { return static_cast<std::int64_t>(SECMOLRA_GetLastError(b.ErrorBuf())); }},
+    {"SECMOLRA_GetThreadLastError", Ret::kCode, [](Bad& b) -> std::int64_t { return static_cast<std::int64_t>(SECMOLRA_GetThreadLastError(b.ErrorBuf(), b.Cap())); }},
     {"SECMOLRA_SetLastError", Ret::kNone, [](Bad& b) -> std::int64_t { SECMOLRA_SetLastError(b.I64("code"), b.S("msg"), b.S("func"), b.Rec()); return 0; }},
     {"SECMOLRA_SetMsgCallback", Ret::kNone, [](Bad&) -> std::int64_t { SECMOLRA_SetMsgCallback(nullptr); return 0; }},
     {"SECMOLRA_SetFuncCallback", Ret::kNone, [](Bad&) -> std::int64_t { SECMOLRA_SetFuncCallback(nullptr); return 0; }},
@@ -390,7 +392,8 @@ const Rule kRules[] = {
     {"BatchOrderEntrust", "", V::kEmpty, -221, "客户号、批量委托信息不能为空"},
     {"SECMOLRA_QueryZJHBCL", "", V::kEmpty, -221, "非法参数"},
     {"SECMOLRA_QueryJDKYZJ", "", V::kEmpty, -221, "非法参数"},
-    {"QueryCusNodeinfo", "", V::kEmpty, -221, "非法参数"},
+    // An empty key is taken; the empty customer has no connection set.
+    {"QueryCusNodeinfo", "", V::kEmpty, 0, "客户未连接登录，无法获取连接"},
     {"SECMOLRA_Query", "", V::kEmpty, -221, "客户号不能为空"},
     {"PYSECMOLRA_QueryETFShare", "", V::kEmpty, -221, "基金代码不能为空"},
     {"TradeLogin", "", V::kEmpty, -221, "配置名、客户号、交易密码不能为空"},

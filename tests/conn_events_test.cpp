@@ -147,6 +147,10 @@ TEST_F(ConnEventsTest, SubscribeRecoveryCancelsPrimarySubscriptionsOnlyWhenAsked
   EXPECT_EQ(fake::OpenSessions(), 0);
   EXPECT_NE(Log().find("[info] KelComm::KelConn::on_conn_event subscribe crash: 订阅句柄置0"),
             std::string::npos);
+  // The cancelled handles are cleared: the next login subscribes again.
+  EXPECT_EQ(set->slots[0][KelConn::kConfirmSlot], 0);
+  EXPECT_EQ(set->slots[0][KelConn::kReportSlot], 0);
+  EXPECT_EQ(set->slots[1][KelConn::kConfirmSlot], 21);
 }
 
 TEST_F(ConnEventsTest, SubscribeRecoveryWithoutCancelStillLogsTheCrash) {
@@ -155,6 +159,7 @@ TEST_F(ConnEventsTest, SubscribeRecoveryWithoutCancelStillLogsTheCrash) {
   fake::Raise(set->subscribe_handle, 0);
   EXPECT_EQ(fake::Calls("Kel_Unsubscribe"), "");
   EXPECT_EQ(fake::Calls("Kel_AllocateSession"), "");
+  EXPECT_EQ(set->slots[0][KelConn::kConfirmSlot], 11);
   EXPECT_NE(Log().find("subscribe crash: 订阅句柄置0"), std::string::npos);
   EXPECT_NE(Log().find("订阅服务重新连接成功[KEY:K KHH:1001]"), std::string::npos);
 }

@@ -7,6 +7,9 @@
 
 #include <atomic>
 #include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
 #include <map>
 #include <mutex>
 #include <set>
@@ -15,6 +18,10 @@
 #include <utility>
 #include <vector>
 
+#include "comm/kel_api.h"
+#include "log/log.h"
+#include "push/push_handlers.h"
+#include "push/replies.h"
 #include "support/json_fields.h"
 #include "support/trade_fixture.h"
 
@@ -161,3 +168,69 @@ TEST_F(ExitFaults, CallsOnOtherThreadsWhileOneExitsFailCleanly) {
 }
 
 }  // namespace
+
+// A transport thread that still runs while the process ends. This object is built before
+// every other static object of the program (lowest init priority), so it is destroyed after
+// all of them, the kit's included. Armed by the test below, its destructor plays such a
+// thread: a reply the kit refuses and a push it does not know, as the transport delivers
+// them then. The process fails (exit code 3) unless both reached the kit's log and the
+// last-error record.
+namespace {
+
+char g_late_log[512];  // the armed test's log file; plain storage, never destroyed
+
+bool LateIsStruct(kel::int64, kel::int32) { return true; }
+const char* LateNoAnswer(kel::int64, kel::int32* len, kel::int32) {
+  *len = 0;
+  return nullptr;
+}
+void LateRelease(kel::int64) {}
+
+bool FileHolds(const char* path, const char* text) {
+  std::FILE* f = std::fopen(path, "rb");
+  if (f == nullptr) return false;
+  static char content[1 << 16];
+  const std::size_t n = std::fread(content, 1, sizeof content - 1, f);
+  std::fclose(f);
+  content[n] = '\0';
+  return std::strstr(content, text) != nullptr;
+}
+
+struct LateTransportThread {
+  ~LateTransportThread() {
+    if (g_late_log[0] == '\0') return;
+    kel::api.Kel_IsStruct = LateIsStruct;  // the transport itself is gone by now
+    kel::api.Kel_GetStructDataEx = LateNoAnswer;
+    kel::api.Kel_ReleaseSession = LateRelease;
+    std::thread([] {
+      molra::Sc_Order_AsyncFuncProcess(1);
+      molra::ScStructMsgProc(nullptr, 77, 3, nullptr);
+    }).join();
+    if (spdlog::logger* l = molra::g_logger.load()) l->flush();
+    const bool ok = SECMOLRA_GetLastError(nullptr) == -205 &&
+                    FileHolds(g_late_log, "Sc_Order_AsyncFuncProcess：应答数据包不正确1") &&
+                    FileHolds(g_late_log, "ScStructMsgProc received unknow message. func:77 datalen:3");
+    if (!ok) {
+      std::fprintf(stderr, "a transport thread at process end found the kit's log or error record gone\n");
+      std::_Exit(3);
+    }
+  }
+};
+__attribute__((init_priority(101))) LateTransportThread g_late_transport_thread;
+
+}  // namespace
+
+TEST(ProcessEnd, ATransportThreadStillLogsAfterTheKitsStaticObjectsAreGone) {
+#if defined(_WIN32)
+  // No thread starts while a Windows process ends, and the transport's threads are stopped
+  // before a library's objects are destroyed.
+  GTEST_SKIP() << "no thread runs at process end on Windows";
+#endif
+  const std::string dir = MakeTempDir();
+  molra::SetUpLogging(dir);
+  MOLRA_LOG_INFO("{} armed", "ProcessEnd");
+  const std::string log = dir + "/molra_" + Today() + ".log";
+  ASSERT_LT(log.size(), sizeof g_late_log);
+  ASSERT_NE(KitLog(dir).find("ProcessEnd armed"), std::string::npos);
+  std::snprintf(g_late_log, sizeof g_late_log, "%s", log.c_str());  // checked when the process ends
+}

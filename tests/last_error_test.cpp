@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstring>
 #include <string>
+#include <thread>
 
 #include "api/kit_state.h"
 #include "api/last_error.h"
@@ -30,6 +31,36 @@ TEST(LastError, IsZeroAndEmptyBeforeAnyErrorReadingDoesNotClearAndNullMessageIsE
   EXPECT_EQ(LastError(&got), -5);
   EXPECT_EQ(got, "");
   EXPECT_EQ(LastError(&got), -5);
+}
+
+TEST(LastError, NullBufferGivesTheCodeAndWritesNothing) {
+  SECMOLRA_SetLastError(-42, "abcdef", "Fn", nullptr);
+  EXPECT_EQ(SECMOLRA_GetLastError(nullptr), -42);
+  EXPECT_EQ(SECMOLRA_GetThreadLastError(nullptr, 16), -42);
+}
+
+TEST(LastError, ThreadRecordIsCopiedWithinTheCapacityAndIsEmptyOnAThreadWithoutErrors) {
+  SECMOLRA_SetLastError(-42, "abcdef", "Fn", nullptr);
+  struct Case {
+    std::int32_t cap;
+    const char* text;  // what the buffer holds afterwards
+  };
+  for (const Case& c : {Case{-1, "untouched"}, Case{0, "untouched"}, Case{1, ""}, Case{4, "abc"},
+                        Case{7, "abcdef"}, Case{64, "abcdef"}}) {
+    char buf[64] = "untouched";
+    EXPECT_EQ(SECMOLRA_GetThreadLastError(buf, c.cap), -42) << c.cap;
+    EXPECT_STREQ(buf, c.text) << c.cap;
+  }
+  std::thread([] {
+    char buf[16] = "untouched";
+    EXPECT_EQ(SECMOLRA_GetThreadLastError(buf, sizeof buf), 0);
+    EXPECT_STREQ(buf, "");
+    SECMOLRA_SetLastError(-7, "other", nullptr, nullptr);
+    EXPECT_EQ(SECMOLRA_GetThreadLastError(buf, sizeof buf), -7);
+  }).join();
+  // The process-wide record follows every thread; this thread's record stays its own.
+  EXPECT_EQ(SECMOLRA_GetLastError(nullptr), -7);
+  EXPECT_EQ(SECMOLRA_GetThreadLastError(nullptr, 0), -42);
 }
 
 TEST(LastError, LongMessageIsKeptWholeButCutTo256UnterminatedBytesInTheAccount) {

@@ -45,6 +45,20 @@ TEST(Log, NestedDirectoryIsCreatedAndLinesFollowThePattern) {
   SECMOLRA_Exit();
 }
 
+// Made with the platform's directory call: names that a command interpreter would split or
+// run are made as they stand, and nothing else happens.
+TEST(Log, DirectoryNamesAreTakenAsTheyStand) {
+  const std::string base = MakeTempDir();
+  ChangeDir(base);
+  for (const char* name : {"log files/of today", "a & md injected", "b (1)/c"}) {
+    const std::string dir = base + "/" + name;
+    molra::SetUpLogging(dir);
+    MOLRA_LOG_INFO("{} here", name);
+    EXPECT_NE(TodayLog(dir).find(std::string(name) + " here"), std::string::npos) << name;
+  }
+  EXPECT_FALSE(FileExists(base + "/injected"));
+}
+
 TEST(Log, SwitchedOffBeforeInitCreatesTheFileButWritesNothing) {
   std::string dir = MakeTempDir() + "/quiet";
   SECMOLRA_SetLogPath(dir.c_str());

@@ -2,6 +2,7 @@
 #include <cstring>
 
 #include "support/login_fixture.h"
+#include "util/dynlib.h"
 #include "util/server_time.h"
 #include "util/time_text.h"
 
@@ -77,6 +78,22 @@ TEST(LoginClock, TickCountsAgreeAndQuotesAreInert) {
   EXPECT_EQ(count, 0);
   EXPECT_EQ(SECMOLRA_GetQuote(nullptr, nullptr, nullptr), 0);
   SECMOLRA_GetReviseTime(nullptr);  // no buffer: nothing written, no crash
+}
+
+// One function exported under both names: the library's two symbols have one address.
+TEST(LoginClock, DoubleTickCountIsTheTickCountsEntryPoint) {
+#if defined(_WIN32)
+  const std::string library = BuildDir() + "/src/secmolra.dll";
+#else
+  const std::string library = BuildDir() + "/src/libsecmolra.so";
+#endif
+  void* kit = molra::LoadDynamicLibrary(library.c_str());
+  ASSERT_NE(kit, nullptr) << library;
+  void* tick = molra::FindSymbol(kit, "SECMOLRA_GetTickCount");
+  ASSERT_NE(tick, nullptr);
+  EXPECT_EQ(molra::FindSymbol(kit, "SECMOLRA_GetDoubleTickCount"), tick);
+  EXPECT_EQ(reinterpret_cast<void*>(&SECMOLRA_GetDoubleTickCount),
+            reinterpret_cast<void*>(&SECMOLRA_GetTickCount));
 }
 
 TEST(LoginClock, RevisedTimeBeforeAnyMeasurementIsTheLocalReading) {

@@ -166,14 +166,23 @@ TEST_F(LoginTest, QueryCusNodeinfoAppendsTheTypeFourNodesOnly) {
             std::string::npos);
 }
 
-TEST_F(LoginTest, QueryCusNodeinfoChecksItsArguments) {
+// Only a null customer number is refused; an empty (or null) key finds the customer's set.
+TEST_F(LoginTest, QueryCusNodeinfoWithoutAKeyUsesTheCustomersExistingSet) {
   StartDefault();
   std::vector<CusNodeInfo> list;
-  EXPECT_EQ(SECMOLRA_QueryCusNodeinfo(nullptr, "1001", list), -221);
   EXPECT_EQ(SECMOLRA_QueryCusNodeinfo("T", nullptr, list), -221);
-  EXPECT_EQ(SECMOLRA_QueryCusNodeinfo("", "1001", list), -221);
   EXPECT_EQ(LastErrorText(), "非法参数");
   EXPECT_EQ(Sim::Get().CallLog(), "");
+  // No set yet: the connection manager's staged failure, code 0.
+  EXPECT_EQ(SECMOLRA_QueryCusNodeinfo("", "1003", list), 0);
+  EXPECT_EQ(LastErrorText(), "客户未连接登录，无法获取连接");
+  ASSERT_GT(SECMOLRA_TradeLogin("T", "1003", "333333"), 0);
+  for (const char* key : {"", static_cast<const char*>(nullptr)}) {
+    list.clear();
+    EXPECT_EQ(SECMOLRA_QueryCusNodeinfo(key, "1003", list), 1) << LastErrorText();
+    ASSERT_EQ(list.size(), 1u);
+    EXPECT_EQ(V(list[0].NodeID), 3);
+  }
 }
 
 TEST_F(LoginTest, QueryCusNodeinfoReportsTheBackEndsRefusal) {

@@ -93,7 +93,8 @@ TEST_F(LoginTest, DirectFormSendsSettingsAndFieldsInOrderAndRegistersTheCustomer
   auto rec = molra::Registry().Find(4, "1001");
   ASSERT_NE(rec, nullptr);
   EXPECT_STREQ(rec->khh, "1001");
-  EXPECT_STREQ(rec->password, "111111");
+  EXPECT_EQ(std::string(rec->password, sizeof rec->password), std::string(sizeof rec->password, '\0'))
+      << "no clear password is kept after the login";
   EXPECT_EQ(V(rec->token), token);
   EXPECT_EQ(V(rec->node_id), 1);
   EXPECT_EQ(V(rec->wtfs_number), 7);

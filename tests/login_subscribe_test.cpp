@@ -2,6 +2,8 @@
 // the "already subscribe" stops, the condition, and pushes reaching the message callback.
 #include <cstring>
 #include <mutex>
+#include <set>
+#include <sstream>
 #include <vector>
 
 #include "comm/conn_pool.h"
@@ -67,7 +69,7 @@ TEST_F(LoginTest, PerSubscriptionPathSubscribesBothKindsWithTheirHandlers) {
                          ")\nKel_AllocateSession(" + sub + ")\n" + SubscriptionCalls("DM0004", "fn");
   EXPECT_NE(calls.find(expected), std::string::npos) << calls;
   EXPECT_EQ(calls.find("Kel_RegGlobalStructPublishFunc"), std::string::npos);
-  kel::int64* slots = SetOf("1001")->ActiveSlots();
+  auto* slots = SetOf("1001")->ActiveSlots();
   EXPECT_GE(slots[1], 1);
   EXPECT_GE(slots[3], 1);
   EXPECT_NE(slots[1], slots[3]);
@@ -97,7 +99,7 @@ TEST_F(LoginTest, StructuredPathRegistersTheGlobalHandlerAndSharesTheConfirmatio
   ASSERT_NE(reg, std::string::npos) << calls;
   EXPECT_NE(calls.find(SubscriptionCalls("DM0003", "(null)"), reg), std::string::npos) << calls;
   EXPECT_NE(calls.find(SubscriptionCalls("DM0004", "(null)"), reg), std::string::npos) << calls;
-  kel::int64* slots = SetOf("1001")->ActiveSlots();
+  auto* slots = SetOf("1001")->ActiveSlots();
   EXPECT_GE(slots[1], 1);
   EXPECT_EQ(slots[3], 0);  // the match subscription went into the confirmation slot
 
@@ -195,4 +197,73 @@ TEST_F(LoginTest, SubscriptionWithoutACustomerDoesNothing) {
   molra::SubscribeTradeMsg("1001", nullptr);
   EXPECT_EQ(Sim::Get().CallLog(),
             "Kel_RegGlobalStructPublishFunc(fn)\nKel_RegGlobalStructPublishFunc(fn)\n");
+}
+
+namespace {
+
+// Kel_Unsubscribe calls of the call log with a subscription id above 0, by id.
+std::set<std::string> CancelledIds(const std::string& log) {
+  std::set<std::string> ids;
+  std::istringstream in(log);
+  for (std::string line; std::getline(in, line);) {
+    if (line.rfind("Kel_Unsubscribe(", 0) != 0) continue;
+    std::string id = line.substr(line.find(',') + 1, line.size() - line.find(',') - 2);
+    if (id != "0") ids.insert(id);
+  }
+  return ids;
+}
+
+// The subscribe connection breaks and comes back with cancelkelresub set: both
+// subscriptions are cancelled and their handles cleared, so the next login subscribes again
+// and pushes arrive again. `size` is the pushed record's layout, `khh_at` its KHH's offset.
+class Resubscription : public LoginTest {
+ protected:
+  void ExpectAfterACancellingRecovery(int size, int khh_at);
+};
+
+void Resubscription::ExpectAfterACancellingRecovery(int size, int khh_at) {
+  SECMOLRA_SetMsgCallback(&OnMsg);
+  ASSERT_GT(SECMOLRA_TradeLogin("T", "1001", "111111"), 0);
+  ASSERT_EQ(LOGIN_SIM_FN(KelSim_SubscriptionCount)("1001"), 2);
+  const std::int64_t sub = LOGIN_SIM_FN(KelSim_ConnectionByAddr)("127.0.0.1:9104", 0);
+  LOGIN_SIM_FN(KelSim_BreakConnection)(sub, 3);
+  LOGIN_SIM_FN(KelSim_RestoreConnection)(sub);
+  LOGIN_SIM_FN(KelSim_WaitIdle)();
+  EXPECT_EQ(LOGIN_SIM_FN(KelSim_SubscriptionCount)("1001"), 0) << "both cancelled";
+  EXPECT_EQ(SetOf("1001")->ActiveSlots()[1], 0);
+  EXPECT_EQ(SetOf("1001")->ActiveSlots()[3], 0);
+
+  ASSERT_GT(SECMOLRA_TradeLogin("T", "1001", "111111"), 0);
+  EXPECT_EQ(LOGIN_SIM_FN(KelSim_SubscriptionCount)("1001"), 2);
+  const std::string log = Log();
+  EXPECT_EQ(Count(log, "already subscribe"), 0u);
+  EXPECT_EQ(Count(log, "SubscribeTradeMsg qr subscribe success"), 2u);
+  std::string record(static_cast<std::size_t>(size), '\0');
+  record.replace(static_cast<std::size_t>(khh_at), 4, "1001");
+  LOGIN_SIM_FN(KelSim_PushRecord)("1001", 0, record.data(), size);
+  LOGIN_SIM_FN(KelSim_WaitIdle)();
+  std::lock_guard<std::mutex> lock(g_mutex);
+  EXPECT_EQ(g_delivered.size(), 1u);
+}
+
+}  // namespace
+
+TEST_F(Resubscription, CancellingRecoveryLetsTheNextLoginSubscribeAgain) {
+  StartDefault("", "cancelkelresub=1\n");
+  ExpectAfterACancellingRecovery(402, 0);
+}
+
+TEST_F(Resubscription, CancellingRecoveryWithStructuredPushesCancelsBothAndSubscribesAgain) {
+  StartDefault("StructPushMsg=1\n", "cancelkelresub=1\n");
+  ExpectAfterACancellingRecovery(415, 13);
+}
+
+// With structured pushes the match subscription takes the confirmation slot; the exit still
+// cancels both subscriptions.
+TEST_F(LoginTest, ExitCancelsBothStructuredSubscriptions) {
+  StartDefault("StructPushMsg=1\n");
+  ASSERT_GT(SECMOLRA_TradeLogin("T", "1001", "111111"), 0);
+  Sim::Get().ClearCallLog();
+  ASSERT_TRUE(SECMOLRA_Exit());
+  EXPECT_EQ(CancelledIds(Sim::Get().CallLog()).size(), 2u) << Sim::Get().CallLog();
 }

@@ -358,6 +358,26 @@ TEST_F(QueryFrame, CursorReadsAnyTableAndReleasesItsSessionAtTheEnd) {
   EXPECT_EQ(SECMOLRA_GetQueryCount(cur), -221);
 }
 
+// The transport is uninitialised at the exit: an open cursor is dropped without calling it,
+// then or later.
+TEST_F(QueryFrame, CursorLeftOpenAtExitIsDroppedWithoutCallingTheTransport) {
+  LogIn();
+  Script("ZD0001", 0, "", "1=SH|2=x");
+  const std::int64_t cur = SECMOLRA_BeginQuery("", "ZD0001", "");
+  ASSERT_GT(cur, 0) << Err();
+  Sim::Get().ClearCallLog();
+  ASSERT_TRUE(SECMOLRA_Exit());
+  const std::string calls = Sim::Get().CallLog();
+  ASSERT_NE(calls.find("Kel_Uninitialize()\n"), std::string::npos) << calls;
+  Sim::Get().ClearCallLog();
+  char buf[16];
+  EXPECT_EQ(SECMOLRA_GetQueryCount(cur), -221);
+  EXPECT_EQ(SECMOLRA_GetQuery(cur, 0, 1, buf, sizeof buf), -221);
+  EXPECT_EQ(SECMOLRA_EndQuery(cur), -221);
+  EXPECT_EQ(Sim::Get().CallLog(), "");
+  EXPECT_EQ(OpenSessions(), 1) << "its session was left to the transport";
+}
+
 TEST_F(QueryFrame, CursorOnARefusedAnswerIsNoCursor) {
   LogIn();
   Script("ZD0002", -5, "无此表", "");

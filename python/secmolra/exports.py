@@ -91,7 +91,7 @@ EXPORTS: List[Export] = [
     *one("SECMOLRA_Init", B),
     *one("SECMOLRA_Exit", B),
     *one("SECMOLRA_GetLastError", I64, "buf:BUF"),
-    *one("SECMOLRA_GetThreadLastError", I64, "buf:BUF cap:I32"),
+    *one("SECMOLRA_GetThreadLastError", I64, "msg:BUF cap:I32"),
     *one("SECMOLRA_SetLastError", None, "code:I64 msg func account:ACC"),
     *one("SECMOLRA_SetWriteLog", None, "enable:B"),
     *one("SECMOLRA_SetKelWriteLog", B, "enable:B"),

@@ -30,7 +30,6 @@ else:
 
 # Large enough for any last-error message: an answer's error text may be up to 1 MiB.
 _ERROR_BUFFER_SIZE = 2 * 1024 * 1024
-THREAD_ERROR_EXPORT = "SECMOLRA_GetThreadLastError"
 
 
 def _repository_root() -> Path:
@@ -132,24 +131,14 @@ class Kit:
         self.exports[export.name] = export
         setattr(self, export.name, fn)
 
-    @property
-    def thread_errors(self) -> bool:
-        """True when the kit keeps each thread's last error (read by :meth:`last_error`);
-        False for a kit with only the process-wide record, where a failure on another
-        thread can replace the message between a call and its reading."""
-        return THREAD_ERROR_EXPORT in self.exports
-
     def last_error(self) -> Tuple[int, str]:
-        """The last error recorded on the calling thread as (code, message), read through
-        the per-thread export when the kit has it, else the process-wide record. Reading
-        does not clear it."""
+        """The last error the kit recorded on the calling thread, as (code, message), read
+        through SECMOLRA_GetThreadLastError: another thread's failure never shows here.
+        Reading does not clear it."""
         buf = getattr(self._local, "buf", None)
         if buf is None:
             buf = self._local.buf = ctypes.create_string_buffer(_ERROR_BUFFER_SIZE)
-        if self.thread_errors:
-            code = self.SECMOLRA_GetThreadLastError(buf, len(buf))
-        else:
-            code = self.SECMOLRA_GetLastError(buf)
+        code = self.SECMOLRA_GetThreadLastError(buf, len(buf))
         return int(code), decode(buf.value)
 
     def error(self, function: str = "") -> KitError:

@@ -142,7 +142,7 @@ std::int64_t LoginRun::ResolveNode() {
   std::vector<CusNodeInfo> nodes;
   std::int64_t n = AccountInfo::AcctManage::GetAccountJDBH(khh_, *conn_, nodes, 0);
   if (n < 0) {
-    if (msg_ != nullptr) *msg_ = GetLastErrorRecord().message;  // recorded by the query
+    if (msg_ != nullptr) *msg_ = ThreadLastError().message;  // recorded by the query
     return n;
   }
   if (n == 0) return Fail(-227, text::kNoNode);
@@ -189,11 +189,13 @@ std::int64_t LoginRun::ReadToken(const KelSession& s, const LoginForm& form) con
   return kel::api.Kel_GetLong(s.handle(), fid::TOKEN, -1);
 }
 
+// A new record replaces the customer's: order threads may be reading the one registered.
+// The password is not kept: it served this login only.
 void LoginRun::Register(std::int64_t token) const {
-  std::shared_ptr<CusRecord> rec = Registry().Find(conn_->system_type, khh_);
-  if (!rec) rec = std::make_shared<CusRecord>();  // value-initialised: all zero
+  std::shared_ptr<const CusRecord> old = Registry().Find(conn_->system_type, khh_);
+  auto rec = old ? std::make_shared<CusRecord>(*old) : std::make_shared<CusRecord>();
   CopyField(rec->khh, khh_.c_str());
-  CopyField(rec->password, password_.c_str());
+  CopyField(rec->password, "");
   rec->token = token;
   rec->node_id = node_id_;
   rec->wtfs_number = std::atol(wtfs_.c_str());

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "account/registry.h"
+#include "api/guard.h"
 #include "api/kit_state.h"
 #include "api/last_error.h"
 #include "comm/conn_pool.h"
@@ -93,8 +94,9 @@ std::int64_t ModifyPwd(const Customer& c, const char* khh, const char* old_pwd,
   return RunMethod(m, c, [&] {
     std::string old_enc = EncodePassword3rd(khh, old_pwd);
     std::string new_enc = EncodePassword3rd(khh, new_pwd);
-    MOLRA_LOG_INFO("{} Req {} modify pwd. Param[khh:{} oldpwd:{} newpwd:{}]", m.name,
-                   m.func_code, khh, old_enc, new_enc);
+    // The back end accepts the encoded passwords as they are: neither goes to the log.
+    MOLRA_LOG_INFO("{} Req {} modify pwd. Param[khh:{} oldpwd:*** newpwd:***]", m.name,
+                   m.func_code, khh);
     return ReqFields{ReqField::Text(fid::KHH, khh), ReqField::Int(fid::LOGIN_TYPE, kLoginType),
                      ReqField::Text(fid::OLD_PWD, old_enc),
                      ReqField::Text(fid::NEW_PWD, new_enc)};
@@ -141,75 +143,85 @@ extern "C" {
 
 SECMOLRA_API int64_t SECMOLRA_ModifyPwd(const char* khh, const char* oldPwd, const char* newPwd,
                                         int32_t kind) {
-  constexpr const char* kName = "SECMOLRA_ModifyPwd";
-  if (khh == nullptr || oldPwd == nullptr || newPwd == nullptr) {
-    return Fail(SECMOLRA_ERR_ARGUMENT, "非法参数", kName);
-  }
-  if (*khh == '\0' || *oldPwd == '\0' || *newPwd == '\0') {
-    return Fail(SECMOLRA_ERR_ARGUMENT, "客户号、新旧密码不能为空", kName);
-  }
-  MOLRA_LOG_INFO("{} lpKhh:{} nType:{}", kName, khh, kind);
-  Customer c;
-  std::int64_t code = 0;
-  if (!Lookup(kName, khh, c, code)) return code;
-  return ModifyPwd(c, khh, oldPwd, newPwd, kind);
+  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+    constexpr const char* kName = "SECMOLRA_ModifyPwd";
+    if (khh == nullptr || oldPwd == nullptr || newPwd == nullptr) {
+      return Fail(SECMOLRA_ERR_ARGUMENT, "非法参数", kName);
+    }
+    if (*khh == '\0' || *oldPwd == '\0' || *newPwd == '\0') {
+      return Fail(SECMOLRA_ERR_ARGUMENT, "客户号、新旧密码不能为空", kName);
+    }
+    MOLRA_LOG_INFO("{} lpKhh:{} nType:{}", kName, khh, kind);
+    Customer c;
+    std::int64_t code = 0;
+    if (!Lookup(kName, khh, c, code)) return code;
+    return ModifyPwd(c, khh, oldPwd, newPwd, kind);
+  });
 }
 
 SECMOLRA_API int64_t SECMOLRA_FundTransIn(const char* khh, const char* pwd, double amount,
                                           const char* zjzh, const char* text5, const char* text6,
                                           const char* remark) {
-  return FundTransfer("SECMOLRA_FundTransIn", kTransferIn, khh, pwd, amount, zjzh, text5, text6,
-                      remark);
+  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+    return FundTransfer("SECMOLRA_FundTransIn", kTransferIn, khh, pwd, amount, zjzh, text5, text6,
+                        remark);
+  });
 }
 
 SECMOLRA_API int64_t SECMOLRA_FundTransOut(const char* khh, const char* pwd, double amount,
                                            const char* zjzh, const char* text5, const char* text6,
                                            const char* remark) {
-  return FundTransfer("SECMOLRA_FundTransOut", kTransferOut, khh, pwd, amount, zjzh, text5,
-                      text6, remark);
+  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+    return FundTransfer("SECMOLRA_FundTransOut", kTransferOut, khh, pwd, amount, zjzh, text5,
+                        text6, remark);
+  });
 }
 
 SECMOLRA_API int64_t SECMOLRA_FundTransBetweenNodes(int32_t systemType, const char* khh,
                                                     const char* zjzh, double amount,
                                                     int64_t node1, int64_t node2,
                                                     const char* remark) {
-  constexpr const char* kName = "SECMOLRA_FundTransBetweenNodes";
-  MOLRA_LOG_INFO("{} systemtype:{},lpKhh:{},sZjzh:{},dFsje:{},nNode1:{},nNode2:{},sZy:{} ",
-                 kName, systemType, LogText(khh), LogText(zjzh), amount, node1, node2,
-                 LogText(remark));
-  if (systemType != kSystemType || Missing(khh) || !(amount > 0) || !ValidNodes(node1, node2)) {
-    return Fail(SECMOLRA_ERR_ARGUMENT, "非法参数", kName);
-  }
-  Customer c;
-  std::int64_t code = 0;
-  if (!Lookup(kName, khh, c, code)) return code;
-  return RunMethod(kBetweenNodes, c, [&] {
-    return ReqFields{ReqField::Text(fid::KHH, khh), ReqField::Text(fid::BZ, "RMB"),
-                     ReqField::Text(fid::ZJZH, zjzh), ReqField::Double(fid::FSJE, amount),
-                     ReqField::Long(fid::NODE1, node1), ReqField::Long(fid::NODE2, node2),
-                     ReqField::Text(fid::REMARK, remark)};
+  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+    constexpr const char* kName = "SECMOLRA_FundTransBetweenNodes";
+    MOLRA_LOG_INFO("{} systemtype:{},lpKhh:{},sZjzh:{},dFsje:{},nNode1:{},nNode2:{},sZy:{} ",
+                   kName, systemType, LogText(khh), LogText(zjzh), amount, node1, node2,
+                   LogText(remark));
+    if (systemType != kSystemType || Missing(khh) || !(amount > 0) || !ValidNodes(node1, node2)) {
+      return Fail(SECMOLRA_ERR_ARGUMENT, "非法参数", kName);
+    }
+    Customer c;
+    std::int64_t code = 0;
+    if (!Lookup(kName, khh, c, code)) return code;
+    return RunMethod(kBetweenNodes, c, [&] {
+      return ReqFields{ReqField::Text(fid::KHH, khh), ReqField::Text(fid::BZ, "RMB"),
+                       ReqField::Text(fid::ZJZH, zjzh), ReqField::Double(fid::FSJE, amount),
+                       ReqField::Long(fid::NODE1, node1), ReqField::Long(fid::NODE2, node2),
+                       ReqField::Text(fid::REMARK, remark)};
+    });
   });
 }
 
 SECMOLRA_API int64_t SECMOLRA_ModifyZJHBCL(int32_t systemType, const char* khh,
                                            const char* zjzh, int64_t node1, int64_t node2,
                                            double ratio1, double ratio2, const char* remark) {
-  constexpr const char* kName = "SECMOLRA_ModifyZJHBCL";
-  MOLRA_LOG_INFO("{} systemtype:{},lpKhh:{},sZjzh:{},nNode1:{},nNode2:{},dBl1:{},dBl2:{},sZy:{} ",
-                 kName, systemType, LogText(khh), LogText(zjzh), node1, node2, ratio1, ratio2,
-                 LogText(remark));
-  if (systemType != kSystemType || Missing(khh) || !ValidNodes(node1, node2) ||
-      !(ratio1 >= 0) || !(ratio2 >= 0)) {
-    return Fail(SECMOLRA_ERR_ARGUMENT, "非法参数", kName);
-  }
-  Customer c;
-  std::int64_t code = 0;
-  if (!Lookup(kName, khh, c, code)) return code;
-  return RunMethod(kModifyRatio, c, [&] {
-    return ReqFields{ReqField::Text(fid::KHH, khh),       ReqField::Text(fid::BZ, "RMB"),
-                     ReqField::Text(fid::ZJZH, zjzh),     ReqField::Long(fid::NODE1, node1),
-                     ReqField::Long(fid::NODE2, node2),   ReqField::Double(fid::RATIO1, ratio1),
-                     ReqField::Double(fid::RATIO2, ratio2), ReqField::Text(fid::REMARK, remark)};
+  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+    constexpr const char* kName = "SECMOLRA_ModifyZJHBCL";
+    MOLRA_LOG_INFO("{} systemtype:{},lpKhh:{},sZjzh:{},nNode1:{},nNode2:{},dBl1:{},dBl2:{},sZy:{} ",
+                   kName, systemType, LogText(khh), LogText(zjzh), node1, node2, ratio1, ratio2,
+                   LogText(remark));
+    if (systemType != kSystemType || Missing(khh) || !ValidNodes(node1, node2) ||
+        !(ratio1 >= 0) || !(ratio2 >= 0)) {
+      return Fail(SECMOLRA_ERR_ARGUMENT, "非法参数", kName);
+    }
+    Customer c;
+    std::int64_t code = 0;
+    if (!Lookup(kName, khh, c, code)) return code;
+    return RunMethod(kModifyRatio, c, [&] {
+      return ReqFields{ReqField::Text(fid::KHH, khh),       ReqField::Text(fid::BZ, "RMB"),
+                       ReqField::Text(fid::ZJZH, zjzh),     ReqField::Long(fid::NODE1, node1),
+                       ReqField::Long(fid::NODE2, node2),   ReqField::Double(fid::RATIO1, ratio1),
+                       ReqField::Double(fid::RATIO2, ratio2), ReqField::Text(fid::REMARK, remark)};
+    });
   });
 }
 

@@ -2,6 +2,7 @@
 // temporary list and copies what fits into the caller's array.
 #include <vector>
 
+#include "api/guard.h"
 #include "query/query_frame.h"
 #include "secmolra.h"
 
@@ -32,28 +33,36 @@ extern "C" {
 
 SECMOLRA_API int32_t PYSECMOLRA_QueryCusNodeinfo(const char* lpKeyName, const char* khh,
                                                  CusNodeInfo* records, int32_t cap) {
-  return static_cast<int32_t>(CopyOut(records, cap, [&](std::vector<CusNodeInfo>& l) {
-    return SECMOLRA_QueryCusNodeinfo(lpKeyName, khh, l);
-  }));
+  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int32_t {
+    return static_cast<int32_t>(CopyOut(records, cap, [&](std::vector<CusNodeInfo>& l) {
+      return SECMOLRA_QueryCusNodeinfo(lpKeyName, khh, l);
+    }));
+  });
 }
 
 SECMOLRA_API int64_t PYSECMOLRA_QueryFundInfo(const char* khh, FundRecord* records, int32_t cap) {
-  return CopyOut(records, cap,
-                 [&](std::vector<FundRecord>& l) { return SECMOLRA_QueryFundInfo(khh, l); });
+  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+    return CopyOut(records, cap,
+                   [&](std::vector<FundRecord>& l) { return SECMOLRA_QueryFundInfo(khh, l); });
+  });
 }
 
 SECMOLRA_API int64_t PYSECMOLRA_QueryAccInfo(const char* khh, AccountRecord* records,
                                              int32_t cap) {
-  return CopyOut(records, cap,
-                 [&](std::vector<AccountRecord>& l) { return SECMOLRA_QueryAccInfo(khh, l); });
+  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+    return CopyOut(records, cap,
+                   [&](std::vector<AccountRecord>& l) { return SECMOLRA_QueryAccInfo(khh, l); });
+  });
 }
 
 SECMOLRA_API int64_t PYSECMOLRA_QueryOrders(const char* khh, int32_t nType, int32_t nSortType,
                                             int32_t nRowcount, int32_t nBrowindex,
                                             const char* jys, const char* zqdm, int64_t lWth,
                                             OrderRecord* records, int32_t cap) {
-  return CopyOut(records, cap, [&](std::vector<OrderRecord>& l) {
-    return SECMOLRA_QueryOrders(khh, nType, nSortType, nRowcount, nBrowindex, jys, zqdm, lWth, l);
+  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+    return CopyOut(records, cap, [&](std::vector<OrderRecord>& l) {
+      return SECMOLRA_QueryOrders(khh, nType, nSortType, nRowcount, nBrowindex, jys, zqdm, lWth, l);
+    });
   });
 }
 
@@ -61,8 +70,10 @@ SECMOLRA_API int64_t PYSECMOLRA_QueryMatchs(const char* khh, int32_t nType, int3
                                             int32_t nRowcount, int32_t nBrowindex,
                                             const char* jys, const char* zqdm, int64_t lWth,
                                             MatchRecord* records, int32_t cap) {
-  return CopyOut(records, cap, [&](std::vector<MatchRecord>& l) {
-    return SECMOLRA_QueryMatchs(khh, nType, nSortType, nRowcount, nBrowindex, jys, zqdm, lWth, l);
+  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+    return CopyOut(records, cap, [&](std::vector<MatchRecord>& l) {
+      return SECMOLRA_QueryMatchs(khh, nType, nSortType, nRowcount, nBrowindex, jys, zqdm, lWth, l);
+    });
   });
 }
 
@@ -71,24 +82,30 @@ SECMOLRA_API int64_t PYSECMOLRA_QueryPositions(const char* khh, int32_t nSortTyp
                                                const char* gdh, const char* jys,
                                                const char* zqdm, int32_t exeflag,
                                                PositionRecord* records, int32_t cap) {
-  return CopyOut(records, cap, [&](std::vector<PositionRecord>& l) {
-    return SECMOLRA_QueryPositions(khh, nSortType, nRowcount, nBrowindex, gdh, jys, zqdm,
-                                   exeflag, l);
+  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+    return CopyOut(records, cap, [&](std::vector<PositionRecord>& l) {
+      return SECMOLRA_QueryPositions(khh, nSortType, nRowcount, nBrowindex, gdh, jys, zqdm,
+                                     exeflag, l);
+    });
   });
 }
 
 SECMOLRA_API int64_t PYSECMOLRA_QueryPSQY(const char* khh, const char* jys, const char* gdh,
                                           PSQYRecord* records, int32_t cap) {
-  return CopyOut(records, cap,
-                 [&](std::vector<PSQYRecord>& l) { return SECMOLRA_QueryPSQY(khh, jys, gdh, l); });
+  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+    return CopyOut(records, cap,
+                   [&](std::vector<PSQYRecord>& l) { return SECMOLRA_QueryPSQY(khh, jys, gdh, l); });
+  });
 }
 
 SECMOLRA_API int64_t PYSECMOLRA_QueryETFShare(const char* khh, const char* jjdm,
                                               ETFShareRecord* records, int32_t cap) {
-  return CopyOut(records, cap, [&](std::vector<ETFShareRecord>& l) -> std::int64_t {
-    if (!query::CheckFundCode(jjdm)) return SECMOLRA_ERR_ARGUMENT;
-    CusLoginInfo info = query::MakeLoginInfo(khh);
-    return query::QueryETFShare(&info, jjdm, l);
+  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+    return CopyOut(records, cap, [&](std::vector<ETFShareRecord>& l) -> std::int64_t {
+      if (!query::CheckFundCode(jjdm)) return SECMOLRA_ERR_ARGUMENT;
+      CusLoginInfo info = query::MakeLoginInfo(khh);
+      return query::QueryETFShare(&info, jjdm, l);
+    });
   });
 }
 

@@ -2,6 +2,7 @@
 #include <cstring>
 #include <string>
 
+#include "api/guard.h"
 #include "secmolra.h"
 #include "util/clock.h"
 #include "util/server_time.h"
@@ -11,30 +12,55 @@ using namespace molra;
 
 extern "C" {
 
-SECMOLRA_API uint64_t SECMOLRA_GetTickCount(void) { return TickCountMs(); }
+SECMOLRA_API uint64_t SECMOLRA_GetTickCount(void) {
+  return Guard(__func__, uint64_t{0}, [&]() -> uint64_t {
+    return TickCountMs();
+  });
+}
 
-SECMOLRA_API uint64_t SECMOLRA_GetDoubleTickCount(void) { return TickCountMs(); }
+// The same entry point under a second name: one function, one address. GCC wants the alias
+// to repeat its target's nothrow (the guard catches everything); clang takes that for an
+// exception specification that the header's declaration lacks.
+#if defined(__clang__)
+#define MOLRA_SECOND_NAME_OF(target) __attribute__((alias(target)))
+#else
+#define MOLRA_SECOND_NAME_OF(target) __attribute__((nothrow, alias(target)))
+#endif
+SECMOLRA_API uint64_t SECMOLRA_GetDoubleTickCount(void) MOLRA_SECOND_NAME_OF("SECMOLRA_GetTickCount");
+#undef MOLRA_SECOND_NAME_OF
 
 SECMOLRA_API int64_t SECMOLRA_GetSystemDate(void) {
-  if (SystemDate() <= 0) GetCurTime();
-  return SystemDate();
+  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+    if (SystemDate() <= 0) GetCurTime();
+    return SystemDate();
+  });
 }
 
 SECMOLRA_API void SECMOLRA_GetReviseTime(char* buf) {
-  if (buf == nullptr) return;
-  std::string text = FormatReviseTime(ReviseTimeMs());
-  std::memcpy(buf, text.c_str(), text.size() + 1);
+  Guard(__func__, kNoResult, [&] {
+    if (buf == nullptr) return;
+    std::string text = FormatReviseTime(ReviseTimeMs());
+    std::memcpy(buf, text.c_str(), text.size() + 1);
+  });
 }
 
 SECMOLRA_API int64_t SECMOLRA_GetReviseTimeAsLong(void) {
-  return ReviseTextAsLong(FormatReviseTime(ReviseTimeMs()));
+  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+    return ReviseTextAsLong(FormatReviseTime(ReviseTimeMs()));
+  });
 }
 
-SECMOLRA_API bool SECMOLRA_OpenQuoteLink(void) { return false; }
+SECMOLRA_API bool SECMOLRA_OpenQuoteLink(void) {
+  return Guard(__func__, false, [&]() -> bool {
+    return false;
+  });
+}
 
 SECMOLRA_API int64_t SECMOLRA_GetQuote(const char*, void*, int32_t* count) {
-  if (count != nullptr) *count = 0;
-  return 0;
+  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+    if (count != nullptr) *count = 0;
+    return 0;
+  });
 }
 
 }  // extern "C"

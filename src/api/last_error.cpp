@@ -8,18 +8,35 @@
 namespace molra {
 
 namespace {
-std::mutex g_last_mutex;
-ErrorRecord g_last;
-std::mutex g_staged_mutex;
-ErrorRecord g_staged;
+
+// The process-wide record. Never destroyed: a transport thread may record a refused reply
+// while the process ends.
+struct ProcessRecord {
+  std::mutex mutex;
+  ErrorRecord last;
+};
+ProcessRecord& Process() {
+  static ProcessRecord* record = new ProcessRecord();
+  return *record;
+}
+
+// The calling thread's copy of its last error, and its staged hand-over: the connection
+// layer stages a failure and the operation on the same thread reports it, so two threads
+// failing at once never see each other's.
+thread_local ErrorRecord t_last;
+thread_local ErrorRecord t_staged;
+
 }  // namespace
 
 void SetLastError(std::int64_t code, const std::string& msg, const char* func,
                   CusLoginInfo* account) {
+  t_last.code = code;
+  t_last.message = msg;
   {
-    std::lock_guard<std::mutex> lock(g_last_mutex);
-    g_last.code = code;
-    g_last.message = msg;
+    ProcessRecord& p = Process();
+    std::lock_guard<std::mutex> lock(p.mutex);
+    p.last.code = code;
+    p.last.message = msg;
   }
   MOLRA_LOG_ERROR("{0}：{1}", func ? func : "", msg);
   if (account != nullptr) {
@@ -29,19 +46,18 @@ void SetLastError(std::int64_t code, const std::string& msg, const char* func,
 }
 
 ErrorRecord GetLastErrorRecord() {
-  std::lock_guard<std::mutex> lock(g_last_mutex);
-  return g_last;
+  ProcessRecord& p = Process();
+  std::lock_guard<std::mutex> lock(p.mutex);
+  return p.last;
 }
+
+const ErrorRecord& ThreadLastError() { return t_last; }
 
 void StageError(std::int32_t code, const std::string& msg) {
-  std::lock_guard<std::mutex> lock(g_staged_mutex);
-  g_staged.code = code;
-  g_staged.message = msg;
+  t_staged.code = code;
+  t_staged.message = msg;
 }
 
-ErrorRecord GetStagedError() {
-  std::lock_guard<std::mutex> lock(g_staged_mutex);
-  return g_staged;
-}
+ErrorRecord GetStagedError() { return t_staged; }
 
 }  // namespace molra

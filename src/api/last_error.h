@@ -1,6 +1,8 @@
-// The two process-wide error records. The last-error record is what the host reads; the
-// staged record is a hand-over slot that the connection layer writes without knowing which
-// exported operation it serves. Each has its own mutex; the two are never held together.
+// The error records. The process-wide last-error record is what SECMOLRA_GetLastError reads;
+// every write of it also writes the writing thread's own record (SECMOLRA_GetThreadLastError).
+// The staged record is a hand-over slot that the connection layer writes without knowing
+// which exported operation it serves; it is kept per thread, so a failure staged on one
+// thread is reported by the operation on that thread only.
 #pragma once
 
 #include <cstdint>
@@ -21,6 +23,8 @@ struct ErrorRecord {
 void SetLastError(std::int64_t code, const std::string& msg, const char* func,
                   CusLoginInfo* account);
 ErrorRecord GetLastErrorRecord();
+// The calling thread's last error (0 and "" when none).
+const ErrorRecord& ThreadLastError();
 
 // SetLastError, then the code: `return Fail(...)` ends a failing step.
 inline std::int64_t Fail(std::int64_t code, const std::string& msg, const char* func,

@@ -9,6 +9,7 @@
 #include "account/account_info.h"
 #include "account/login_texts.h"
 #include "account/registry.h"
+#include "api/guard.h"
 #include "api/last_error.h"
 #include "comm/conn_pool.h"
 #include "comm/kel_api.h"
@@ -89,69 +90,85 @@ extern "C" {
 
 SECMOLRA_API int64_t SECMOLRA_TradeLogin(const char* lpKeyName, const char* lpKhh,
                                          const char* password) {
-  constexpr const char* kFunc = "SECMOLRA_TradeLogin";
-  if (lpKeyName == nullptr || lpKhh == nullptr || password == nullptr) {
-    return Fail(-221, login_text::kIllegalArgument, kFunc);
-  }
-  // An empty password passes here on purpose: the login itself refuses it.
-  if (*lpKeyName == '\0' || *lpKhh == '\0') return Fail(-221, login_text::kLoginArgsEmpty, kFunc);
-  MOLRA_LOG_INFO("{} lpKeyName:{} khh:{}", kFunc, lpKeyName, lpKhh);
-  SetResult set = OpenCustomerSet(kFunc, lpKeyName, lpKhh, true);
-  if (!set.conn) return set.code;
-  CusLoginInfo info{};
-  info.NodeID = -1;
-  info.Token = -1;
-  CopyField(info.KHH, lpKhh);
-  CopyField(info.Password, password);
-  return LoginResult(AccountInfo::Login(set.conn, info, nullptr));
+  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+    constexpr const char* kFunc = "SECMOLRA_TradeLogin";
+    if (lpKeyName == nullptr || lpKhh == nullptr || password == nullptr) {
+      return Fail(-221, login_text::kIllegalArgument, kFunc);
+    }
+    // An empty password passes here on purpose: the login itself refuses it.
+    if (*lpKeyName == '\0' || *lpKhh == '\0') return Fail(-221, login_text::kLoginArgsEmpty, kFunc);
+    MOLRA_LOG_INFO("{} lpKeyName:{} khh:{}", kFunc, lpKeyName, lpKhh);
+    SetResult set = OpenCustomerSet(kFunc, lpKeyName, lpKhh, true);
+    if (!set.conn) return set.code;
+    CusLoginInfo info{};
+    info.NodeID = -1;
+    info.Token = -1;
+    CopyField(info.KHH, lpKhh);
+    CopyField(info.Password, password);
+    return LoginResult(AccountInfo::Login(set.conn, info, nullptr));
+  });
 }
 
 SECMOLRA_API int64_t SECMOLRA_TradeLoginEx(const char* lpKeyName, CusLoginInfo* info) {
-  constexpr const char* kFunc = "SECMOLRA_TradeLoginEx";
-  if (lpKeyName == nullptr || info == nullptr) {
-    return Fail(-221, login_text::kIllegalArgument, kFunc);
-  }
-  std::string khh = FieldText(info->KHH);
-  if (*lpKeyName == '\0' || khh.empty()) return Fail(-221, login_text::kLoginArgsEmpty, kFunc);
-  MOLRA_LOG_INFO("{} lpKeyName:{} khh:{} tradenodeID:{} nodeinfo:{}", kFunc, lpKeyName, khh,
-                 info->NodeID, FieldText(info->Node));
-  SetResult set = OpenCustomerSet(kFunc, lpKeyName, khh, true);
-  if (!set.conn) return set.code;
-  return LoginResult(AccountInfo::Login(set.conn, *info, nullptr));
+  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+    constexpr const char* kFunc = "SECMOLRA_TradeLoginEx";
+    if (lpKeyName == nullptr || info == nullptr) {
+      return Fail(-221, login_text::kIllegalArgument, kFunc);
+    }
+    std::string khh = FieldText(info->KHH);
+    if (*lpKeyName == '\0' || khh.empty()) return Fail(-221, login_text::kLoginArgsEmpty, kFunc);
+    MOLRA_LOG_INFO("{} lpKeyName:{} khh:{} tradenodeID:{} nodeinfo:{}", kFunc, lpKeyName, khh,
+                   info->NodeID, FieldText(info->Node));
+    SetResult set = OpenCustomerSet(kFunc, lpKeyName, khh, true);
+    if (!set.conn) return set.code;
+    return LoginResult(AccountInfo::Login(set.conn, *info, nullptr));
+  });
 }
 
 SECMOLRA_API int64_t SECMOLRA_TradeLogout(const char* lpKhh) {
-  constexpr const char* kFunc = "SECMOLRA_TradeLogout";
-  if (lpKhh == nullptr) return Fail(-221, login_text::kIllegalArgument, kFunc);
-  if (*lpKhh == '\0') return Fail(-221, login_text::kKhhEmpty, kFunc);
-  MOLRA_LOG_INFO("{} khh:{} ", kFunc, lpKhh);
-  return ResetCustomer(lpKhh);
+  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+    constexpr const char* kFunc = "SECMOLRA_TradeLogout";
+    if (lpKhh == nullptr) return Fail(-221, login_text::kIllegalArgument, kFunc);
+    if (*lpKhh == '\0') return Fail(-221, login_text::kKhhEmpty, kFunc);
+    MOLRA_LOG_INFO("{} khh:{} ", kFunc, lpKhh);
+    return ResetCustomer(lpKhh);
+  });
 }
 
 SECMOLRA_API bool SECMOLRA_SetCusToken(const char* lpKhh, int64_t token) {
-  if (lpKhh != nullptr) TokenTable().Set(lpKhh, token);
-  MOLRA_LOG_INFO("{} lpKhh:{} token:{}", "SECMOLRA_SetCusToken", lpKhh ? lpKhh : "", token);
-  return true;
+  return Guard(__func__, false, [&]() -> bool {
+    if (lpKhh != nullptr) TokenTable().Set(lpKhh, token);
+    MOLRA_LOG_INFO("{} lpKhh:{} token:{}", "SECMOLRA_SetCusToken", lpKhh ? lpKhh : "", token);
+    return true;
+  });
 }
 
 SECMOLRA_API bool SECMOLRA_SetCusNodeID(const char* lpKhh, int32_t nodeId) {
-  if (lpKhh != nullptr) NodeTable().Set(lpKhh, nodeId);
-  MOLRA_LOG_INFO("{} lpKhh:{} nodeid:{}", "SECMOLRA_SetCusNodeID", lpKhh ? lpKhh : "", nodeId);
-  return true;
+  return Guard(__func__, false, [&]() -> bool {
+    if (lpKhh != nullptr) NodeTable().Set(lpKhh, nodeId);
+    MOLRA_LOG_INFO("{} lpKhh:{} nodeid:{}", "SECMOLRA_SetCusNodeID", lpKhh ? lpKhh : "", nodeId);
+    return true;
+  });
 }
 
 SECMOLRA_API int64_t SECMOLRA_QueryCusNodeinfo(const char* lpKeyName, const char* lpKhh,
                                                std::vector<CusNodeInfo>& list) {
-  constexpr const char* kFunc = "SECMOLRA_QueryCusNodeinfo";
-  if (lpKeyName == nullptr || lpKhh == nullptr || *lpKeyName == '\0' || *lpKhh == '\0') {
-    return Fail(-221, login_text::kIllegalArgument, kFunc);
-  }
-  MOLRA_LOG_INFO("{} lpKeyName:{} khh:{}", kFunc, lpKeyName, lpKhh);
-  SetResult set = OpenCustomerSet(kFunc, lpKeyName, lpKhh, false);
-  if (!set.conn) return set.code;
-  return AccountInfo::AcctManage::GetAccountJDBH(lpKhh, *set.conn, list, 1);
+  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+    constexpr const char* kFunc = "SECMOLRA_QueryCusNodeinfo";
+    if (lpKhh == nullptr) return Fail(-221, login_text::kIllegalArgument, kFunc);
+    // An empty (or null) key reads no section: the customer's existing set is used.
+    const char* key = lpKeyName != nullptr ? lpKeyName : "";
+    MOLRA_LOG_INFO("{} lpKeyName:{} khh:{}", kFunc, key, lpKhh);
+    SetResult set = OpenCustomerSet(kFunc, key, lpKhh, false);
+    if (!set.conn) return set.code;
+    return AccountInfo::AcctManage::GetAccountJDBH(lpKhh, *set.conn, list, 1);
+  });
 }
 
-SECMOLRA_API int64_t SECMOLRA_GetTradeDate(void) { return TradeDate(); }
+SECMOLRA_API int64_t SECMOLRA_GetTradeDate(void) {
+  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+    return TradeDate();
+  });
+}
 
 }  // extern "C"

@@ -7,6 +7,7 @@
 #include <map>
 #include <mutex>
 
+#include "api/guard.h"
 #include "api/kit_state.h"
 #include "comm/conn_internal.h"
 #include "comm/conn_messages.h"
@@ -76,10 +77,7 @@ void OnRecovery(KelConn& set, const RoleInfo* role, kel::int64 handle) {
     MOLRA_LOG_INFO(fmt::runtime(role->restored), set.key, set.customer);
     if (role->bind_customer && BindsCustomer(set.Active())) Rebind(set, handle);
     if (role == &kRoles[kSubscribe]) {
-      if (set.primary.cancel_resub) {
-        const kel::int64* group = set.slots[0];
-        Unsubscribe(handle, {group[KelConn::kConfirmSlot], group[KelConn::kReportSlot]});
-      }
+      if (set.primary.cancel_resub) Unsubscribe(handle, set.TakeSubscriptions(0));
       MOLRA_LOG_INFO(msg::kSubscribeCrash, msg::kEventHandlerName);
     }
   }
@@ -109,15 +107,17 @@ std::shared_ptr<KelConn> SetForEvent(void* ctx) {
 }  // namespace roles
 
 void KelConn::on_conn_event(kel::int64 handle, kel::int32 event, void* ctx) {
-  if (ctx == nullptr) return;
-  std::shared_ptr<KelConn> set = SetForEvent(ctx);
-  if (set == nullptr) return;
-  const RoleInfo* role = RoleOfHandle(*set, handle);
-  if (event != 0) {
-    OnBreak(*set, role, event);
-  } else {
-    OnRecovery(*set, role, handle);
-  }
+  molra::Guard(msg::kEventHandlerName, molra::kNoResult, [&] {
+    if (ctx == nullptr) return;
+    std::shared_ptr<KelConn> set = SetForEvent(ctx);
+    if (set == nullptr) return;
+    const RoleInfo* role = RoleOfHandle(*set, handle);
+    if (event != 0) {
+      OnBreak(*set, role, event);
+    } else {
+      OnRecovery(*set, role, handle);
+    }
+  }, molra::Boundary::kEvent);
 }
 
 }  // namespace KelComm

@@ -4,9 +4,9 @@
 #pragma once
 
 #include <cstring>
-#include <initializer_list>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "comm/conn_pool.h"
 
@@ -67,6 +67,6 @@ std::shared_ptr<KelConn> SetForEvent(void* ctx);
 
 // Opens one session on `conn`, cancels each subscription id on it and releases it. Nothing
 // is staged: this also runs on transport threads.
-void Unsubscribe(kel::int64 conn, std::initializer_list<kel::int64> ids);
+void Unsubscribe(kel::int64 conn, const std::vector<kel::int64>& ids);
 
 }  // namespace KelComm::roles

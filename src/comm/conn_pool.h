@@ -8,6 +8,7 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <vector>
 
 #include "comm/kel_abi.h"
 #include "config/conn_profile.h"
@@ -41,9 +42,14 @@ class KelConn : public std::enable_shared_from_this<KelConn> {
   const molra::ConnProfile* ActiveProfile() const;
   const molra::ConnProfile& Active() const { return active_profile == 0 ? primary : backup; }
   // Subscription slots of the group in use: [1] confirmation id, [3] match id.
-  kel::int64* ActiveSlots() { return slots[active_profile == 0 ? 0 : 1]; }
+  int ActiveGroup() const { return active_profile == 0 ? 0 : 1; }
+  std::atomic<kel::int64>* ActiveSlots() { return slots[ActiveGroup()]; }
   static constexpr int kConfirmSlot = 1;
   static constexpr int kReportSlot = 3;
+  // Takes a group's subscription ids for cancelling and clears them, so that the customer's
+  // next login subscribes again: the confirmation and match slots, then the confirmation id
+  // kept apart when the match subscription took its slot.
+  std::vector<kel::int64> TakeSubscriptions(int group);
 
   std::string key;
   std::uint32_t kind = 0;
@@ -64,7 +70,13 @@ class KelConn : public std::enable_shared_from_this<KelConn> {
   molra::ConnProfile primary{};
   molra::ConnProfile backup{};
   std::uint32_t active_profile = 0;
-  kel::int64 slots[2][16] = {};
+  // Written by a login, read and cleared on transport threads.
+  std::atomic<kel::int64> slots[2][16]{};
+  // With StructPushMsg the match subscription takes the confirmation slot; the confirmation
+  // id it replaced is kept here, so that cancelling reaches both.
+  std::atomic<kel::int64> displaced_confirm[2]{};
+  // Held by a login while it checks and subscribes: two logins at once subscribe once.
+  std::mutex subscribe_mutex;
   std::int32_t system_type = -1;
   std::int32_t profiles_consistent = 1;
   bool connect_with_ua = false;

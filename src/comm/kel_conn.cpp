@@ -112,17 +112,23 @@ void KelConn::Close() {
     this->*kRoles[r].handle = 0;
   }
   if (subscribe_handle != 0) {
-    const kel::int64* group = ActiveSlots();
-    Unsubscribe(subscribe_handle, {group[kConfirmSlot]});
-    Unsubscribe(subscribe_handle, {group[kReportSlot]});
+    for (kel::int64 id : TakeSubscriptions(ActiveGroup())) Unsubscribe(subscribe_handle, {id});
   }
   kel::api.Kel_Close(subscribe_handle);
   subscribe_handle = 0;
 }
 
+std::vector<kel::int64> KelConn::TakeSubscriptions(int group) {
+  std::vector<kel::int64> ids{slots[group][kConfirmSlot].exchange(0),
+                              slots[group][kReportSlot].exchange(0)};
+  const kel::int64 displaced = displaced_confirm[group].exchange(0);
+  if (displaced != 0 && displaced != ids.front()) ids.push_back(displaced);
+  return ids;
+}
+
 namespace roles {
 
-void Unsubscribe(kel::int64 conn, std::initializer_list<kel::int64> ids) {
+void Unsubscribe(kel::int64 conn, const std::vector<kel::int64>& ids) {
   molra::KelSession session(kel::api.Kel_AllocateSession(conn), false);
   if (!session) return;
   for (kel::int64 id : ids) kel::api.Kel_Unsubscribe(session.handle(), id);

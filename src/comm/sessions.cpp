@@ -74,22 +74,26 @@ std::string TextIn(const char* text, const char* buf, std::size_t cap) {
 
 }  // namespace
 
+// The largest text read from the transport: a reported length is trusted up to here, and a
+// longer text is read cut to it.
+constexpr kel::int32 kLargestText = 1024 * 1024 + 1;
+
 std::string GetItemString(kel::int64 session, kel::int32 id, kel::int32 row) {
   constexpr kel::int32 kFirst = 256;
   char buf[kFirst] = {};
   kel::int32 len = kFirst;
   const char* text = kel::api.Kel_GetItem(session, id, buf, &len, row);
-  if (text == nullptr || len < kFirst || len == INT32_MAX) return TextIn(text, buf, kFirst);
+  if (text == nullptr || len < kFirst) return TextIn(text, buf, kFirst);
   // Cut: the transport reported the full length; read it again into a buffer that fits.
-  std::vector<char> big(static_cast<std::size_t>(len) + 1);
-  kel::int32 cap = len + 1;
+  kel::int32 cap = len < kLargestText ? len + 1 : kLargestText;
+  std::vector<char> big(static_cast<std::size_t>(cap));
   text = kel::api.Kel_GetItem(session, id, big.data(), &cap, row);
   return TextIn(text, big.data(), big.size());
 }
 
 std::string GetErrorString(kel::int64 session) {
   constexpr kel::int32 kFirst = 2048;
-  constexpr kel::int32 kLarge = 1024 * 1024 + 1;
+  constexpr kel::int32 kLarge = kLargestText;
   char buf[kFirst] = {};
   kel::int32 len = kFirst;
   const char* text = kel::api.Kel_GetErrMsg(session, buf, &len);

@@ -90,19 +90,25 @@ bool IniFile::HasSection(const char* section) const {
 std::string ConfigFilePath() { return Kit().ProfilePath() + "molra.ini"; }
 
 namespace {
-GlobalConfig g_global;
+// Never destroyed: the push handlers read it on transport threads, also while the process
+// ends.
+GlobalConfig& Settings() {
+  static auto* settings = new GlobalConfig();
+  return *settings;
 }
+}  // namespace
 
-const GlobalConfig& Global() { return g_global; }
+const GlobalConfig& Global() { return Settings(); }
 
 bool CommInit() {
+  GlobalConfig& global = Settings();
   IniFile ini;
   ini.Load(ConfigFilePath());
-  g_global.struct_push_msg = ini.GetBool("GLOBAL", "StructPushMsg", false);
-  g_global.confirm_msg_func = ini.GetString("GLOBAL", "ConfirmMsgFunc", "DM0003");
-  g_global.report_msg_func = ini.GetString("GLOBAL", "ReportMsgFunc", "DM0004");
+  global.struct_push_msg = ini.GetBool("GLOBAL", "StructPushMsg", false);
+  global.confirm_msg_func = ini.GetString("GLOBAL", "ConfirmMsgFunc", "DM0003");
+  global.report_msg_func = ini.GetString("GLOBAL", "ReportMsgFunc", "DM0004");
   MOLRA_LOG_INFO("CommInit success. StructPushMsg:{} ConfirmMsgFunc:{} ReportMsgFunc:{}",
-                 g_global.struct_push_msg, g_global.confirm_msg_func, g_global.report_msg_func);
+                 global.struct_push_msg, global.confirm_msg_func, global.report_msg_func);
   return true;
 }
 

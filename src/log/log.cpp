@@ -5,10 +5,12 @@
 
 #include <chrono>
 #include <cstdio>
-#include <cstdlib>
 #include <memory>
+#include <vector>
 
-#if !defined(_WIN32)
+#if defined(_WIN32)
+#include <windows.h>
+#else
 #include <filesystem>
 #endif
 
@@ -18,21 +20,38 @@ std::atomic<bool> g_write_log{true};
 std::atomic<spdlog::logger*> g_logger{nullptr};
 
 namespace {
-std::shared_ptr<spdlog::logger> g_logger_owner;  // the kit's own handle, kept after Exit
+
+// The kit's own handles to its loggers, kept after Exit and never destroyed: a transport
+// thread may log through one while the process ends.
+std::vector<std::shared_ptr<spdlog::logger>>& LoggerOwners() {
+  static auto* owners = new std::vector<std::shared_ptr<spdlog::logger>>();
+  return *owners;
+}
 
 std::string LogDirectory(const std::string& log_path) { return log_path.empty() ? "log" : log_path; }
 
+// Nested directories are created level by level with the platform's directory call (no
+// command interpreter: a name with spaces works and no console window opens).
 void CreateLogDirectory(const std::string& dir) {
 #if defined(_WIN32)
-  // The command interpreter creates nested directories; the name is not quoted, so a
-  // directory with spaces is not created here and the sink reports the failure.
-  std::string cmd = "if not exist " + dir + " (md " + dir + ")";
-  std::system(cmd.c_str());
+  // The path is in the process's code page (GBK), whose second bytes may equal '\\': it is
+  // split on separators only once it is wide.
+  const int n = MultiByteToWideChar(CP_ACP, 0, dir.c_str(), -1, nullptr, 0);
+  if (n <= 0) return;
+  std::wstring wide(static_cast<std::size_t>(n), L'\0');
+  MultiByteToWideChar(CP_ACP, 0, dir.c_str(), -1, wide.data(), n);
+  wide.resize(static_cast<std::size_t>(n - 1));
+  for (std::size_t i = 1; i <= wide.size(); ++i) {
+    if (i < wide.size() && wide[i] != L'/' && wide[i] != L'\\') continue;
+    if (wide[i - 1] == L':') continue;  // a drive, "C:"
+    CreateDirectoryW(wide.substr(0, i).c_str(), nullptr);  // fails where it exists
+  }
 #else
   std::error_code ec;
   std::filesystem::create_directories(dir, ec);
 #endif
 }
+
 }  // namespace
 
 std::string LogBaseName(const std::string& log_path) { return LogDirectory(log_path) + "/molra.log"; }
@@ -48,7 +67,7 @@ void SetUpLogging(const std::string& log_path) {
     spdlog::register_logger(logger);
     logger->set_formatter(std::make_unique<spdlog::pattern_formatter>(
         "[%Y-%m-%d %H:%M:%S.%f] [%n] [%l] %v", spdlog::pattern_time_type::local, "\r\n"));
-    g_logger_owner = logger;
+    LoggerOwners().push_back(logger);
     g_logger.store(logger.get(), std::memory_order_release);
   } catch (const spdlog::spdlog_ex& ex) {
     std::printf("打开日志文件失败！%s\n", ex.what());

@@ -2,6 +2,7 @@
 // per-subscription handlers. They run on transport threads and keep no state.
 #include "push/push_handlers.h"
 
+#include "api/guard.h"
 #include "api/kit_state.h"
 #include "comm/kel_api.h"
 #include "config/ini_file.h"
@@ -37,7 +38,7 @@ bool SubscriptionPush(const char* name, kel::int64 session, bool confirmation) {
   char record[kConfirmRecordLen] = {};
   kel::int32 len = kConfirmRecordLen;
   if (!kel::api.Kel_GetItemBuf(session, 0, record, &len, -1) || len < kConfirmRecordLen) {
-    MOLRA_LOG_WARN("{} received incorrect length message", name);
+    MOLRA_LOG_INFO("{} received incorrect length message", name);
     return false;
   }
   DeliverPush(name, record, false, confirmation ? ConfirmType(record, false) : kPushMatch);
@@ -48,26 +49,32 @@ bool SubscriptionPush(const char* name, kel::int64 session, bool confirmation) {
 
 void ScStructMsgProc(void*, kel::int32 func, kel::int32 len, const char* data) {
   static const char kName[] = "ScStructMsgProc";
-  if (data != nullptr && len >= kStructPushRecordLen) {
-    const GlobalConfig& config = Global();
-    if (func == FunctionNumber(config.confirm_msg_func)) {
-      DeliverPush(kName, data, true, ConfirmType(data, true));
-      return;
+  Guard(kName, kNoResult, [&] {
+    if (data != nullptr && len >= kStructPushRecordLen) {
+      const GlobalConfig& config = Global();
+      if (func == FunctionNumber(config.confirm_msg_func)) {
+        DeliverPush(kName, data, true, ConfirmType(data, true));
+        return;
+      }
+      if (func == FunctionNumber(config.report_msg_func)) {
+        DeliverPush(kName, data, true, kPushMatch);
+        return;
+      }
     }
-    if (func == FunctionNumber(config.report_msg_func)) {
-      DeliverPush(kName, data, true, kPushMatch);
-      return;
-    }
-  }
-  MOLRA_LOG_WARN("{} received unknow message. func:{} datalen:{}", kName, func, len);
+    MOLRA_LOG_INFO("{} received unknow message. func:{} datalen:{}", kName, func, len);
+  }, Boundary::kEvent);
 }
 
 bool ScOrderMsgProcess(void*, kel::int64 session) {
-  return SubscriptionPush("ScOrderMsgProcess", session, true);
+  return Guard("ScOrderMsgProcess", false, [&] {
+    return SubscriptionPush("ScOrderMsgProcess", session, true);
+  }, Boundary::kEvent);
 }
 
 bool ScReportMsgProcess(void*, kel::int64 session) {
-  return SubscriptionPush("ScReportMsgProcess", session, false);
+  return Guard("ScReportMsgProcess", false, [&] {
+    return SubscriptionPush("ScReportMsgProcess", session, false);
+  }, Boundary::kEvent);
 }
 
 }  // namespace molra

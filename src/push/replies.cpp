@@ -4,6 +4,7 @@
 
 #include <charconv>
 
+#include "api/guard.h"
 #include "api/kit_state.h"
 #include "api/last_error.h"
 #include "comm/conn_pool.h"
@@ -294,11 +295,13 @@ bool KeyValueReply(kel::int64 session, const ReplyKind& k) {
 }
 
 bool Process(kel::int64 session, Reply which) {
-  const KelSession owned(session, false);  // the handler owns the session: released on return
   const ReplyKind& k = kReplies[which];
-  if (k.form == Form::kKeyValue) return KeyValueReply(session, k);
-  if (!kel::api.Kel_IsStruct(session, 0)) return UnstructuredReply(session, k);
-  return StructuredReply(session, k);
+  return Guard(k.name, false, [&] {
+    const KelSession owned(session, false);  // the handler owns the session: released on return
+    if (k.form == Form::kKeyValue) return KeyValueReply(session, k);
+    if (!kel::api.Kel_IsStruct(session, 0)) return UnstructuredReply(session, k);
+    return StructuredReply(session, k);
+  }, Boundary::kReply);
 }
 
 }  // namespace

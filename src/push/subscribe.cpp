@@ -2,6 +2,9 @@
 
 #include <fmt/format.h>
 
+#include <atomic>
+#include <mutex>
+
 #include "account/registry.h"
 #include "comm/conn_pool.h"
 #include "comm/kel_api.h"
@@ -15,14 +18,14 @@ namespace molra {
 namespace {
 
 constexpr const char* kFunc = "SubscribeTradeMsg";
-constexpr int kConfirmSlot = 1;  // slots of a group: [1] confirmation id, [3] match id
-constexpr int kMatchSlot = 3;
+constexpr int kConfirmSlot = KelComm::KelConn::kConfirmSlot;
+constexpr int kMatchSlot = KelComm::KelConn::kReportSlot;
 
 // One of the two subscriptions: the confirmations ("qr") or the match reports ("cj").
 struct Subscription {
   const char* tag;
   const std::string& func_code;
-  kel::int64* slot;
+  std::atomic<kel::int64>& slot;
   kel::SubscribeFn handler;  // null: pushes go to the global structured handler
 };
 
@@ -36,7 +39,10 @@ void Subscribe(KelComm::KelConn& conn, const std::string& khh, const std::string
     if (conn.system_type == 4) {
       CreateHead(session, sub.func_code.c_str());
       kel::api.Kel_SetSubsCondi(session.handle(), condition.c_str());
-      ok = kel::api.Kel_Subscribe(session.handle(), sub.slot, sub.handler, nullptr);
+      // The transport stores the id in the slot it is given; the slot is published once.
+      kel::int64 id = sub.slot.load();
+      ok = kel::api.Kel_Subscribe(session.handle(), &id, sub.handler, nullptr);
+      sub.slot.store(id);
     }
   }
   if (ok) {
@@ -53,7 +59,9 @@ void SubscribeTradeMsg(const std::string& khh, std::shared_ptr<KelComm::KelConn>
   const bool structured = global.struct_push_msg;
   if (structured) kel::api.Kel_RegGlobalStructPublishFunc(&ScStructMsgProc, nullptr);
   if (khh.empty() || !conn) return;
-  kel::int64* slots = conn->ActiveSlots();
+  // A second login of the customer at the same moment waits here, then finds it subscribed.
+  std::lock_guard<std::mutex> lock(conn->subscribe_mutex);
+  std::atomic<kel::int64>* slots = conn->ActiveSlots();
   if (slots[kConfirmSlot] >= 1) {
     MOLRA_LOG_INFO("{} qr already subscribe", kFunc);
     return;
@@ -64,12 +72,14 @@ void SubscribeTradeMsg(const std::string& khh, std::shared_ptr<KelComm::KelConn>
   }
   const std::string condition = fmt::format("getstring({})=='{}'", fid::KHH, khh);
   Subscribe(*conn, khh, condition,
-            {"qr", global.confirm_msg_func, &slots[kConfirmSlot],
+            {"qr", global.confirm_msg_func, slots[kConfirmSlot],
              structured ? nullptr : &ScOrderMsgProcess});
   // With structured pushes the match subscription shares the confirmation slot, so the
-  // match slot stays 0 and a repeated login stops at "qr already subscribe".
+  // match slot stays 0 and a repeated login stops at "qr already subscribe". The
+  // confirmation id is kept apart for the cancellation.
+  if (structured) conn->displaced_confirm[conn->ActiveGroup()].store(slots[kConfirmSlot].load());
   Subscribe(*conn, khh, condition,
-            {"cj", global.report_msg_func, &slots[structured ? kConfirmSlot : kMatchSlot],
+            {"cj", global.report_msg_func, slots[structured ? kConfirmSlot : kMatchSlot],
              structured ? nullptr : &ScReportMsgProcess});
 }
 

@@ -6,10 +6,13 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <vector>
 
+#include "api/guard.h"
 #include "api/last_error.h"
 #include "comm/kel_api.h"
 #include "log/log.h"
+#include "query/query_cursor.h"
 #include "query/query_frame.h"
 #include "secmolra.h"
 
@@ -41,16 +44,25 @@ class CursorTable {
     std::lock_guard<std::mutex> lock(mutex_);
     return cursors_.erase(id) == 1;
   }
+  // Empties the table. The cursors are kept, never released: their sessions belong to a
+  // transport that is going away.
+  void Abandon() {
+    std::lock_guard<std::mutex> lock(mutex_);
+    for (auto& entry : cursors_) abandoned_.push_back(std::move(entry.second));
+    cursors_.clear();
+  }
 
  private:
   mutable std::mutex mutex_;
   std::int64_t last_id_ = 0;
   std::map<std::int64_t, std::shared_ptr<Cursor>> cursors_;
+  std::vector<std::shared_ptr<Cursor>> abandoned_;
 };
 
 CursorTable& Cursors() {
-  static CursorTable table;
-  return table;
+  // Never destroyed: at process end it would release sessions on a transport already gone.
+  static CursorTable* table = new CursorTable();
+  return *table;
 }
 
 std::int64_t ArgumentError(const char* func) {
@@ -59,6 +71,9 @@ std::int64_t ArgumentError(const char* func) {
 }
 
 }  // namespace
+
+void AbandonCursors() { Cursors().Abandon(); }
+
 }  // namespace molra::query
 
 using namespace molra;
@@ -68,46 +83,54 @@ extern "C" {
 
 SECMOLRA_API int64_t SECMOLRA_BeginQuery(const char* khh, const char* funcCode,
                                          const char* request) {
-  ReqFields fields;
-  if (khh == nullptr || funcCode == nullptr || *funcCode == '\0' ||
-      !ParseRequestText(request, fields)) {
-    return ArgumentError(kBegin);
-  }
-  MOLRA_LOG_INFO("{} lpKhh:{} func:{} req:{}", kBegin, khh, funcCode, LogText(request));
-  std::string customer = *khh != '\0' ? std::string(khh) : Registry().DefaultKhh(0);
-  if (customer.empty()) {
-    SetLastError(SECMOLRA_ERR_NOT_LOGGED_IN, "客户未登录", kBegin, nullptr);
-    return SECMOLRA_ERR_NOT_LOGGED_IN;
-  }
-  CusLoginInfo info = MakeLoginInfo(customer.c_str());
-  auto cursor = std::make_shared<Cursor>();
-  std::int64_t code = 0;
-  // A staged connection failure returns its code 0, which is never a cursor id.
-  if (!RunRequest(kBegin, &info, funcCode, fields, cursor->answer, code)) return code;
-  cursor->rows = kel::api.Kel_GetCount(cursor->answer.session.handle());
-  return Cursors().Add(std::move(cursor));
+  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+    ReqFields fields;
+    if (khh == nullptr || funcCode == nullptr || *funcCode == '\0' ||
+        !ParseRequestText(request, fields)) {
+      return ArgumentError(kBegin);
+    }
+    MOLRA_LOG_INFO("{} lpKhh:{} func:{} req:{}", kBegin, khh, funcCode, LogText(request));
+    std::string customer = *khh != '\0' ? std::string(khh) : Registry().DefaultKhh(0);
+    if (customer.empty()) {
+      SetLastError(SECMOLRA_ERR_NOT_LOGGED_IN, "客户未登录", kBegin, nullptr);
+      return SECMOLRA_ERR_NOT_LOGGED_IN;
+    }
+    CusLoginInfo info = MakeLoginInfo(customer.c_str());
+    auto cursor = std::make_shared<Cursor>();
+    std::int64_t code = 0;
+    // A staged connection failure returns its code 0, which is never a cursor id.
+    if (!RunRequest(kBegin, &info, funcCode, fields, cursor->answer, code)) return code;
+    cursor->rows = kel::api.Kel_GetCount(cursor->answer.session.handle());
+    return Cursors().Add(std::move(cursor));
+  });
 }
 
 SECMOLRA_API int64_t SECMOLRA_GetQueryCount(int64_t cursor) {
-  auto c = Cursors().Find(cursor);
-  return c ? c->rows : ArgumentError("SECMOLRA_GetQueryCount");
+  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+    auto c = Cursors().Find(cursor);
+    return c ? c->rows : ArgumentError("SECMOLRA_GetQueryCount");
+  });
 }
 
 SECMOLRA_API int64_t SECMOLRA_GetQuery(int64_t cursor, int32_t row, int32_t fieldId, char* buf,
                                        int32_t cap) {
-  auto c = Cursors().Find(cursor);
-  if (!c || row < 0 || row >= c->rows || cap < 0) return ArgumentError("SECMOLRA_GetQuery");
-  std::string value = GetItemString(c->answer.session.handle(), fieldId, row);
-  if (buf != nullptr && cap > 0) {
-    std::size_t n = std::min(value.size(), static_cast<std::size_t>(cap) - 1);
-    std::memcpy(buf, value.data(), n);
-    buf[n] = '\0';
-  }
-  return static_cast<int64_t>(value.size());
+  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+    auto c = Cursors().Find(cursor);
+    if (!c || row < 0 || row >= c->rows || cap < 0) return ArgumentError("SECMOLRA_GetQuery");
+    std::string value = GetItemString(c->answer.session.handle(), fieldId, row);
+    if (buf != nullptr && cap > 0) {
+      std::size_t n = std::min(value.size(), static_cast<std::size_t>(cap) - 1);
+      std::memcpy(buf, value.data(), n);
+      buf[n] = '\0';
+    }
+    return static_cast<int64_t>(value.size());
+  });
 }
 
 SECMOLRA_API int64_t SECMOLRA_EndQuery(int64_t cursor) {
-  return Cursors().Remove(cursor) ? 1 : ArgumentError("SECMOLRA_EndQuery");
+  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+    return Cursors().Remove(cursor) ? 1 : ArgumentError("SECMOLRA_EndQuery");
+  });
 }
 
 }  // extern "C"

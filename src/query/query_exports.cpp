@@ -1,5 +1,6 @@
 // The customer-query exports. Each one checks its customer, logs its call and runs its
 // query through the frame; the plain and Ex forms share one body.
+#include "api/guard.h"
 #include "log/log.h"
 #include "query/query_frame.h"
 #include "secmolra.h"
@@ -97,42 +98,57 @@ std::int64_t NodeFundsQuery(const char* name, QueryKind kind, const char* khh, c
 }  // namespace molra::query
 
 using namespace molra::query;
+using molra::Guard;
 
 extern "C" {
 
 SECMOLRA_API int64_t SECMOLRA_QueryFundInfo(const char* khh, std::vector<FundRecord>& list) {
-  return FundInfo("SECMOLRA_QueryFundInfo", QueryCaller(khh), list);
+  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+    return FundInfo("SECMOLRA_QueryFundInfo", QueryCaller(khh), list);
+  });
 }
 
 SECMOLRA_API int64_t SECMOLRA_QueryFundInfoEx(CusLoginInfo* info, std::vector<FundRecord>& list) {
-  return FundInfo("SECMOLRA_QueryFundInfoEx", QueryCaller(info), list);
+  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+    return FundInfo("SECMOLRA_QueryFundInfoEx", QueryCaller(info), list);
+  });
 }
 
 SECMOLRA_API int64_t SECMOLRA_QueryAccInfo(const char* khh, std::vector<AccountRecord>& list) {
-  return AccInfo("SECMOLRA_QueryAccInfo", QueryCaller(khh), list);
+  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+    return AccInfo("SECMOLRA_QueryAccInfo", QueryCaller(khh), list);
+  });
 }
 
 SECMOLRA_API int64_t SECMOLRA_QueryAccInfoEx(CusLoginInfo* info,
                                              std::vector<AccountRecord>& list) {
-  return AccInfo("SECMOLRA_QueryAccInfoEx", QueryCaller(info), list);
+  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+    return AccInfo("SECMOLRA_QueryAccInfoEx", QueryCaller(info), list);
+  });
 }
 
 SECMOLRA_API int64_t SECMOLRA_QueryPSQY(const char* khh, const char* jys, const char* gdh,
                                         std::vector<PSQYRecord>& list) {
-  return PSQY("SECMOLRA_QueryPSQY", QueryCaller(khh), jys, gdh, list);
+  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+    return PSQY("SECMOLRA_QueryPSQY", QueryCaller(khh), jys, gdh, list);
+  });
 }
 
 SECMOLRA_API int64_t SECMOLRA_QueryPSQYEx(CusLoginInfo* info, const char* jys, const char* gdh,
                                           std::vector<PSQYRecord>& list) {
-  return PSQY("SECMOLRA_QueryPSQYEx", QueryCaller(info), jys, gdh, list);
+  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+    return PSQY("SECMOLRA_QueryPSQYEx", QueryCaller(info), jys, gdh, list);
+  });
 }
 
 SECMOLRA_API int64_t SECMOLRA_QueryOrders(const char* khh, int32_t nType, int32_t nSortType,
                                           int32_t nRowcount, int32_t nBrowindex,
                                           const char* jys, const char* zqdm, int64_t lWth,
                                           std::vector<OrderRecord>& list) {
-  return OrdersOrMatchs("SECMOLRA_QueryOrders", QueryKind::kOrders, QueryCaller(khh), nType,
-                        nSortType, nRowcount, nBrowindex, jys, zqdm, lWth, list);
+  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+    return OrdersOrMatchs("SECMOLRA_QueryOrders", QueryKind::kOrders, QueryCaller(khh), nType,
+                          nSortType, nRowcount, nBrowindex, jys, zqdm, lWth, list);
+  });
 }
 
 SECMOLRA_API int64_t SECMOLRA_QueryOrdersEx(CusLoginInfo* info, int32_t nType,
@@ -140,16 +156,20 @@ SECMOLRA_API int64_t SECMOLRA_QueryOrdersEx(CusLoginInfo* info, int32_t nType,
                                             int32_t nBrowindex, const char* jys,
                                             const char* zqdm, int64_t lWth,
                                             std::vector<OrderRecord>& list) {
-  return OrdersOrMatchs("SECMOLRA_QueryOrdersEx", QueryKind::kOrders, QueryCaller(info), nType,
-                        nSortType, nRowcount, nBrowindex, jys, zqdm, lWth, list);
+  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+    return OrdersOrMatchs("SECMOLRA_QueryOrdersEx", QueryKind::kOrders, QueryCaller(info), nType,
+                          nSortType, nRowcount, nBrowindex, jys, zqdm, lWth, list);
+  });
 }
 
 SECMOLRA_API int64_t SECMOLRA_QueryMatchs(const char* khh, int32_t nType, int32_t nSortType,
                                           int32_t nRowcount, int32_t nBrowindex,
                                           const char* jys, const char* zqdm, int64_t lWth,
                                           std::vector<MatchRecord>& list) {
-  return OrdersOrMatchs("SECMOLRA_QueryMatchs", QueryKind::kMatchs, QueryCaller(khh), nType,
-                        nSortType, nRowcount, nBrowindex, jys, zqdm, lWth, list);
+  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+    return OrdersOrMatchs("SECMOLRA_QueryMatchs", QueryKind::kMatchs, QueryCaller(khh), nType,
+                          nSortType, nRowcount, nBrowindex, jys, zqdm, lWth, list);
+  });
 }
 
 SECMOLRA_API int64_t SECMOLRA_QueryMatchsEx(CusLoginInfo* info, int32_t nType,
@@ -157,8 +177,10 @@ SECMOLRA_API int64_t SECMOLRA_QueryMatchsEx(CusLoginInfo* info, int32_t nType,
                                             int32_t nBrowindex, const char* jys,
                                             const char* zqdm, int64_t lWth,
                                             std::vector<MatchRecord>& list) {
-  return OrdersOrMatchs("SECMOLRA_QueryMatchsEx", QueryKind::kMatchs, QueryCaller(info), nType,
-                        nSortType, nRowcount, nBrowindex, jys, zqdm, lWth, list);
+  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+    return OrdersOrMatchs("SECMOLRA_QueryMatchsEx", QueryKind::kMatchs, QueryCaller(info), nType,
+                          nSortType, nRowcount, nBrowindex, jys, zqdm, lWth, list);
+  });
 }
 
 SECMOLRA_API int64_t SECMOLRA_QueryPositions(const char* khh, int32_t nSortType,
@@ -166,8 +188,10 @@ SECMOLRA_API int64_t SECMOLRA_QueryPositions(const char* khh, int32_t nSortType,
                                              const char* gdh, const char* jys, const char* zqdm,
                                              int32_t exeflag,
                                              std::vector<PositionRecord>& list) {
-  return Positions("SECMOLRA_QueryPositions", QueryCaller(khh), nSortType, nRowcount,
-                   nBrowindex, gdh, jys, zqdm, exeflag, list);
+  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+    return Positions("SECMOLRA_QueryPositions", QueryCaller(khh), nSortType, nRowcount,
+                     nBrowindex, gdh, jys, zqdm, exeflag, list);
+  });
 }
 
 SECMOLRA_API int64_t SECMOLRA_QueryPositionsEx(CusLoginInfo* info, int32_t nSortType,
@@ -175,29 +199,39 @@ SECMOLRA_API int64_t SECMOLRA_QueryPositionsEx(CusLoginInfo* info, int32_t nSort
                                                const char* jys, const char* zqdm,
                                                int32_t exeflag,
                                                std::vector<PositionRecord>& list) {
-  std::string gdh = info ? FixedText(info->GDH) : std::string();
-  return Positions("SECMOLRA_QueryPositionsEx", QueryCaller(info), nSortType, nRowcount,
-                   nBrowindex, gdh.c_str(), jys, zqdm, exeflag, list);
+  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+    std::string gdh = info ? FixedText(info->GDH) : std::string();
+    return Positions("SECMOLRA_QueryPositionsEx", QueryCaller(info), nSortType, nRowcount,
+                     nBrowindex, gdh.c_str(), jys, zqdm, exeflag, list);
+  });
 }
 
 SECMOLRA_API int64_t SECMOLRA_QueryETFShare(const char* khh, const char* jjdm,
                                             std::vector<ETFShareRecord>& list) {
-  return ETFShare("SECMOLRA_QueryETFShare", QueryCaller(khh), jjdm, list);
+  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+    return ETFShare("SECMOLRA_QueryETFShare", QueryCaller(khh), jjdm, list);
+  });
 }
 
 SECMOLRA_API int64_t SECMOLRA_QueryETFShareEx(CusLoginInfo* info, const char* jjdm,
                                               std::vector<ETFShareRecord>& list) {
-  return ETFShare("SECMOLRA_QueryETFShareEx", QueryCaller(info), jjdm, list);
+  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+    return ETFShare("SECMOLRA_QueryETFShareEx", QueryCaller(info), jjdm, list);
+  });
 }
 
 SECMOLRA_API int64_t SECMOLRA_QueryZJHBCL(const char* khh, const char* zjzh,
                                           std::vector<ZJHBCLRecord>& list) {
-  return NodeFundsQuery("SECMOLRA_QueryZJHBCL", QueryKind::kZJHBCL, khh, zjzh, list);
+  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+    return NodeFundsQuery("SECMOLRA_QueryZJHBCL", QueryKind::kZJHBCL, khh, zjzh, list);
+  });
 }
 
 SECMOLRA_API int64_t SECMOLRA_QueryJDKYZJ(const char* khh, const char* zjzh,
                                           std::vector<JDKYZJRecord>& list) {
-  return NodeFundsQuery("SECMOLRA_QueryJDKYZJ", QueryKind::kJDKYZJ, khh, zjzh, list);
+  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+    return NodeFundsQuery("SECMOLRA_QueryJDKYZJ", QueryKind::kJDKYZJ, khh, zjzh, list);
+  });
 }
 
 }  // extern "C"

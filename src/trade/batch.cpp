@@ -6,6 +6,7 @@
 
 #include <fmt/format.h>
 
+#include "api/guard.h"
 #include "api/last_error.h"
 #include "log/log.h"
 #include "secmolra.h"
@@ -179,44 +180,57 @@ std::int64_t PyBatch(const char* khh, std::int64_t wtpch, BatchOrderRow* rows, s
 }  // namespace molra::trade
 
 using namespace molra::trade;
+using molra::Guard;
 
 extern "C" {
 
 SECMOLRA_API int64_t SECMOLRA_BatchOrderEntrust(const char* lpKhh,
                                                 std::vector<BatchOrderRow>& rows,
                                                 int64_t nWTPCH) {
-  return BatchExport("SECMOLRA_BatchOrderEntrust", lpKhh, nullptr, rows, nWTPCH, false);
+  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+    return BatchExport("SECMOLRA_BatchOrderEntrust", lpKhh, nullptr, rows, nWTPCH, false);
+  });
 }
 
 SECMOLRA_API int64_t SECMOLRA_BatchOrderEntrustEx(CusLoginInfo* info,
                                                   std::vector<BatchOrderRow>& rows,
                                                   int64_t nWTPCH) {
-  // An Ex form does not check its record pointer: a null one reaches the frame's check.
-  if (info == nullptr) return BatchEntrustImpl(nullptr, rows, nWTPCH, false);
-  return BatchExport("SECMOLRA_BatchOrderEntrustEx", nullptr, info, rows, nWTPCH, false);
+  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+    // An Ex form does not check its record pointer: a null one reaches the frame's check.
+    if (info == nullptr) return BatchEntrustImpl(nullptr, rows, nWTPCH, false);
+    return BatchExport("SECMOLRA_BatchOrderEntrustEx", nullptr, info, rows, nWTPCH, false);
+  });
 }
 
 SECMOLRA_API int64_t SECMOLRA_BatchOrderEntrust_ASync(const char* lpKhh,
                                                       std::vector<BatchOrderRow>& rows,
                                                       int64_t nWTPCH) {
-  return BatchExport("SECMOLRA_BatchOrderEntrust_ASync", lpKhh, nullptr, rows, nWTPCH, true);
+  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+    return BatchExport("SECMOLRA_BatchOrderEntrust_ASync", lpKhh, nullptr, rows, nWTPCH, true);
+  });
 }
 
 SECMOLRA_API int64_t SECMOLRA_BatchOrderEntrustEx_ASync(CusLoginInfo* info,
                                                         std::vector<BatchOrderRow>& rows,
                                                         int64_t nWTPCH) {
-  if (info == nullptr) return BatchEntrustImpl(nullptr, rows, nWTPCH, true);
-  return BatchExport("SECMOLRA_BatchOrderEntrustEx_ASync", nullptr, info, rows, nWTPCH, true);
+  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+    if (info == nullptr) return BatchEntrustImpl(nullptr, rows, nWTPCH, true);
+    return BatchExport("SECMOLRA_BatchOrderEntrustEx_ASync", nullptr, info, rows, nWTPCH, true);
+  });
 }
 
 SECMOLRA_API int64_t PYSECMOLRA_BatchOrderEntrust(const char* lpKhh, int64_t nWTPCH,
                                                   BatchOrderRow* rows, int32_t count) {
-  return PyBatch(lpKhh, nWTPCH, rows, count, false);
+  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+    return PyBatch(lpKhh, nWTPCH, rows, count, false);
+  });
 }
 
 SECMOLRA_API int64_t PYSECMOLRA_BatchOrderEntrust_ASync(const char* lpKhh, int64_t nWTPCH,
                                                         BatchOrderRow* rows, int32_t count) {
-  return PyBatch(lpKhh, nWTPCH, rows, count, true);
+  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+    return PyBatch(lpKhh, nWTPCH, rows, count, true);
+  });
 }
 
 }  // extern "C"

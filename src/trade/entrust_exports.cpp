@@ -1,5 +1,6 @@
 // Exports of the single entrusts: the argument checks under the export's name, then the
 // implementation with the customer as a record.
+#include "api/guard.h"
 #include "secmolra.h"
 #include "trade/order_args.h"
 #include "trade/order_ops.h"
@@ -59,6 +60,7 @@ const Target kFjy = ByCategory(Biz::kFJY);
 }  // namespace molra::trade
 
 using namespace molra::trade;
+using molra::Guard;
 
 extern "C" {
 
@@ -67,31 +69,39 @@ extern "C" {
 SECMOLRA_API int64_t SECMOLRA_OrderEntrust(const char* lpKhh, const char* lpJys,
                                            const char* lpZqdm, int32_t nJylb, int64_t lWtsl,
                                            double lfWtjg, int64_t lDdlx, const char* lpGdh) {
-  return Plain("SECMOLRA_OrderEntrust", target::kOrder, lpKhh, lpGdh,
-               {lpJys, lpZqdm, nJylb, lWtsl, lfWtjg, lDdlx, Low8(lDdlx)}, kSync);
+  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+    return Plain("SECMOLRA_OrderEntrust", target::kOrder, lpKhh, lpGdh,
+                 {lpJys, lpZqdm, nJylb, lWtsl, lfWtjg, lDdlx, Low8(lDdlx)}, kSync);
+  });
 }
 
 SECMOLRA_API int64_t SECMOLRA_OrderEntrustEx(CusLoginInfo* info, const char* lpJys,
                                              const char* lpZqdm, int32_t nJylb, int64_t lWtsl,
                                              double lfWtjg, int64_t lDdlx) {
-  return WithRecord("SECMOLRA_OrderEntrustEx", target::kOrder, info,
-                    {lpJys, lpZqdm, nJylb, lWtsl, lfWtjg, lDdlx, Low8(lDdlx)}, kSync);
+  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+    return WithRecord("SECMOLRA_OrderEntrustEx", target::kOrder, info,
+                      {lpJys, lpZqdm, nJylb, lWtsl, lfWtjg, lDdlx, Low8(lDdlx)}, kSync);
+  });
 }
 
 SECMOLRA_API int64_t SECMOLRA_OrderEntrust_ASync(const char* lpKhh, const char* lpJys,
                                                  const char* lpZqdm, int32_t nJylb,
                                                  int64_t lWtsl, double lfWtjg, int64_t lDdlx,
                                                  const char* lpGdh, int64_t nKFSBDBH) {
-  return Plain("SECMOLRA_OrderEntrust_ASync", target::kOrder, lpKhh, lpGdh,
-               {lpJys, lpZqdm, nJylb, lWtsl, lfWtjg, lDdlx, Low8(lDdlx)}, Async(nKFSBDBH));
+  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+    return Plain("SECMOLRA_OrderEntrust_ASync", target::kOrder, lpKhh, lpGdh,
+                 {lpJys, lpZqdm, nJylb, lWtsl, lfWtjg, lDdlx, Low8(lDdlx)}, Async(nKFSBDBH));
+  });
 }
 
 SECMOLRA_API int64_t SECMOLRA_OrderEntrustEx_ASync(CusLoginInfo* info, const char* lpJys,
                                                    const char* lpZqdm, int32_t nJylb,
                                                    int64_t lWtsl, double lfWtjg, int64_t lDdlx,
                                                    int64_t nKFSBDBH) {
-  return WithRecord("SECMOLRA_OrderEntrustEx_ASync", target::kOrder, info,
-                    {lpJys, lpZqdm, nJylb, lWtsl, lfWtjg, lDdlx, Low8(lDdlx)}, Async(nKFSBDBH));
+  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+    return WithRecord("SECMOLRA_OrderEntrustEx_ASync", target::kOrder, info,
+                      {lpJys, lpZqdm, nJylb, lWtsl, lfWtjg, lDdlx, Low8(lDdlx)}, Async(nKFSBDBH));
+  });
 }
 
 // ---- ETF subscription and redemption ----
@@ -99,31 +109,39 @@ SECMOLRA_API int64_t SECMOLRA_OrderEntrustEx_ASync(CusLoginInfo* info, const cha
 SECMOLRA_API int64_t SECMOLRA_ETFEntrust(const char* lpKhh, const char* lpJys,
                                          const char* lpZqdm, int32_t nJylb, int32_t lWtsl,
                                          const char* lpGdh, const char* lpStep) {
-  return PlainEtf("SECMOLRA_ETFEntrust", lpKhh, lpJys, lpZqdm, nJylb, lWtsl, lpGdh, lpStep,
-                  kSync);
+  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+    return PlainEtf("SECMOLRA_ETFEntrust", lpKhh, lpJys, lpZqdm, nJylb, lWtsl, lpGdh, lpStep,
+                    kSync);
+  });
 }
 
 SECMOLRA_API int64_t SECMOLRA_ETFEntrustEx(CusLoginInfo* info, const char* lpJys,
                                            const char* lpZqdm, int32_t nJylb, int32_t lWtsl,
                                            const char* lpStep) {
-  return EtfWithRecord("SECMOLRA_ETFEntrustEx", info, lpJys, lpZqdm, nJylb, lWtsl, lpStep,
-                       kSync);
+  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+    return EtfWithRecord("SECMOLRA_ETFEntrustEx", info, lpJys, lpZqdm, nJylb, lWtsl, lpStep,
+                         kSync);
+  });
 }
 
 SECMOLRA_API int64_t SECMOLRA_ETFEntrust_ASync(const char* lpKhh, const char* lpJys,
                                                const char* lpZqdm, int32_t nJylb, int32_t lWtsl,
                                                const char* lpGdh, const char* lpStep,
                                                int64_t nKFSBDBH) {
-  return PlainEtf("SECMOLRA_ETFEntrust_ASync", lpKhh, lpJys, lpZqdm, nJylb, lWtsl, lpGdh,
-                  lpStep, Async(nKFSBDBH));
+  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+    return PlainEtf("SECMOLRA_ETFEntrust_ASync", lpKhh, lpJys, lpZqdm, nJylb, lWtsl, lpGdh,
+                    lpStep, Async(nKFSBDBH));
+  });
 }
 
 SECMOLRA_API int64_t SECMOLRA_ETFEntrustEx_ASync(CusLoginInfo* info, const char* lpJys,
                                                  const char* lpZqdm, int32_t nJylb,
                                                  int32_t lWtsl, const char* lpStep,
                                                  int64_t nKFSBDBH) {
-  return EtfWithRecord("SECMOLRA_ETFEntrustEx_ASync", info, lpJys, lpZqdm, nJylb, lWtsl, lpStep,
-                       Async(nKFSBDBH));
+  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+    return EtfWithRecord("SECMOLRA_ETFEntrustEx_ASync", info, lpJys, lpZqdm, nJylb, lWtsl, lpStep,
+                         Async(nKFSBDBH));
+  });
 }
 
 // ---- repurchase ----
@@ -131,59 +149,75 @@ SECMOLRA_API int64_t SECMOLRA_ETFEntrustEx_ASync(CusLoginInfo* info, const char*
 SECMOLRA_API int64_t SECMOLRA_ZQHGEntrust(const char* lpKhh, const char* lpJys,
                                           const char* lpZqdm, int32_t nJylb, int32_t lWtsl,
                                           double lfWtjg, int64_t lDdlx, const char* lpGdh) {
-  return Plain("SECMOLRA_ZQHGEntrust", target::kZqhg, lpKhh, lpGdh,
-               {lpJys, lpZqdm, nJylb, lWtsl, lfWtjg, lDdlx, Low8(lDdlx)}, kSync);
+  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+    return Plain("SECMOLRA_ZQHGEntrust", target::kZqhg, lpKhh, lpGdh,
+                 {lpJys, lpZqdm, nJylb, lWtsl, lfWtjg, lDdlx, Low8(lDdlx)}, kSync);
+  });
 }
 
 SECMOLRA_API int64_t SECMOLRA_ZQHGEntrustEx(CusLoginInfo* info, const char* lpJys,
                                             const char* lpZqdm, int32_t nJylb, int32_t lWtsl,
                                             double lfWtjg, int64_t lDdlx) {
-  return WithRecord("SECMOLRA_ZQHGEntrustEx", target::kZqhg, info,
-                    {lpJys, lpZqdm, nJylb, lWtsl, lfWtjg, lDdlx, Low8(lDdlx)}, kSync);
+  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+    return WithRecord("SECMOLRA_ZQHGEntrustEx", target::kZqhg, info,
+                      {lpJys, lpZqdm, nJylb, lWtsl, lfWtjg, lDdlx, Low8(lDdlx)}, kSync);
+  });
 }
 
 SECMOLRA_API int64_t SECMOLRA_ZQHGEntrust_ASync(const char* lpKhh, const char* lpJys,
                                                 const char* lpZqdm, int32_t nJylb, int32_t lWtsl,
                                                 double lfWtjg, int64_t lDdlx, const char* lpGdh,
                                                 int64_t nKFSBDBH) {
-  return Plain("SECMOLRA_ZQHGEntrust_ASync", target::kZqhg, lpKhh, lpGdh,
-               {lpJys, lpZqdm, nJylb, lWtsl, lfWtjg, lDdlx, Low8(lDdlx)}, Async(nKFSBDBH));
+  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+    return Plain("SECMOLRA_ZQHGEntrust_ASync", target::kZqhg, lpKhh, lpGdh,
+                 {lpJys, lpZqdm, nJylb, lWtsl, lfWtjg, lDdlx, Low8(lDdlx)}, Async(nKFSBDBH));
+  });
 }
 
 SECMOLRA_API int64_t SECMOLRA_ZQHGEntrustEx_ASync(CusLoginInfo* info, const char* lpJys,
                                                   const char* lpZqdm, int32_t nJylb,
                                                   int32_t lWtsl, double lfWtjg, int64_t lDdlx,
                                                   int64_t nKFSBDBH) {
-  return WithRecord("SECMOLRA_ZQHGEntrustEx_ASync", target::kZqhg, info,
-                    {lpJys, lpZqdm, nJylb, lWtsl, lfWtjg, lDdlx, Low8(lDdlx)}, Async(nKFSBDBH));
+  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+    return WithRecord("SECMOLRA_ZQHGEntrustEx_ASync", target::kZqhg, info,
+                      {lpJys, lpZqdm, nJylb, lWtsl, lfWtjg, lDdlx, Low8(lDdlx)}, Async(nKFSBDBH));
+  });
 }
 
 // ---- pledge in and out (the byte at 91 is 0) ----
 
 SECMOLRA_API int64_t SECMOLRA_ZQHGCrk(const char* lpKhh, const char* lpJys, const char* lpZqdm,
                                       int32_t nJylb, int32_t lWtsl, const char* lpGdh) {
-  return Plain("SECMOLRA_ZQHGCrk", target::kCrk, lpKhh, lpGdh, {lpJys, lpZqdm, nJylb, lWtsl, 0, 0, 0},
-               kSync);
+  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+    return Plain("SECMOLRA_ZQHGCrk", target::kCrk, lpKhh, lpGdh, {lpJys, lpZqdm, nJylb, lWtsl, 0, 0, 0},
+                 kSync);
+  });
 }
 
 SECMOLRA_API int64_t SECMOLRA_ZQHGCrkEx(CusLoginInfo* info, const char* lpJys,
                                         const char* lpZqdm, int32_t nJylb, int32_t lWtsl) {
-  return WithRecord("SECMOLRA_ZQHGCrkEx", target::kCrk, info, {lpJys, lpZqdm, nJylb, lWtsl, 0, 0, 0},
-                    kSync);
+  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+    return WithRecord("SECMOLRA_ZQHGCrkEx", target::kCrk, info, {lpJys, lpZqdm, nJylb, lWtsl, 0, 0, 0},
+                      kSync);
+  });
 }
 
 SECMOLRA_API int64_t SECMOLRA_ZQHGCrk_ASync(const char* lpKhh, const char* lpJys,
                                             const char* lpZqdm, int32_t nJylb, int32_t lWtsl,
                                             const char* lpGdh, int64_t nKFSBDBH) {
-  return Plain("SECMOLRA_ZQHGCrk_ASync", target::kCrk, lpKhh, lpGdh,
-               {lpJys, lpZqdm, nJylb, lWtsl, 0, 0, 0}, Async(nKFSBDBH));
+  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+    return Plain("SECMOLRA_ZQHGCrk_ASync", target::kCrk, lpKhh, lpGdh,
+                 {lpJys, lpZqdm, nJylb, lWtsl, 0, 0, 0}, Async(nKFSBDBH));
+  });
 }
 
 SECMOLRA_API int64_t SECMOLRA_ZQHGCrkEx_ASync(CusLoginInfo* info, const char* lpJys,
                                               const char* lpZqdm, int32_t nJylb, int32_t lWtsl,
                                               int64_t nKFSBDBH) {
-  return WithRecord("SECMOLRA_ZQHGCrkEx_ASync", target::kCrk, info,
-                    {lpJys, lpZqdm, nJylb, lWtsl, 0, 0, 0}, Async(nKFSBDBH));
+  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+    return WithRecord("SECMOLRA_ZQHGCrkEx_ASync", target::kCrk, info,
+                      {lpJys, lpZqdm, nJylb, lWtsl, 0, 0, 0}, Async(nKFSBDBH));
+  });
 }
 
 // ---- listed fund (the one-byte flag goes to byte 91) ----
@@ -191,32 +225,40 @@ SECMOLRA_API int64_t SECMOLRA_ZQHGCrkEx_ASync(CusLoginInfo* info, const char* lp
 SECMOLRA_API int64_t SECMOLRA_Lof(const char* lpKhh, const char* lpJys, const char* lpZqdm,
                                   int32_t nJylb, int32_t lWtsl, double lwtjg, char flag,
                                   const char* lpGdh) {
-  return Plain("SECMOLRA_Lof", target::kLof, lpKhh, lpGdh,
-               {lpJys, lpZqdm, nJylb, lWtsl, lwtjg, 0, static_cast<std::uint8_t>(flag)}, kSync);
+  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+    return Plain("SECMOLRA_Lof", target::kLof, lpKhh, lpGdh,
+                 {lpJys, lpZqdm, nJylb, lWtsl, lwtjg, 0, static_cast<std::uint8_t>(flag)}, kSync);
+  });
 }
 
 SECMOLRA_API int64_t SECMOLRA_LofEx(CusLoginInfo* info, const char* lpJys, const char* lpZqdm,
                                     int32_t nJylb, int32_t lWtsl, double lwtjg, char flag) {
-  return WithRecord("SECMOLRA_LofEx", target::kLof, info,
-                    {lpJys, lpZqdm, nJylb, lWtsl, lwtjg, 0, static_cast<std::uint8_t>(flag)},
-                    kSync);
+  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+    return WithRecord("SECMOLRA_LofEx", target::kLof, info,
+                      {lpJys, lpZqdm, nJylb, lWtsl, lwtjg, 0, static_cast<std::uint8_t>(flag)},
+                      kSync);
+  });
 }
 
 SECMOLRA_API int64_t SECMOLRA_Lof_ASync(const char* lpKhh, const char* lpJys,
                                         const char* lpZqdm, int32_t nJylb, int32_t lWtsl,
                                         double lwtjg, char flag, const char* lpGdh,
                                         int64_t nKFSBDBH) {
-  return Plain("SECMOLRA_Lof_ASync", target::kLof, lpKhh, lpGdh,
-               {lpJys, lpZqdm, nJylb, lWtsl, lwtjg, 0, static_cast<std::uint8_t>(flag)},
-               Async(nKFSBDBH));
+  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+    return Plain("SECMOLRA_Lof_ASync", target::kLof, lpKhh, lpGdh,
+                 {lpJys, lpZqdm, nJylb, lWtsl, lwtjg, 0, static_cast<std::uint8_t>(flag)},
+                 Async(nKFSBDBH));
+  });
 }
 
 SECMOLRA_API int64_t SECMOLRA_LofEx_ASync(CusLoginInfo* info, const char* lpJys,
                                           const char* lpZqdm, int32_t nJylb, int32_t lWtsl,
                                           double lwtjg, char flag, int64_t nKFSBDBH) {
-  return WithRecord("SECMOLRA_LofEx_ASync", target::kLof, info,
-                    {lpJys, lpZqdm, nJylb, lWtsl, lwtjg, 0, static_cast<std::uint8_t>(flag)},
-                    Async(nKFSBDBH));
+  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+    return WithRecord("SECMOLRA_LofEx_ASync", target::kLof, info,
+                      {lpJys, lpZqdm, nJylb, lWtsl, lwtjg, 0, static_cast<std::uint8_t>(flag)},
+                      Async(nKFSBDBH));
+  });
 }
 
 // ---- after-hours priced (categories not checked) ----
@@ -224,31 +266,39 @@ SECMOLRA_API int64_t SECMOLRA_LofEx_ASync(CusLoginInfo* info, const char* lpJys,
 SECMOLRA_API int64_t SECMOLRA_PHDJEntrust(const char* lpKhh, const char* lpJys,
                                           const char* lpZqdm, int32_t nJylb, int64_t lWtsl,
                                           double lfWtjg, int64_t lDdlx, const char* lpGdh) {
-  return Plain("SECMOLRA_PHDJEntrust", target::kPhdj, lpKhh, lpGdh,
-               {lpJys, lpZqdm, nJylb, lWtsl, lfWtjg, lDdlx, Low8(lDdlx)}, kSync);
+  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+    return Plain("SECMOLRA_PHDJEntrust", target::kPhdj, lpKhh, lpGdh,
+                 {lpJys, lpZqdm, nJylb, lWtsl, lfWtjg, lDdlx, Low8(lDdlx)}, kSync);
+  });
 }
 
 SECMOLRA_API int64_t SECMOLRA_PHDJEntrustEx(CusLoginInfo* info, const char* lpJys,
                                             const char* lpZqdm, int32_t nJylb, int64_t lWtsl,
                                             double lfWtjg, int64_t lDdlx) {
-  return WithRecord("SECMOLRA_PHDJEntrustEx", target::kPhdj, info,
-                    {lpJys, lpZqdm, nJylb, lWtsl, lfWtjg, lDdlx, Low8(lDdlx)}, kSync);
+  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+    return WithRecord("SECMOLRA_PHDJEntrustEx", target::kPhdj, info,
+                      {lpJys, lpZqdm, nJylb, lWtsl, lfWtjg, lDdlx, Low8(lDdlx)}, kSync);
+  });
 }
 
 SECMOLRA_API int64_t SECMOLRA_PHDJEntrust_ASync(const char* lpKhh, const char* lpJys,
                                                 const char* lpZqdm, int32_t nJylb, int64_t lWtsl,
                                                 double lfWtjg, int64_t lDdlx, const char* lpGdh,
                                                 int64_t nKFSBDBH) {
-  return Plain("SECMOLRA_PHDJEntrust_ASync", target::kPhdj, lpKhh, lpGdh,
-               {lpJys, lpZqdm, nJylb, lWtsl, lfWtjg, lDdlx, Low8(lDdlx)}, Async(nKFSBDBH));
+  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+    return Plain("SECMOLRA_PHDJEntrust_ASync", target::kPhdj, lpKhh, lpGdh,
+                 {lpJys, lpZqdm, nJylb, lWtsl, lfWtjg, lDdlx, Low8(lDdlx)}, Async(nKFSBDBH));
+  });
 }
 
 SECMOLRA_API int64_t SECMOLRA_PHDJEntrustEx_ASync(CusLoginInfo* info, const char* lpJys,
                                                   const char* lpZqdm, int32_t nJylb,
                                                   int64_t lWtsl, double lfWtjg, int64_t lDdlx,
                                                   int64_t nKFSBDBH) {
-  return WithRecord("SECMOLRA_PHDJEntrustEx_ASync", target::kPhdj, info,
-                    {lpJys, lpZqdm, nJylb, lWtsl, lfWtjg, lDdlx, Low8(lDdlx)}, Async(nKFSBDBH));
+  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+    return WithRecord("SECMOLRA_PHDJEntrustEx_ASync", target::kPhdj, info,
+                      {lpJys, lpZqdm, nJylb, lWtsl, lfWtjg, lDdlx, Low8(lDdlx)}, Async(nKFSBDBH));
+  });
 }
 
 // ---- issuance (key/value, code by category) ----
@@ -256,30 +306,38 @@ SECMOLRA_API int64_t SECMOLRA_PHDJEntrustEx_ASync(CusLoginInfo* info, const char
 SECMOLRA_API int64_t SECMOLRA_FXYW(const char* lpKhh, const char* lpJys, const char* lpZqdm,
                                    int32_t nJylb, int64_t lWtsl, double lwtjg, int64_t lDdlx,
                                    const char* lpGdh) {
-  return Plain("SECMOLRA_FXYW", target::kFxyw, lpKhh, lpGdh,
-               {lpJys, lpZqdm, nJylb, lWtsl, lwtjg, lDdlx, 0}, kSync);
+  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+    return Plain("SECMOLRA_FXYW", target::kFxyw, lpKhh, lpGdh,
+                 {lpJys, lpZqdm, nJylb, lWtsl, lwtjg, lDdlx, 0}, kSync);
+  });
 }
 
 SECMOLRA_API int64_t SECMOLRA_FXYWEx(CusLoginInfo* info, const char* lpJys, const char* lpZqdm,
                                      int32_t nJylb, int64_t lWtsl, double lwtjg,
                                      int64_t lDdlx) {
-  return WithRecord("SECMOLRA_FXYWEx", target::kFxyw, info,
-                    {lpJys, lpZqdm, nJylb, lWtsl, lwtjg, lDdlx, 0}, kSync);
+  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+    return WithRecord("SECMOLRA_FXYWEx", target::kFxyw, info,
+                      {lpJys, lpZqdm, nJylb, lWtsl, lwtjg, lDdlx, 0}, kSync);
+  });
 }
 
 SECMOLRA_API int64_t SECMOLRA_FXYW_ASync(const char* lpKhh, const char* lpJys,
                                          const char* lpZqdm, int32_t nJylb, int64_t lWtsl,
                                          double lwtjg, int64_t lDdlx, const char* lpGdh,
                                          int64_t nKFSBDBH) {
-  return Plain("SECMOLRA_FXYW_ASync", target::kFxyw, lpKhh, lpGdh,
-               {lpJys, lpZqdm, nJylb, lWtsl, lwtjg, lDdlx, 0}, Async(nKFSBDBH));
+  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+    return Plain("SECMOLRA_FXYW_ASync", target::kFxyw, lpKhh, lpGdh,
+                 {lpJys, lpZqdm, nJylb, lWtsl, lwtjg, lDdlx, 0}, Async(nKFSBDBH));
+  });
 }
 
 SECMOLRA_API int64_t SECMOLRA_FXYWEx_ASync(CusLoginInfo* info, const char* lpJys,
                                            const char* lpZqdm, int32_t nJylb, int64_t lWtsl,
                                            double lwtjg, int64_t lDdlx, int64_t nKFSBDBH) {
-  return WithRecord("SECMOLRA_FXYWEx_ASync", target::kFxyw, info,
-                    {lpJys, lpZqdm, nJylb, lWtsl, lwtjg, lDdlx, 0}, Async(nKFSBDBH));
+  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+    return WithRecord("SECMOLRA_FXYWEx_ASync", target::kFxyw, info,
+                      {lpJys, lpZqdm, nJylb, lWtsl, lwtjg, lDdlx, 0}, Async(nKFSBDBH));
+  });
 }
 
 // ---- block trading (key/value, synchronous only) ----
@@ -289,9 +347,11 @@ SECMOLRA_API int64_t SECMOLRA_DZJY(const char* lpKhh, const char* lpJys, const c
                                    const char* lpGdh, const char* lpDfxw, const char* lpLxr,
                                    const char* lpLxdh, const char* lpHyh, const char* lpDfgdh,
                                    int32_t nPddm, int32_t nTdbz) {
-  const DzjyArgs d{lpDfxw, lpLxr, lpLxdh, lpHyh, lpDfgdh, nPddm, nTdbz};
-  return Plain("SECMOLRA_DZJY", target::kDzjy, lpKhh, lpGdh,
-               {lpJys, lpZqdm, nJylb, lWtsl, lwtjg, lDdlx, 0}, kSync, &d);
+  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+    const DzjyArgs d{lpDfxw, lpLxr, lpLxdh, lpHyh, lpDfgdh, nPddm, nTdbz};
+    return Plain("SECMOLRA_DZJY", target::kDzjy, lpKhh, lpGdh,
+                 {lpJys, lpZqdm, nJylb, lWtsl, lwtjg, lDdlx, 0}, kSync, &d);
+  });
 }
 
 SECMOLRA_API int64_t SECMOLRA_DZJYEx(CusLoginInfo* info, const char* lpJys, const char* lpZqdm,
@@ -299,9 +359,11 @@ SECMOLRA_API int64_t SECMOLRA_DZJYEx(CusLoginInfo* info, const char* lpJys, cons
                                      const char* lpDfxw, const char* lpLxr, const char* lpLxdh,
                                      const char* lpHyh, const char* lpDfgdh, int32_t nPddm,
                                      int32_t nTdbz) {
-  const DzjyArgs d{lpDfxw, lpLxr, lpLxdh, lpHyh, lpDfgdh, nPddm, nTdbz};
-  return WithRecord("SECMOLRA_DZJYEx", target::kDzjy, info,
-                    {lpJys, lpZqdm, nJylb, lWtsl, lwtjg, lDdlx, 0}, kSync, &d);
+  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+    const DzjyArgs d{lpDfxw, lpLxr, lpLxdh, lpHyh, lpDfgdh, nPddm, nTdbz};
+    return WithRecord("SECMOLRA_DZJYEx", target::kDzjy, info,
+                      {lpJys, lpZqdm, nJylb, lWtsl, lwtjg, lDdlx, 0}, kSync, &d);
+  });
 }
 
 // ---- non-trading business (key/value, code by category) ----
@@ -309,29 +371,37 @@ SECMOLRA_API int64_t SECMOLRA_DZJYEx(CusLoginInfo* info, const char* lpJys, cons
 SECMOLRA_API int64_t SECMOLRA_FJY(const char* lpKhh, const char* lpJys, const char* lpZqdm,
                                   int32_t nJylb, int64_t lWtsl, double lwtjg, int64_t lDdlx,
                                   const char* lpGdh) {
-  return Plain("SECMOLRA_FJY", target::kFjy, lpKhh, lpGdh,
-               {lpJys, lpZqdm, nJylb, lWtsl, lwtjg, lDdlx, 0}, kSync);
+  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+    return Plain("SECMOLRA_FJY", target::kFjy, lpKhh, lpGdh,
+                 {lpJys, lpZqdm, nJylb, lWtsl, lwtjg, lDdlx, 0}, kSync);
+  });
 }
 
 SECMOLRA_API int64_t SECMOLRA_FJYEx(CusLoginInfo* info, const char* lpJys, const char* lpZqdm,
                                     int32_t nJylb, int64_t lWtsl, double lwtjg, int64_t lDdlx) {
-  return WithRecord("SECMOLRA_FJYEx", target::kFjy, info, {lpJys, lpZqdm, nJylb, lWtsl, lwtjg, lDdlx, 0},
-                    kSync);
+  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+    return WithRecord("SECMOLRA_FJYEx", target::kFjy, info, {lpJys, lpZqdm, nJylb, lWtsl, lwtjg, lDdlx, 0},
+                      kSync);
+  });
 }
 
 SECMOLRA_API int64_t SECMOLRA_FJY_ASync(const char* lpKhh, const char* lpJys,
                                         const char* lpZqdm, int32_t nJylb, int64_t lWtsl,
                                         double lwtjg, int64_t lDdlx, const char* lpGdh,
                                         int64_t nKFSBDBH) {
-  return Plain("SECMOLRA_FJY_ASync", target::kFjy, lpKhh, lpGdh,
-               {lpJys, lpZqdm, nJylb, lWtsl, lwtjg, lDdlx, 0}, Async(nKFSBDBH));
+  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+    return Plain("SECMOLRA_FJY_ASync", target::kFjy, lpKhh, lpGdh,
+                 {lpJys, lpZqdm, nJylb, lWtsl, lwtjg, lDdlx, 0}, Async(nKFSBDBH));
+  });
 }
 
 SECMOLRA_API int64_t SECMOLRA_FJYEx_ASync(CusLoginInfo* info, const char* lpJys,
                                           const char* lpZqdm, int32_t nJylb, int64_t lWtsl,
                                           double lwtjg, int64_t lDdlx, int64_t nKFSBDBH) {
-  return WithRecord("SECMOLRA_FJYEx_ASync", target::kFjy, info,
-                    {lpJys, lpZqdm, nJylb, lWtsl, lwtjg, lDdlx, 0}, Async(nKFSBDBH));
+  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+    return WithRecord("SECMOLRA_FJYEx_ASync", target::kFjy, info,
+                      {lpJys, lpZqdm, nJylb, lWtsl, lwtjg, lDdlx, 0}, Async(nKFSBDBH));
+  });
 }
 
 }  // extern "C"

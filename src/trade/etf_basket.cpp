@@ -7,6 +7,7 @@
 #include <fmt/format.h>
 
 #include "account/registry.h"
+#include "api/guard.h"
 #include "api/last_error.h"
 #include "comm/conn_pool.h"
 #include "comm/kel_api.h"
@@ -184,27 +185,32 @@ std::int64_t BasketImpl(CusLoginInfo* rec, const char* jys, const char* etf, std
 }  // namespace molra::trade
 
 using namespace molra::trade;
+using molra::Guard;
 
 extern "C" {
 
 SECMOLRA_API int64_t SECMOLRA_ETFBasketEntrust(const char* lpKhh, const char* lpJys,
                                                const char* lpEtfCode, const char* lpGdh,
                                                int32_t nUnits, double lfPrice, int64_t lDdlx) {
-  ArgCheck c = CheckOrderArgs("SECMOLRA_ETFBasketEntrust", lpKhh, lpJys, lpEtfCode, lpGdh, false, 0);
-  if (!c.Require(nUnits >= 1).ok()) return c.code();
-  MOLRA_LOG_INFO("{} lpKhh:{} lpJys:{} lpEtfCode:{} lpGdh:{} nUnits:{} lfPrice:{} lDdlx:{}",
-                 "SECMOLRA_ETFBasketEntrust", lpKhh, lpJys, lpEtfCode, lpGdh, nUnits, lfPrice,
-                 lDdlx);
-  CusLoginInfo rec = MakeRecord(lpKhh, lpGdh);
-  return BasketImpl(&rec, lpJys, lpEtfCode, nUnits, lfPrice, lDdlx);
+  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+    ArgCheck c = CheckOrderArgs("SECMOLRA_ETFBasketEntrust", lpKhh, lpJys, lpEtfCode, lpGdh, false, 0);
+    if (!c.Require(nUnits >= 1).ok()) return c.code();
+    MOLRA_LOG_INFO("{} lpKhh:{} lpJys:{} lpEtfCode:{} lpGdh:{} nUnits:{} lfPrice:{} lDdlx:{}",
+                   "SECMOLRA_ETFBasketEntrust", lpKhh, lpJys, lpEtfCode, lpGdh, nUnits, lfPrice,
+                   lDdlx);
+    CusLoginInfo rec = MakeRecord(lpKhh, lpGdh);
+    return BasketImpl(&rec, lpJys, lpEtfCode, nUnits, lfPrice, lDdlx);
+  });
 }
 
 SECMOLRA_API int64_t SECMOLRA_ETFBasketEntrustEx(CusLoginInfo* info, const char* lpJys,
                                                  const char* lpEtfCode, int32_t nUnits,
                                                  double lfPrice, int64_t lDdlx) {
-  ArgCheck c = CheckOrderArgsEx("SECMOLRA_ETFBasketEntrustEx", info, lpJys, lpEtfCode, false, 0);
-  if (!c.Require(nUnits >= 1).ok()) return c.code();
-  return BasketImpl(info, lpJys, lpEtfCode, nUnits, lfPrice, lDdlx);
+  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+    ArgCheck c = CheckOrderArgsEx("SECMOLRA_ETFBasketEntrustEx", info, lpJys, lpEtfCode, false, 0);
+    if (!c.Require(nUnits >= 1).ok()) return c.code();
+    return BasketImpl(info, lpJys, lpEtfCode, nUnits, lfPrice, lDdlx);
+  });
 }
 
 }  // extern "C"

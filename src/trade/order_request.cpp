@@ -133,7 +133,7 @@ void OrderRequest::LogLine(std::int64_t lsh) {
   if (line_->Format(family_.log_format, text)) {
     logger_->info(fmt::string_view(text.data(), text.size()));
   } else {
-    logger_->warn("{} log line: a field of \"{}\" is missing", family_.name, family_.log_format);
+    logger_->info("{} log line: a field of \"{}\" is missing", family_.name, family_.log_format);
   }
 }
 

@@ -1,5 +1,6 @@
 // Tradable quantity of every business (synchronous only): how many units the customer can
 // trade at a price for a security, category and order type.
+#include "api/guard.h"
 #include "api/last_error.h"
 #include "comm/kel_api.h"
 #include "secmolra.h"
@@ -105,29 +106,38 @@ std::int64_t WithRecord(const char* func, Fam fam, CusLoginInfo* rec, const Trad
 }  // namespace molra::trade
 
 using namespace molra::trade;
+using molra::Guard;
 
 // Families asked with a price and an order type.
 #define MOLRA_TRADABLE_PRICED(Name, fam)                                                      \
   SECMOLRA_API int64_t SECMOLRA_##Name(const char* lpKhh, const char* lpJys,                 \
                                        const char* lpZqdm, int32_t nJylb, double lfWtjg,     \
                                        int32_t lDdlx, const char* lpGdh) {                   \
-    return Plain("SECMOLRA_" #Name, fam, lpKhh, lpGdh, {lpJys, lpZqdm, nJylb, lfWtjg, lDdlx}); \
+    return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&] {                                      \
+      return Plain("SECMOLRA_" #Name, fam, lpKhh, lpGdh, {lpJys, lpZqdm, nJylb, lfWtjg, lDdlx}); \
+    });                                                                                       \
   }                                                                                           \
   SECMOLRA_API int64_t SECMOLRA_##Name##Ex(CusLoginInfo* info, const char* lpJys,            \
                                            const char* lpZqdm, int32_t nJylb, double lfWtjg, \
                                            int32_t lDdlx) {                                  \
-    return WithRecord("SECMOLRA_" #Name "Ex", fam, info, {lpJys, lpZqdm, nJylb, lfWtjg, lDdlx}); \
+    return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&] {                                      \
+      return WithRecord("SECMOLRA_" #Name "Ex", fam, info, {lpJys, lpZqdm, nJylb, lfWtjg, lDdlx}); \
+    });                                                                                       \
   }
 
 // Families asked without price and order type.
 #define MOLRA_TRADABLE_PLAIN(Name, fam)                                                       \
   SECMOLRA_API int64_t SECMOLRA_##Name(const char* lpKhh, const char* lpJys,                 \
                                        const char* lpZqdm, int32_t nJylb, const char* lpGdh) { \
-    return Plain("SECMOLRA_" #Name, fam, lpKhh, lpGdh, {lpJys, lpZqdm, nJylb, 0, 0});         \
+    return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&] {                                      \
+      return Plain("SECMOLRA_" #Name, fam, lpKhh, lpGdh, {lpJys, lpZqdm, nJylb, 0, 0});       \
+    });                                                                                       \
   }                                                                                           \
   SECMOLRA_API int64_t SECMOLRA_##Name##Ex(CusLoginInfo* info, const char* lpJys,            \
                                            const char* lpZqdm, int32_t nJylb) {              \
-    return WithRecord("SECMOLRA_" #Name "Ex", fam, info, {lpJys, lpZqdm, nJylb, 0, 0});      \
+    return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&] {                                      \
+      return WithRecord("SECMOLRA_" #Name "Ex", fam, info, {lpJys, lpZqdm, nJylb, 0, 0});     \
+    });                                                                                       \
   }
 
 extern "C" {

@@ -2,6 +2,7 @@
 // a whole batch.
 #include <cstdio>
 
+#include "api/guard.h"
 #include "api/last_error.h"
 #include "comm/kel_api.h"
 #include "log/log.h"
@@ -165,25 +166,34 @@ std::int64_t ExBatchWithdraw(const char* func, CusLoginInfo* rec, std::int64_t l
 }  // namespace molra::trade
 
 using namespace molra::trade;
+using molra::Guard;
 
 // The four forms of one withdrawal export: plain, Ex, _ASync and Ex_ASync.
 #define MOLRA_WITHDRAW_EXPORTS(Name, fam, by, Arg)                                            \
   SECMOLRA_API int64_t SECMOLRA_##Name(const char* lpKhh, const char* lpJys, int64_t Arg) {   \
-    return PlainWithdraw("SECMOLRA_" #Name, fam, by, lpKhh, lpJys, Arg, kSync);               \
+    return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&] {                                      \
+      return PlainWithdraw("SECMOLRA_" #Name, fam, by, lpKhh, lpJys, Arg, kSync);             \
+    });                                                                                       \
   }                                                                                           \
   SECMOLRA_API int64_t SECMOLRA_##Name##Ex(CusLoginInfo* info, const char* lpJys,             \
                                            int64_t Arg) {                                     \
-    return ExWithdraw("SECMOLRA_" #Name "Ex", fam, by, info, lpJys, Arg, kSync);              \
+    return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&] {                                      \
+      return ExWithdraw("SECMOLRA_" #Name "Ex", fam, by, info, lpJys, Arg, kSync);            \
+    });                                                                                       \
   }                                                                                           \
   SECMOLRA_API int64_t SECMOLRA_##Name##_ASync(const char* lpKhh, const char* lpJys,          \
                                                int64_t Arg, int64_t nKFSBDBH) {               \
-    return PlainWithdraw("SECMOLRA_" #Name "_ASync", fam, by, lpKhh, lpJys, Arg,              \
-                         Async(nKFSBDBH));                                                    \
+    return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&] {                                      \
+      return PlainWithdraw("SECMOLRA_" #Name "_ASync", fam, by, lpKhh, lpJys, Arg,            \
+                           Async(nKFSBDBH));                                                  \
+    });                                                                                       \
   }                                                                                           \
   SECMOLRA_API int64_t SECMOLRA_##Name##Ex_ASync(CusLoginInfo* info, const char* lpJys,       \
                                                  int64_t Arg, int64_t nKFSBDBH) {             \
-    return ExWithdraw("SECMOLRA_" #Name "Ex_ASync", fam, by, info, lpJys, Arg,                \
-                      Async(nKFSBDBH));                                                       \
+    return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&] {                                      \
+      return ExWithdraw("SECMOLRA_" #Name "Ex_ASync", fam, by, info, lpJys, Arg,              \
+                        Async(nKFSBDBH));                                                     \
+    });                                                                                       \
   }
 
 extern "C" {
@@ -201,19 +211,27 @@ MOLRA_WITHDRAW_EXPORTS(FXYWWithdraw, Fam::kFXYWWithdraw, By::kWth, nCxwth)
 MOLRA_WITHDRAW_EXPORTS(FJYWithdraw, Fam::kFJYWithdraw, By::kWth, nCxwth)
 
 SECMOLRA_API int64_t SECMOLRA_BatchOrderWithdraw(const char* lpKhh, int64_t nLSH) {
-  return PlainBatchWithdraw("SECMOLRA_BatchOrderWithdraw", lpKhh, nLSH, false);
+  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+    return PlainBatchWithdraw("SECMOLRA_BatchOrderWithdraw", lpKhh, nLSH, false);
+  });
 }
 
 SECMOLRA_API int64_t SECMOLRA_BatchOrderWithdrawEx(CusLoginInfo* info, int64_t nLSH) {
-  return ExBatchWithdraw("SECMOLRA_BatchOrderWithdrawEx", info, nLSH, false);
+  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+    return ExBatchWithdraw("SECMOLRA_BatchOrderWithdrawEx", info, nLSH, false);
+  });
 }
 
 SECMOLRA_API int64_t SECMOLRA_BatchOrderWithdraw_ASync(const char* lpKhh, int64_t nLSH) {
-  return PlainBatchWithdraw("SECMOLRA_BatchOrderWithdraw_ASync", lpKhh, nLSH, true);
+  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+    return PlainBatchWithdraw("SECMOLRA_BatchOrderWithdraw_ASync", lpKhh, nLSH, true);
+  });
 }
 
 SECMOLRA_API int64_t SECMOLRA_BatchOrderWithdrawEx_ASync(CusLoginInfo* info, int64_t nLSH) {
-  return ExBatchWithdraw("SECMOLRA_BatchOrderWithdrawEx_ASync", info, nLSH, true);
+  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
+    return ExBatchWithdraw("SECMOLRA_BatchOrderWithdrawEx_ASync", info, nLSH, true);
+  });
 }
 
 }  // extern "C"
