@@ -123,6 +123,28 @@ def test_replayed_pushes_seen_before_are_dropped(book):
     assert order.matches[0].match_no == "M9" and order.filled_quantity == 300
 
 
+@pytest.mark.parametrize("filled,withdrawn,declaration,status", [
+    (100, 200, 2, OrderStatus.PARTIALLY_WITHDRAWN),
+    (0, 300, 2, OrderStatus.WITHDRAWN),
+    (0, 0, 3, OrderStatus.REJECTED),
+])
+def test_an_order_row_replays_the_confirmation_and_withdrawal_that_were_missed(
+        book, filled, withdrawn, declaration, status):
+    order = placed(book, order_no=5)
+    row = rec.OrderRecord.Data(KHH="1001", JYS="SH", ZQDM="600000", WTH=5, JYLB=1, WTSL=300,
+                               CJSL=filled, CJJE=filled * 10.0, CDSL=withdrawn,
+                               SBJG=declaration, CXBZ="O")
+    withdrawal_row = rec.OrderRecord.Data(KHH="1001", WTH=6, CDSL=withdrawn, CXBZ="W")
+    replays = replay_order(OrderInfo.from_record(row)) + \
+        replay_order(OrderInfo.from_record(withdrawal_row))  # a withdrawal's row: nothing
+    assert [book.deliver(e) for e in replays] == [True] * (2 if withdrawn else 1)
+    assert (order.status, order.filled_quantity, order.withdrawn_quantity) == \
+        (status, filled, withdrawn)
+    assert all(e.replayed for e in order.events)
+    assert [book.deliver(e) for e in replay_order(OrderInfo.from_record(row))] == \
+        [False] * len(replays)  # a second pass emits nothing
+
+
 def test_wait_timeout_says_which_events_arrived(book):
     order = placed(book, order_no=5)
     book.deliver(push(8, 5))
