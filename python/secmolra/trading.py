@@ -186,6 +186,11 @@ class Session:
         return self.records.started
 
     @property
+    def transport_dir(self) -> Optional[PathLike]:
+        """The folder of the kelapi50.dll this session's kit loads (None: the current one)."""
+        return self.records.transport_dir
+
+    @property
     def callback_errors(self) -> Sequence[BaseException]:
         """The last exceptions raised inside callbacks and handlers."""
         return self.records.callback_errors
