@@ -9,12 +9,14 @@ export DEBIAN_FRONTEND=noninteractive
 
 # The Linux build: compiler, build tools and the libraries the kit and its tests use.
 LINUX_PACKAGES=(cmake ninja-build g++ libspdlog-dev libfmt-dev rapidjson-dev libsimpleini-dev
-                libgtest-dev libbenchmark-dev)
-# Everything the test suites use besides: the Windows cross build and Wine, pytest, clang
-# with its runtime libraries for the sanitizer and fuzzing builds, clang-format for the
-# layout check, and what the package suite reads packages with (dpkg-shlibdeps, file,
+                libgtest-dev libbenchmark-dev libsqlite3-dev)
+# Everything the test suites use besides: the Windows cross build and Wine; for the Python
+# suite pytest, mypy, the wheel tools, venv and pandas (secmolra.frames is tested with it);
+# clang with its runtime libraries for the sanitizer and fuzzing builds; clang-format for the
+# layout check; and what the package suite reads packages with (dpkg-shlibdeps, file,
 # pkg-config, llvm-dlltool and llvm-nm, unzip).
-TEST_PACKAGES=("${LINUX_PACKAGES[@]}" g++-mingw-w64-x86-64-posix wine64 python3-pytest clang
+TEST_PACKAGES=("${LINUX_PACKAGES[@]}" g++-mingw-w64-x86-64-posix wine64 python3-pytest mypy
+               python3-build python3-wheel python3-venv python3-pandas clang
                libclang-rt-14-dev clang-format dpkg-dev file pkgconf llvm unzip)
 
 say() { printf '\n==> %s\n' "$*"; }
@@ -53,8 +55,8 @@ print_timings() {
 
 # configure_and_build DIR [cmake arguments...]: configures and builds everything in DIR (only
 # the targets named in BUILD_TARGETS when that is set; warnings as errors when MOLRA_WERROR
-# is ON); the
-# tools' output goes to DIR/configure.log and DIR/build.log and is shown when a step fails.
+# is ON); the tools' output goes to DIR/configure.log and DIR/build.log and is shown when a
+# step fails.
 configure_and_build() {
   local dir=$1
   shift
@@ -88,7 +90,7 @@ build_fuzz() {
     -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_CXX_FLAGS_RELWITHDEBINFO="-O1 -gline-tables-only" \
     -DCMAKE_C_FLAGS_RELWITHDEBINFO="-O1 -gline-tables-only" -DMOLRA_BUILD_FUZZ=ON -DMOLRA_BUILD_TESTS=OFF
 }
-FUZZ_TARGETS=(push_fuzz replies_fuzz order_answer_fuzz config_fuzz adapters_fuzz)
+FUZZ_TARGETS=(push_fuzz replies_fuzz order_answer_fuzz config_fuzz adapters_fuzz csv_fuzz)
 
 # run_fuzzer TARGET SECONDS: runs one target on a scratch copy of its seed corpus (new
 # inputs go to $OUT/fuzz/corpus/TARGET, the repository's seeds are only read); a crash, a

@@ -1,12 +1,12 @@
 // The control interface (kelsim.h) that tests and tools use to steer the simulated transport.
+#include <cstdio>
 #include <cstring>
 
-#include "backend.h"
 #include "bench.h"
 #include "dispatch.h"
 #include "faults.h"
+#include "host.h"
 #include "kelsim.h"
-#include "market.h"
 #include "push.h"
 #include "scripted.h"
 #include "sim_core.h"
@@ -18,14 +18,19 @@ extern std::atomic<bool> g_default_info_ok;
 namespace {
 std::string Str(const char* s) { return s ? s : ""; }
 
-template <typename F>
-void WithBackend(F f) {
-  sim::Backend& be = sim::Backend::Get();
-  {
-    std::lock_guard<std::mutex> lock(be.mutex());
-    f(be);
+sim::Quote FromRecord(const KelSimQuote& r) {
+  sim::Quote q;
+  q.jys = std::string(r.jys, strnlen(r.jys, sizeof r.jys));
+  q.zqdm = std::string(r.zqdm, strnlen(r.zqdm, sizeof r.zqdm));
+  q.last = r.last;
+  q.prev_close = r.prev_close;
+  q.volume = r.volume;
+  q.turnover = r.turnover;
+  for (int i = 0; i < sim::kLevels; ++i) {
+    q.bids[i] = {r.bid[i].price, r.bid[i].volume};
+    q.asks[i] = {r.ask[i].price, r.ask[i].volume};
   }
-  sim::FlushBackendPushes();
+  return q;
 }
 
 void PostConnEvent(kel::int64 conn, kel::int32 event) {
@@ -46,7 +51,7 @@ void PostConnEvent(kel::int64 conn, kel::int32 event) {
 }  // namespace
 
 KELSIM_EXPORT void KelSim_Reset(void) {
-  WithBackend([](sim::Backend& be) { be.Load(sim::StartConfig()); });
+  sim::StartFromStartConfig();
   sim::faults().Clear();
   sim::ClearScripts();
   sim::ClearRequests();
@@ -58,8 +63,12 @@ KELSIM_EXPORT void KelSim_Reset(void) {
 
 KELSIM_EXPORT bool KelSim_LoadConfig(const char* path) {
   sim::Config cfg;
-  if (path == nullptr || !sim::LoadConfigFile(path, cfg, nullptr)) return false;
-  WithBackend([&](sim::Backend& be) { be.Load(cfg); });
+  std::string why;
+  if (path == nullptr) return false;
+  if (!sim::LoadConfigFile(path, cfg, &why) || !sim::StartExchange(cfg, &why)) {
+    std::fprintf(stderr, "kelapi50 (simulated): %s\n", why.c_str());
+    return false;
+  }
   return true;
 }
 
@@ -154,38 +163,33 @@ KELSIM_EXPORT void KelSim_PushRecord(const char* khh, int32_t kind, const char* 
 }
 
 KELSIM_EXPORT void KelSim_SetPrice(const char* jys, const char* zqdm, double price) {
-  WithBackend([&](sim::Backend& be) {
-    if (sim::Security* s = be.FindSecurity(Str(jys), Str(zqdm))) {
-      s->price = price;
-      sim::MatchResting(be, Str(jys), Str(zqdm));
-    }
-  });
+  sim::exchange().SetPrice(Str(jys), Str(zqdm), price);
 }
-
 KELSIM_EXPORT void KelSim_SetLiquidity(const char* jys, const char* zqdm, int64_t qty) {
-  WithBackend([&](sim::Backend& be) {
-    if (sim::Security* s = be.FindSecurity(Str(jys), Str(zqdm))) {
-      s->liquidity = qty;
-      sim::MatchResting(be, Str(jys), Str(zqdm));
-    }
-  });
+  sim::exchange().SetLiquidity(Str(jys), Str(zqdm), qty);
+}
+KELSIM_EXPORT void KelSim_SetMatchVolume(int64_t volume) { sim::exchange().SetMatchVolume(volume); }
+KELSIM_EXPORT void KelSim_SetServerTimeOffsetMs(int64_t ms) { sim::exchange().SetTimeOffset(ms); }
+KELSIM_EXPORT void KelSim_SetTradeDate(int64_t yyyymmdd) { sim::exchange().SetTradeDate(yyyymmdd); }
+KELSIM_EXPORT void KelSim_SetPushCodes(const char* confirm, const char* report) {
+  std::lock_guard<std::mutex> lock(sim::core().mutex);
+  if (confirm) sim::core().confirm_func = confirm;
+  if (report) sim::core().report_func = report;
 }
 
-KELSIM_EXPORT void KelSim_SetMatchVolume(int64_t volume) {
-  WithBackend([&](sim::Backend& be) { be.match_volume = volume < 0 ? 0 : volume; });
+KELSIM_EXPORT bool KelSim_GetQuote(const char* jys, const char* zqdm, KelSimQuote* out) {
+  sim::Quote q;
+  if (out == nullptr || !sim::exchange().GetQuote(Str(jys), Str(zqdm), &q)) return false;
+  *out = sim::ToRecord(q);
+  return true;
 }
-KELSIM_EXPORT void KelSim_SetServerTimeOffsetMs(int64_t ms) {
-  WithBackend([&](sim::Backend& be) { be.time_offset_ms = ms; });
+KELSIM_EXPORT bool KelSim_SetQuote(const KelSimQuote* quote) {
+  return quote != nullptr && sim::exchange().SetQuote(FromRecord(*quote));
 }
-KELSIM_EXPORT void KelSim_SetTradeDate(int64_t yyyymmdd) {
-  WithBackend([&](sim::Backend& be) { be.trade_date = yyyymmdd; });
-}
-KELSIM_EXPORT void KelSim_SetPushCodes(const char* confirm, const char* report) {
-  WithBackend([&](sim::Backend& be) {
-    if (confirm) be.cfg().confirm_func = confirm;
-    if (report) be.cfg().report_func = report;
-  });
-}
+KELSIM_EXPORT void KelSim_SetQuoteCallback(KelSimQuoteFn fn, void* ctx) { sim::SetQuoteCallback(fn, ctx); }
+KELSIM_EXPORT bool KelSim_Advance(int64_t ms) { return sim::exchange().Advance(ms); }
+KELSIM_EXPORT void KelSim_NewDay(void) { sim::exchange().NewDay(); }
+KELSIM_EXPORT void KelSim_Clock(int64_t* date, int64_t* time_ms) { sim::exchange().ClockTime(date, time_ms); }
 
 KELSIM_EXPORT int32_t KelSim_SubscriptionCount(const char* khh) {
   std::lock_guard<std::mutex> lock(sim::core().mutex);

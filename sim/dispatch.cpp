@@ -4,12 +4,9 @@
 #include <mutex>
 #include <unordered_map>
 
-#include "backend.h"
 #include "bench.h"
-#include "handlers.h"
-#include "push.h"
+#include "host.h"
 #include "scripted.h"
-#include "sim_core.h"
 
 namespace sim {
 namespace {
@@ -29,36 +26,11 @@ void ClearPrepared() {
   g_prepared.clear();
 }
 
-void FlushBackendPushes() {
-  std::vector<PendingPush> pushes;
-  {
-    Backend& be = Backend::Get();
-    std::lock_guard<std::mutex> lock(be.mutex());
-    pushes = be.TakePushes();
-  }
-  for (auto& p : pushes) QueueBackendPush(std::move(p));
-}
-
 static void Compute(const Request& req, const Settings& set, Answer* ans) {
   *ans = Answer();
   if (FindScripted(req.func, ans)) return;
-  Handler h = FindHandler(req.func);
-  if (h == nullptr) {
-    ans->Fail(-1, "function " + req.func + " is not supported by the simulated back end");
-    return;
-  }
-  {
-    Backend& be = Backend::Get();
-    std::lock_guard<std::mutex> lock(be.mutex());
-    if (req.is_block && req.block.size() < 30) {
-      ans->Fail(err::kBadRequest, "request block too short");
-    } else {
-      HandlerCtx ctx{be, req, set, *ans};
-      h(ctx);
-    }
-  }
+  exchange().Handle(req, Caller{set.node_id}, ans);
   ApplyLength(req.func, ans);
-  FlushBackendPushes();
 }
 
 void Dispatch(const Request& req, const Settings& set, Answer* ans) {

@@ -1,7 +1,7 @@
 // Connections, their events, and sessions.
 #include <atomic>
 
-#include "backend.h"
+#include "host.h"
 #include "faults.h"
 #include "kel_exports.h"
 
@@ -10,14 +10,15 @@ using sim::LogCall;
 KEL_EXPORT kel::int64 Kel_Connect(const char* addr, const char* user, const char* pwd, kel::int32 timeoutSeconds) {
   LogCall("Kel_Connect", addr, user, pwd, timeoutSeconds);
   std::string a = addr ? addr : "";
-  bool known = false;
-  {
-    sim::Backend& be = sim::Backend::Get();
-    std::lock_guard<std::mutex> lock(be.mutex());
-    for (const auto& k : be.cfg().addresses) known = known || k == a;
-  }
+  std::string down = sim::exchange().running() ? std::string() : sim::exchange().failure();
   sim::Core& c = sim::core();
   std::lock_guard<std::mutex> lock(c.mutex);
+  bool known = false;
+  for (const auto& k : c.addresses) known = known || k == a;
+  if (!down.empty()) {
+    c.last_error = "connect to " + a + " refused: the simulated back end is not running: " + down;
+    return 0;
+  }
   if (!known) {
     c.last_error = "connect to " + a + " refused";
     return 0;

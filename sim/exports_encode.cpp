@@ -1,7 +1,7 @@
 // The password encoders (see encode.h for the two forms).
 #include <cstring>
 
-#include "encode.h"
+#include "backend/encode.h"
 #include "kel_exports.h"
 
 using sim::LogCall;

@@ -1,6 +1,8 @@
 // Start and stop of the transport, and its library-wide settings.
 #include <atomic>
+#include <cstdio>
 
+#include "host.h"
 #include "kel_exports.h"
 
 namespace sim {
@@ -11,7 +13,17 @@ using sim::LogCall;
 
 KEL_EXPORT bool Kel_Initialize(void) {
   LogCall("Kel_Initialize");
+  // A back end that cannot start (its configuration or state file is not usable) leaves the
+  // reason as the last error and in the standard error; connections are refused meanwhile.
+  if (!sim::exchange().running()) {
+    std::string why = "the simulated back end is not running: " + sim::exchange().failure();
+    std::fprintf(stderr, "kelapi50 (simulated): %s\n", why.c_str());
+    std::lock_guard<std::mutex> lock(sim::core().mutex);
+    sim::core().last_error = why;
+    return false;
+  }
   sim::StartThreads();
+  sim::StartClock();
   return true;
 }
 
@@ -19,7 +31,9 @@ KEL_EXPORT void Kel_Uninitialize(void) {
   LogCall("Kel_Uninitialize");
   // Every queued event, reply and push is delivered, then the threads end; the connections
   // are closed with their subscriptions. Sessions stay until released.
+  sim::StopClock();
   sim::StopThreads();
+  sim::exchange().Save();
   sim::Core& c = sim::core();
   std::lock_guard<std::mutex> lock(c.mutex);
   c.conns.clear();

@@ -2,7 +2,7 @@
 #include <cstdio>
 
 #include "bench.h"
-#include "block.h"
+#include "backend/block.h"
 #include "dispatch.h"
 #include "faults.h"
 #include "kel_exports.h"

@@ -19,12 +19,15 @@ extern "C" {
 
 /* ---- state ---- */
 
-/* Back to the start state: the built-in back end (or the file of KELSIM_CONFIG, see
- * README), faults and scripted answers cleared, call log emptied, benchmark mode off.
- * Open connections stay open. */
+/* Back to the start state: the built-in back end, or the one of the file named by the
+ * environment variable KELSIM_CONFIG (a file that cannot be used stops the back end: see
+ * README), faults and scripted answers cleared, call log emptied, benchmark mode off. Open
+ * connections stay open. */
 void KelSim_Reset(void);
 /* Replaces the back end by the one described in a configuration file; false when the file
- * cannot be read or parsed. */
+ * cannot be read or parsed, or its replay file cannot be read (the back end is then left as
+ * it was), or its state file cannot be used (the back end is then stopped until a good
+ * configuration is loaded). */
 bool KelSim_LoadConfig(const char* path);
 
 /* ---- call log: one line per transport call, "Kel_Name(arg,arg,...)" ---- */
@@ -92,10 +95,15 @@ void KelSim_PushRecord(const char* khh, int32_t kind, const char* record, int32_
 
 /* ---- market and clock ---- */
 
+/* The last price, and a book of one level at that price on both sides with unlimited volume
+ * (the security's liquidity still limits matches); resting orders it reaches match at their
+ * own prices. */
 void KelSim_SetPrice(const char* jys, const char* zqdm, double price);
-/* Quantity matched per match report; 0 matches an order in full at once. */
+/* Quantity matched per match report; 0: one report per level of the book an order takes. */
 void KelSim_SetMatchVolume(int64_t volume);
 void KelSim_SetServerTimeOffsetMs(int64_t ms);
+/* A date later than the trade date starts a new trading day on it (see KelSim_NewDay); an
+ * earlier one (0: today) only changes the date. */
 void KelSim_SetTradeDate(int64_t yyyymmdd);
 
 /* ---- additions ---- */
@@ -111,6 +119,69 @@ int32_t KelSim_SubscriptionCount(const char* khh);
 /* The customer bound to a connection with Kel_SetCustomerForBindThread: copies at most
  * cap-1 bytes and a NUL, returns the full length; -1 for an unknown connection. */
 int32_t KelSim_BoundCustomer(int64_t conn, char* buf, int32_t cap);
+
+/* ---- the market, the clock and the trading day ----
+ * A security's market as a plain record: the last price, the previous close and the day's
+ * price limits (0 when the security has none), the tick, the day's volume and turnover, and
+ * five levels a side (bid[0] the best bid, ask[0] the best ask; a price of 0 is no level, a
+ * volume of -1 is unlimited). Texts are NUL-terminated. */
+#pragma pack(push, 1)
+typedef struct KelSimLevel {
+  double price;
+  int64_t volume;
+} KelSimLevel;
+
+typedef struct KelSimQuote {
+  char jys[4];
+  char zqdm[12];
+  int32_t date;     /* trade date, YYYYMMDD */
+  int32_t time_ms;  /* the clock's time of day when the market last changed, in ms */
+  double last;
+  double prev_close;
+  double upper_limit;
+  double lower_limit;
+  double tick;
+  int64_t volume;
+  double turnover;
+  KelSimLevel bid[5];
+  KelSimLevel ask[5];
+} KelSimQuote;
+#pragma pack(pop)
+
+#ifdef __cplusplus
+static_assert(sizeof(KelSimLevel) == 16, "KelSimLevel is 16 bytes");
+static_assert(sizeof(KelSimQuote) == 240, "KelSimQuote is 240 bytes");
+#else
+_Static_assert(sizeof(KelSimQuote) == 240, "KelSimQuote is 240 bytes");
+#endif
+
+typedef void (*KelSimQuoteFn)(const KelSimQuote* quote, void* ctx);
+
+/* The quote of a security; false (and *out untouched) for an unknown security. */
+bool KelSim_GetQuote(const char* jys, const char* zqdm, KelSimQuote* out);
+/* Sets the market of the security named in the record: last, volume, turnover (below 0:
+ * grown by the volume added at the last price) and the ten levels, and the previous close
+ * (with it the limits) when it is above 0; date, time, limits and tick are ignored. Resting
+ * orders the new book reaches match. False for an unknown security, a price or the day's
+ * volume below 0, or a level's volume below -1. */
+bool KelSim_SetQuote(const KelSimQuote* quote);
+/* Every change of a quote (from a replay, the random walk, KelSim_SetQuote or
+ * KelSim_SetPrice) goes to fn on the push thread, in order with the pushes (the match reports
+ * of orders a quote reaches come before it); null stops it. */
+void KelSim_SetQuoteCallback(KelSimQuoteFn fn, void* ctx);
+/* Moves a manual clock on by `ms` milliseconds: the quotes of that time are given and the
+ * orders they reach match. Past midnight the day ends (as KelSim_NewDay) and the next one
+ * goes on from its start time. False (and nothing happens) for a clock that runs itself or
+ * a negative `ms`. */
+bool KelSim_Advance(int64_t ms);
+/* Ends the trading day: open orders expire (each with a withdrawal pushed), the day's bought
+ * shares become sellable, frozen funds are released, each previous close becomes the last
+ * price, the day's orders and matches are cleared (order numbers continue); the next weekday
+ * starts at the clock's start time. */
+void KelSim_NewDay(void);
+/* The trade date (YYYYMMDD) and the clock's time of day (milliseconds since midnight);
+ * either pointer may be null. */
+void KelSim_Clock(int64_t* date, int64_t* time_ms);
 
 /* ---- benchmark mode ----
  * On: every Kel_Run and Kel_Write answers at once from the prepared answer of its function

@@ -23,19 +23,14 @@ int KindOf(const std::string& func, const std::string& confirm, const std::strin
 }
 
 void Deliver(const std::string& khh, int kind, const PushValues* values, const std::string* raw) {
-  std::string confirm, report;
-  {
-    Backend& be = Backend::Get();
-    std::lock_guard<std::mutex> lock(be.mutex());
-    confirm = be.cfg().confirm_func;
-    report = be.cfg().report_func;
-  }
   std::vector<Target> targets;
   kel::StructPublishFn struct_fn = nullptr;
   void* struct_ctx = nullptr;
   Core& c = core();
   {
     std::lock_guard<std::mutex> lock(c.mutex);
+    const std::string& confirm = c.confirm_func;
+    const std::string& report = c.report_func;
     for (const auto& [id, s] : c.subs) {
       if (!s.khh.empty() && s.khh != khh) continue;
       if (KindOf(s.func, confirm, report) != kind) continue;

@@ -7,7 +7,7 @@
 
 #include <string>
 
-#include "backend.h"
+#include "backend/backend.h"
 
 namespace sim {
 

@@ -64,6 +64,11 @@ struct Core {
   std::string last_error;
   std::int64_t next_handle = 0x1000;  // connections, sessions and subscriptions share it
   std::int32_t default_system_id = 0;
+  // From the back end's configuration: the addresses that accept connections, and the
+  // subscription codes of confirmations and of match reports.
+  std::vector<std::string> addresses;
+  std::string confirm_func = "DM0003";
+  std::string report_func = "DM0004";
   std::int32_t default_node_id = 0;
 
   Worker events;

@@ -78,9 +78,19 @@ TEST_F(SimConfig, ResetStartsFromTheFileNamedByTheEnvironment) {
   WriteFile(dir + "/env.ini", kIni);
   SetEnv("KELSIM_CONFIG", dir + "/env.ini");
   Sim::Get().Reset();
-  SetEnv("KELSIM_CONFIG", "");
   SimClient c("10.1.1.1:7001");
   EXPECT_GT(c.Login("2001", "pw2001"), 0);
+  // A file that cannot be used stops the back end, with the reason, until a good start.
+  SetEnv("KELSIM_CONFIG", dir + "/missing.ini");
+  Sim::Get().Reset();
+  EXPECT_EQ(k.Kel_Connect("10.1.1.1:7001", "", "", 5), 0);
+  char buf[512];
+  kel::int32 len = sizeof buf;
+  EXPECT_NE(std::string(k.Kel_GetLastErrMsg(buf, &len)).find("cannot read " + dir + "/missing.ini"),
+            std::string::npos);
+  SetEnv("KELSIM_CONFIG", "");
+  Sim::Get().Reset();
+  EXPECT_NE(k.Kel_Connect("127.0.0.1:9101", "", "", 5), 0);
 }
 
 TEST_F(SimConfig, BenchModeAnswersFromThePreparedAnswerWithoutLogging) {

@@ -1,85 +1,19 @@
 // The simulated back end: login, clock, orders against the market, withdrawals, batch, ETF,
 // queries, tradable quantity and account management.
+#include "support/sim_trading.h"
+
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <cmath>
 #include <ctime>
-#include <mutex>
 #include <vector>
-
-#include "support/sim_api.h"
-#include "util/field_ids.h"
 
 using namespace molra::test;
 
 namespace {
 
-std::mutex g_m;
-std::vector<std::string> g_pushes;
-bool Collect(void*, kel::int64 session) {
-  char buf[512];
-  kel::int32 len = sizeof buf;
-  if (!SimKel().Kel_GetItemBuf(session, 0, buf, &len, 0)) return false;
-  std::lock_guard<std::mutex> lock(g_m);
-  g_pushes.emplace_back(buf, static_cast<std::size_t>(len));
-  return true;
-}
-
-class SimTrading : public ::testing::Test {
+class SimTrading : public SimTradingTest {
  protected:
-  void SetUp() override {
-    Sim::Get().Reset();
-    ASSERT_TRUE(k.Kel_Initialize());
-    token = c.Login("1001", "111111");
-    ASSERT_GT(token, 0);
-    g_pushes.clear();
-  }
-  void TearDown() override { k.Kel_Uninitialize(); }
-
-  void SubscribeAll(const char* khh = "1001") {
-    for (const char* code : {"DM0003", "DM0004"}) {
-      kel::int64 s = k.Kel_AllocateSession(c.conn);
-      k.Kel_CreateHead(s, code);
-      k.Kel_SetSubsCondi(s, (std::string("getstring(605)=='") + khh + "'").c_str());
-      kel::int64 id = 0;
-      ASSERT_TRUE(k.Kel_Subscribe(s, &id, &Collect, nullptr));
-      k.Kel_ReleaseSession(s);
-    }
-  }
-  std::vector<std::string> Pushes() {
-    SIM_FN(KelSim_WaitIdle)();
-    std::lock_guard<std::mutex> lock(g_m);
-    return g_pushes;
-  }
-  // An ordinary order; the answer block.
-  std::string Entrust(const char* zqdm, int jylb, long long qty, double price,
-                      const char* kfsbdbh = "", const char* jys = "SH", int ddlx = 0) {
-    SimBlock b(19001, 137, token, "1001");
-    b.Text(55, 3, jys)
-        .Text(69, 9, zqdm)
-        .Int(78, 1, jylb)
-        .Int(79, 4, qty)
-        .Double(83, price)
-        .Int(91, 1, ddlx);
-    b.Text(120, 17, kfsbdbh);
-    return c.Run(b);
-  }
-  std::string Withdraw(long long wth, const char* cxkfsbdbh = "") {
-    SimBlock b(19002, 139, token, "1001");
-    b.Text(55, 3, "SH").Int(69, 8, wth).Text(122, 17, cxkfsbdbh);
-    return c.Run(b);
-  }
-  double Available() {
-    SimClient q;
-    EXPECT_TRUE(q.Kv("DQ0003", {{fid::KHH, "1001"}, {988, "1"}, {533, "1"}}));
-    return q.Double(fid::FUND_AMOUNT1);
-  }
-  long long Position(const char* zqdm, int id) {
-    SimClient q;
-    EXPECT_TRUE(q.Kv("D00753", {{fid::KHH, "1001"}, {fid::ZQDM, zqdm}}));
-    return q.Count() == 1 ? q.Long(id) : -1;
-  }
   // A password in the uni (authentication) or the 3rd (direct) encoding.
   std::string Enc(const char* khh, const char* pwd, bool third = true) {
     char buf[64];
@@ -88,12 +22,6 @@ class SimTrading : public ::testing::Test {
     EXPECT_TRUE(third ? k.Kel_UniEncode3rd(khh, buf, &n) : k.Kel_UniEncode(khh, buf, &n));
     return buf;
   }
-  static int Code(const std::string& ans) { return static_cast<int>(ReadInt(ans, 11, 2)); }
-  static long long Wth(const std::string& ans) { return ReadInt(ans, 443, 8); }
-
-  const kel::Api& k = SimKel();
-  SimClient c;
-  kel::int64 token = 0;
 };
 
 }  // namespace
@@ -150,7 +78,6 @@ TEST_F(SimTrading, ServerTimeIsShiftedByTheConfiguredOffset) {
 }
 
 TEST_F(SimTrading, MarketableBuyMatchesInReportsOfTheMatchVolume) {
-  SubscribeAll();
   SIM_FN(KelSim_SetMatchVolume)(300);
   double before = Available();
   std::string ans = Entrust("600000", 1, 1000, 10.00, "41");
@@ -159,39 +86,39 @@ TEST_F(SimTrading, MarketableBuyMatchesInReportsOfTheMatchVolume) {
   EXPECT_EQ(ReadText(ans, 451).size(), 6u);
   auto pushes = Pushes();
   ASSERT_EQ(pushes.size(), 5u);
-  EXPECT_EQ(ReadInt(pushes[0], 192, 8), 0);  // the confirmation
+  EXPECT_EQ(pushes[0].Cjsl(), 0);  // the confirmation
   std::vector<long long> parts;
-  for (std::size_t i = 1; i < pushes.size(); ++i) parts.push_back(ReadInt(pushes[i], 192, 8));
+  for (std::size_t i = 1; i < pushes.size(); ++i) parts.push_back(pushes[i].Cjsl());
   EXPECT_EQ(parts, (std::vector<long long>{300, 300, 300, 100}));
-  EXPECT_EQ(ReadInt(pushes.back(), 216, 8), 1000);  // total matched
+  EXPECT_EQ(pushes.back().Zcjsl(), 1000);  // total matched
   EXPECT_NEAR(Available(), before - 10000.0, 1e-6);
   EXPECT_EQ(Position("600000", fid::GFYE), 11000);
   EXPECT_EQ(Position("600000", fid::KMSL), 10000);  // bought today: not sellable yet
 }
 
 TEST_F(SimTrading, LimitAwayFromThePriceRestsUntilThePriceMovesOrItIsWithdrawn) {
-  SubscribeAll();
   double before = Available();
   std::string a1 = Entrust("600000", 1, 100, 9.50, "51");
   std::string a2 = Entrust("600000", 1, 200, 9.20, "52");
   ASSERT_GT(Code(a1), 0);
   ASSERT_GT(Code(a2), 0);
   EXPECT_NEAR(Available(), before - 950.0 - 1840.0, 1e-6);
-  SIM_FN(KelSim_SetPrice)("SH", "600000", 9.40);            // reaches the first order only
-  EXPECT_NEAR(Available(), before - 940.0 - 1840.0, 1e-6);  // matched at the price, not the limit
-  std::string w = Withdraw(0, "52");                        // by request number
+  SIM_FN(KelSim_SetPrice)("SH", "600000", 9.40);  // reaches the first order only
+  EXPECT_NEAR(Available(), before - 950.0 - 1840.0,
+              1e-6);                  // a resting order matches at its own price
+  std::string w = Withdraw(0, "52");  // by request number
   ASSERT_GT(Code(w), 0) << ReadText(w, 302);
   EXPECT_NE(Wth(w), Wth(a2));
   EXPECT_EQ(ReadInt(w, 467, 4), 2);
-  EXPECT_NEAR(Available(), before - 940.0, 1e-6);
+  EXPECT_NEAR(Available(), before - 950.0, 1e-6);
   EXPECT_EQ(Code(Withdraw(Wth(a2))), -107);  // already withdrawn
   EXPECT_EQ(Code(Withdraw(Wth(a1))), -107);  // already matched
   auto pushes = Pushes();
   ASSERT_FALSE(pushes.empty());
-  const std::string& last = pushes.back();
-  EXPECT_EQ(ReadText(last, 110), "W");
-  EXPECT_EQ(ReadInt(last, 310, 8), Wth(a2));
-  EXPECT_EQ(ReadInt(last, 176, 8), 200);
+  const PushRec& last = pushes.back();
+  EXPECT_EQ(last.Cxbz(), "W");
+  EXPECT_EQ(last.Cxwth(), Wth(a2));
+  EXPECT_EQ(last.Cdsl(), 200);
 }
 
 TEST_F(SimTrading, SellsTakeSellableSharesAndLimitedLiquidityLeavesARest) {
@@ -207,7 +134,6 @@ TEST_F(SimTrading, SellsTakeSellableSharesAndLimitedLiquidityLeavesARest) {
 }
 
 TEST_F(SimTrading, BackEndAndExchangeRefusals) {
-  SubscribeAll();
   EXPECT_EQ(Code(Entrust("999999", 1, 100, 1.0)), -105);
   EXPECT_EQ(Code(Entrust("600000", 1, 0, 10.0)), -106);
   EXPECT_EQ(Code(Entrust("600000", 1, 100000000, 10.0)), -103);
@@ -221,7 +147,7 @@ TEST_F(SimTrading, BackEndAndExchangeRefusals) {
   ASSERT_GT(Code(a), 0);
   EXPECT_NEAR(Available(), before, 1e-6);
   auto pushes = Pushes();
-  EXPECT_EQ(ReadInt(pushes.back(), 245, 4), 3);
+  EXPECT_EQ(pushes.back().Sbjg(), 3);
   EXPECT_EQ(Code(Withdraw(Wth(a))), -107);
 }
 
