@@ -103,7 +103,7 @@ Result<std::int64_t> LoginRun::Run() {
   if (form.authentication) {
     ConnPool* pool = kit_.pool();
     Result<std::shared_ptr<KelComm::KelConn>> found =
-        pool != nullptr ? pool->GetConnection(khh_, "") : Failure{};
+        pool != nullptr ? pool->GetConnection(khh_, "") : Failure{kConnectionFailure, ""};
     if (!found) return Fail(SECMOLRA_ERR_NO_CONN_INFO, msg::kNoConnConfig);
     session_conn = std::move(*found);
   }

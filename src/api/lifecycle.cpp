@@ -21,7 +21,7 @@ namespace {
 Result<ConnPool*> StartTransport() {
   if (Status bound = kel::BindTransport(); !bound) return bound.TakeFailure();
   kel::api.Kel_Initialize();
-  kel::api.Kel_SetDefaultSystemId(4);
+  kel::api.Kel_SetDefaultSystemId(kSystemType);
   kel::api.Kel_SetDefaultNodeId(0);
   try {
     return new ConnPool();

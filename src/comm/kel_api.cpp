@@ -22,7 +22,8 @@ const char* LookupName(const char* plain) {
   return plain;
 }
 
-std::string g_transport_file = "./kelapi50.dll";
+// The transport is loaded from the host's current directory.
+constexpr const char* kTransportFile = "./kelapi50.dll";
 
 // The binder's failures are recorded under no function name.
 molra::Failure Unbound(std::string message) {
@@ -35,10 +36,8 @@ molra::Failure Unbound(std::string message) {
 const char* const kEntryPointNames[kEntryPointCount] = {KEL_ENTRY_POINTS(KEL_LOOKUP_NAME)};
 #undef KEL_LOOKUP_NAME
 
-void SetTransportFileForTest(const char* path) { g_transport_file = path; }
-
 molra::Status BindTransport() {
-  void* module = molra::LoadDynamicLibrary(g_transport_file.c_str());
+  void* module = molra::LoadDynamicLibrary(kTransportFile);
   if (module == nullptr) {
     return Unbound(fmt::format(msg::kLoadLibraryFailed, molra::LastSystemError()));
   }

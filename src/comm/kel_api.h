@@ -23,7 +23,4 @@ extern const char* const kEntryPointNames[kEntryPointCount];
 // its entries is missing (entries already bound stay bound).
 molra::Status BindTransport();
 
-// For tests: the file name loaded ("./kelapi50.dll" unless overridden by a test).
-void SetTransportFileForTest(const char* path);
-
 }  // namespace kel
