@@ -193,21 +193,6 @@ TEST_F(Breaks, EveryOrderOfBreaksAndRecoveriesDuringTraffic) {
   }
 }
 
-TEST_F(Breaks, BindingFailingOnRecoveryIsLoggedAndTradingGoesOn) {
-  KELSIM(KelSim_BreakConnection)(conns_[1], 11);
-  KELSIM(KelSim_WaitIdle)();
-  // A set whose trade connection is down is refused before any session is asked for.
-  EXPECT_EQ(SECMOLRA_TradableQty("1001", "SH", "600000", 1, 10.0, 0, kGdhSH), 0);
-  EXPECT_EQ(Message(), Gbk("交易、订阅连接已失效"));
-  KELSIM(KelSim_FailBind)(1);
-  KELSIM(KelSim_RestoreConnection)(conns_[1]);
-  KELSIM(KelSim_WaitIdle)();
-  EXPECT_NE(LogText().find(Gbk("重新连接到服务时绑定客户号失败[KEY:SIM KHH:1001]")),
-            std::string::npos);
-  EXPECT_EQ(HostEvents(), (std::vector<int>{11, 0}));
-  EXPECT_GT(SECMOLRA_TradableQty("1001", "SH", "600000", 1, 10.0, 0, kGdhSH), 0);
-}
-
 TEST_F(Breaks, ManagementDownRefusesEveryCallUntilItRecovers) {
   KELSIM(KelSim_BreakConnection)(conns_[0], 10);
   KELSIM(KelSim_WaitIdle)();

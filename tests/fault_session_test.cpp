@@ -131,40 +131,33 @@ TEST_F(Faults, WriteFailingInEveryAsynchronousCall) {
 }
 
 // The block families' answer lengths: below 430 the common message, below the family's own
-// length its message; the full length is accepted (the order number or quantity read). An
-// asynchronous family's reply has its own minimum length, checked by its own handler.
+// length its message; the full length is accepted (the order number or quantity read).
 struct LengthCheck {
   Fam fam;
   const char* code;
   int full;
   const char* short_msg;
-  int reply_len;  // 0: no asynchronous form
-  const char* handler;
 };
 const LengthCheck kLengthChecks[] = {
-    {Fam::kOrderEntrust, "19001", 472, "应答数据包不正确2", 472, "Sc_Order_AsyncFuncProcess"},
-    {Fam::kBatchEntrust, "19012", 7663, "应答数据包不正确2", 7663,
-     "Sc_BatchOrder_AsyncFuncProcess"},
-    {Fam::kETFSubscribe, "19013", 472, "应答数据包不正确", 472, "Sc_ETFSG_AsyncFuncProcess"},
-    {Fam::kETFRedeem, "19014", 472, "应答数据包不正确", 472, "Sc_ETFSH_AsyncFuncProcess"},
-    {Fam::kZQHGEntrust, "19042", 472, "应答数据包不正确2", 472, "Sc_ZQHG_AsyncFuncProcess"},
-    {Fam::kZQHGCrk, "19043", 472, "应答数据包不正确2", 472, "Sc_ZQCRK_AsyncFuncProcess"},
-    {Fam::kLof, "19025", 472, "应答数据包不正确2", 475,
-     "Sc_LOF_AsyncFuncProcess"},  // synchronous: the common 472
-    {Fam::kPHDJEntrust, "19131", 472, "应答数据包不正确2", 472, "Sc_PHDJ_AsyncFuncProcess"},
-    {Fam::kOrderWithdraw, "19002", 516, "应答数据包不正确", 516,
-     "Sc_OrderWithDraw_AsyncFuncProcess"},
-    {Fam::kETFWithdraw, "19020", 517, "应答数据包不正确", 517, "Sc_ETFWithDraw_AsyncFuncProcess"},
-    {Fam::kZQHGWithdraw, "19044", 512, "应答数据包不正确", 512, "Sc_ZQHGWithDraw_AsyncFuncProcess"},
-    {Fam::kLOFWithdraw, "19026", 516, "应答数据包不正确", 516, "Sc_LOFWithDraw_AsyncFuncProcess"},
-    {Fam::kPHDJWithdraw, "19002", 516, "应答数据包不正确", 516, "Sc_PHDJWithDraw_AsyncFuncProcess"},
-    {Fam::kBatchWithdraw, "19063", 6459, "应答数据包不正确", 6459,
-     "Sc_BatchOrderWithDraw_AsyncFuncProcess"},
-    {Fam::kTradableQty, "19011", 438, "应答数据包不正确", 0, nullptr},
-    {Fam::kETFTradableQty, "19024", 434, "应答数据包不正确", 0, nullptr},
-    {Fam::kZQHGTradableQty, "19045", 438, "应答数据包不正确", 0, nullptr},
-    {Fam::kLOFTradableQty, "19028", 438, "应答数据包不正确", 0, nullptr},
-    {Fam::kPHDJTradableQty, "19133", 438, "应答数据包不正确", 0, nullptr},
+    {Fam::kOrderEntrust, "19001", 472, "应答数据包不正确2"},
+    {Fam::kBatchEntrust, "19012", 7663, "应答数据包不正确2"},
+    {Fam::kETFSubscribe, "19013", 472, "应答数据包不正确"},
+    {Fam::kETFRedeem, "19014", 472, "应答数据包不正确"},
+    {Fam::kZQHGEntrust, "19042", 472, "应答数据包不正确2"},
+    {Fam::kZQHGCrk, "19043", 472, "应答数据包不正确2"},
+    {Fam::kLof, "19025", 472, "应答数据包不正确2"},
+    {Fam::kPHDJEntrust, "19131", 472, "应答数据包不正确2"},
+    {Fam::kOrderWithdraw, "19002", 516, "应答数据包不正确"},
+    {Fam::kETFWithdraw, "19020", 517, "应答数据包不正确"},
+    {Fam::kZQHGWithdraw, "19044", 512, "应答数据包不正确"},
+    {Fam::kLOFWithdraw, "19026", 516, "应答数据包不正确"},
+    {Fam::kPHDJWithdraw, "19002", 516, "应答数据包不正确"},
+    {Fam::kBatchWithdraw, "19063", 6459, "应答数据包不正确"},
+    {Fam::kTradableQty, "19011", 438, "应答数据包不正确"},
+    {Fam::kETFTradableQty, "19024", 434, "应答数据包不正确"},
+    {Fam::kZQHGTradableQty, "19045", 438, "应答数据包不正确"},
+    {Fam::kLOFTradableQty, "19028", 438, "应答数据包不正确"},
+    {Fam::kPHDJTradableQty, "19133", 438, "应答数据包不正确"},
 };
 
 const OrderCall& CallOf(Fam fam) {
@@ -196,23 +189,6 @@ TEST_F(Faults, SynchronousAnswersOneByteShortAtEveryLengthCheck) {
         << c.name << " " << ok << " " << Message();
     EXPECT_EQ(OpenSessions(), open) << c.name;
     KELSIM(KelSim_ClearAnswers)();
-  }
-}
-
-// The back end's own answers cut one byte short (KelSim_SetAnswerLength) for the families
-// it accepts as called.
-TEST_F(Faults, BackEndAnswersCutOneByteShort) {
-  const LengthCheck* accepted[] = {&kLengthChecks[0],  &kLengthChecks[7],  &kLengthChecks[14],
-                                   &kLengthChecks[15], &kLengthChecks[16], &kLengthChecks[18]};
-  for (const LengthCheck* l : accepted) {
-    const OrderCall& c = CallOf(l->fam);
-    ASSERT_GE(c.sync(), 0) << c.name << " is accepted uncut: " << Message();
-    KELSIM(KelSim_SetAnswerLength)(l->code, l->full - 1);
-    EXPECT_EQ(c.sync(), -205) << c.name;
-    EXPECT_EQ(Message(), Gbk(l->short_msg)) << c.name;
-    KELSIM(KelSim_SetAnswerLength)(l->code, 429);
-    EXPECT_EQ(c.sync(), -205) << c.name;
-    EXPECT_EQ(Message(), Gbk("应答数据包不正确1")) << c.name;
   }
 }
 

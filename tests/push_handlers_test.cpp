@@ -1,6 +1,6 @@
 // The push handlers on their own: which pushes the structured handler takes for which
 // configured codes, and what both kinds of handler do with a record too short or no
-// callback. Pushes through the simulated transport: push_sim_test, login_subscribe_test.
+// callback. Pushes through the simulated transport: login_subscribe_test, trade_roundtrip_test.
 #include "push/push_handlers.h"
 
 #include <gtest/gtest.h>

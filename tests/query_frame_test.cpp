@@ -200,52 +200,6 @@ TEST_F(QueryFrame, OrderRowFillsEveryFieldAtItsOffsetAndCutsLongTexts) {
   EXPECT_EQ(std::string(r.Reserved, 100), std::string(100, '\0'));
 }
 
-TEST_F(QueryFrame, MatchPositionAndETFRowsFillTheirRecords) {
-  LogIn();
-  Script("D00752", 0, "", "605=1001|681=9|9202=50|9203=9.5|9204=475|9207=C77|9208=10:00:01|9157=5");
-  Script("D00753", 0, "",
-         "605=1001|719=000001|9211=1000|9212=600|9213=8.5|9219=9|9214=9000|9215=500");
-  Script("D00754", 0, "",
-         "605=1001|9225=510050|719=600000|9218=1200\n605=1001|9225=510050|719=600036|9218=300");
-  std::vector<MatchRecord> m;
-  std::vector<PositionRecord> p;
-  std::vector<ETFShareRecord> e;
-  ASSERT_EQ(SECMOLRA_QueryMatchs("1001", 0, 0, 10, 0, "", "", 0, m), 1);
-  EXPECT_EQ(V(m[0].WTH), 9);
-  EXPECT_EQ(V(m[0].CJSL), 50);
-  EXPECT_EQ(V(m[0].CJJE), 475.0);
-  EXPECT_EQ(Text(m[0].CJBH, 31), "C77");
-  EXPECT_EQ(Text(m[0].CJSJ, 13), "10:00:01");
-  EXPECT_EQ(V(m[0].KFSBDBH), 5);
-  ASSERT_EQ(SECMOLRA_QueryPositions("1001", 0, 10, 0, "", "", "", 0, p), 1);
-  EXPECT_EQ(V(p[0].GFYE), 1000);
-  EXPECT_EQ(V(p[0].KMSL), 600);
-  EXPECT_EQ(V(p[0].CBJ), 8.5);
-  EXPECT_EQ(V(p[0].ZXJ), 9.0);
-  EXPECT_EQ(V(p[0].ZXSZ), 9000.0);
-  EXPECT_EQ(V(p[0].FDYK), 500.0);
-  ASSERT_EQ(SECMOLRA_QueryETFShare("1001", "510050", e), 2);
-  EXPECT_EQ(Text(e[1].ZQDM, 9), "600036");
-  EXPECT_EQ(V(e[1].FESL), 300);
-  EXPECT_EQ(Text(e[0].JJDM, 9), "510050");
-}
-
-TEST_F(QueryFrame, NodeFundQueriesReadTheirRows) {
-  LogIn();
-  Script("910005", 0, "", "935=1|936=2|940=0.3|941=0.7");
-  Script("910006", 0, "", "2071=1|709=500.5\n2071=2|709=20");
-  std::vector<ZJHBCLRecord> ratio;
-  std::vector<JDKYZJRecord> funds;
-  ASSERT_EQ(SECMOLRA_QueryZJHBCL("1001", "", ratio), 1) << Err();
-  EXPECT_EQ(V(ratio[0].Node1), 1);
-  EXPECT_EQ(V(ratio[0].Node2), 2);
-  EXPECT_EQ(V(ratio[0].Ratio2), 0.7);
-  ASSERT_EQ(SECMOLRA_QueryJDKYZJ("1001", "", funds), 2) << Err();
-  EXPECT_EQ(V(funds[1].NodeID), 2);
-  EXPECT_EQ(V(funds[0].KYZJ), 500.5);
-  EXPECT_EQ(V(funds[0].Reserved), 0);
-}
-
 namespace {
 int g_code_calls = 0;
 int g_fail_at = 0;

@@ -1,5 +1,5 @@
 // The simulated transport's own mechanics: connections and their events, sessions, buffer
-// rules, synchronous and asynchronous runs, faults, scripted answers and the call log.
+// rules, synchronous and asynchronous runs, faults and scripted answers.
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -110,17 +110,6 @@ TEST_F(SimTransport, BreakAndRestoreReachTheHandlerOnTheSimulatorsThread) {
   std::lock_guard<std::mutex> lock(log.m);
   EXPECT_EQ(log.events.size(), 3u);
   k.Kel_ReleaseSession(s);
-}
-
-TEST_F(SimTransport, BindsACustomerUnlessTheBindFaultIsSet) {
-  kel::int64 c = Connect();
-  EXPECT_TRUE(k.Kel_SetCustomerForBindThread(c, "1001"));
-  char buf[16];
-  EXPECT_EQ(SIM_FN(KelSim_BoundCustomer)(c, buf, sizeof buf), 4);
-  EXPECT_STREQ(buf, "1001");
-  SIM_FN(KelSim_FailBind)(1);
-  EXPECT_FALSE(k.Kel_SetCustomerForBindThread(c, "1002"));
-  EXPECT_TRUE(k.Kel_SetCustomerForBindThread(c, "1002"));
 }
 
 TEST_F(SimTransport, TextAndBinaryBufferRules) {
@@ -295,17 +284,6 @@ TEST_F(SimTransport, UninitializeDeliversWhatIsQueuedAndInitializeStartsAgain) {
   ASSERT_TRUE(k.Kel_Write(s));
   SIM_FN(KelSim_WaitIdle)();
   EXPECT_EQ(g_replies.load(), 21);
-}
-
-TEST_F(SimTransport, CallLogPrintsArgumentsPlainly) {
-  Sim::Get().ClearCallLog();
-  kel::int64 c = Connect("127.0.0.1:9101");
-  k.Kel_SetDefaultInfo(nullptr, "32", "", "");
-  std::string log = Sim::Get().CallLog();
-  EXPECT_EQ(log, "Kel_Connect(127.0.0.1:9101,,,10)\nKel_SetDefaultInfo((null),32,,)\n");
-  SIM_FN(KelSim_SetCallLog)(false);
-  k.Kel_IsConnect(c);
-  EXPECT_EQ(Sim::Get().CallLog(), log);
 }
 
 TEST_F(SimTransport, PasswordEncodingsDifferAndWorkInPlace) {
