@@ -68,11 +68,6 @@ ArgCheck& ArgCheck::InRange(std::int64_t v, const char* label) {
   return *this;
 }
 
-ArgCheck& ArgCheck::Supported(bool cond, const char* msg) {
-  if (ok() && !cond) Fail(SECMOLRA_ERR_UNSUPPORTED, msg);
-  return *this;
-}
-
 ArgCheck CheckOrderArgs(const char* khh, const char* jys, const char* zqdm, const char* gdh,
                         bool async, std::int64_t number) {
   ArgCheck c;

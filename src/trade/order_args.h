@@ -39,8 +39,6 @@ class ArgCheck {
   // -221 "{label}[{v}]非法，范围0~9999999999999999" when v, taken as unsigned, is above the
   // largest request number (so every negative value too).
   ArgCheck& InRange(std::int64_t v, const char* label);
-  // -222 `msg` unless `ok`.
-  ArgCheck& Supported(bool ok, const char* msg);
 
   bool ok() const { return status_.ok(); }
   Status status() const { return status_; }
