@@ -71,7 +71,7 @@ Result<std::int64_t> TradeLogin(const char* key, const char* khh, const char* pa
   info.Token = -1;
   CopyField(info.KHH, khh);
   CopyField(info.Password, password);
-  return LogIn(key, khh, info);
+  return DropAccount(LogIn(key, khh, info), &info);
 }
 
 Result<std::int64_t> TradeLoginEx(const char* key, CusLoginInfo* info) {

@@ -12,6 +12,12 @@
 #include "core/messages.h"
 #include "core/text.h"
 
+namespace KelComm {
+// The kit's texts and fields, for the connection set's files.
+namespace msg = molra::msg;
+using molra::FieldText;
+}  // namespace KelComm
+
 namespace KelComm::roles {
 
 enum Role { kMgmt, kTrade, kQuery, kSubscribe };

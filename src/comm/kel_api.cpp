@@ -11,6 +11,8 @@
 
 namespace kel {
 
+namespace msg = molra::msg;
+
 Api api;
 
 namespace {

@@ -3,7 +3,7 @@
 #include <cstring>
 
 #include "config/ini_file.h"
-#include "core/errors.h"
+#include "core/text.h"
 
 namespace molra {
 

@@ -55,6 +55,17 @@ class Result {
   std::variant<T, Failure> v_;
 };
 
+// The result with its failure's account dropped where that account is `temporary`: a record
+// the kit built itself for a plain export, which is gone before the export reports the
+// failure. Only a host's own record (the Ex forms) receives the account's copy.
+template <typename T>
+Result<T> DropAccount(Result<T> r, const CusLoginInfo* temporary) {
+  if (r || r.failure().account != temporary) return r;
+  Failure f = r.TakeFailure();
+  f.account = nullptr;
+  return f;
+}
+
 // -221: an argument the kit refuses.
 inline Failure IllegalArgument(const char* message = msg::kIllegalArgument) {
   return Failure{SECMOLRA_ERR_ARGUMENT, message};

@@ -43,7 +43,7 @@ Result<std::int64_t> BeginQuery(const char* khh, const char* func_code, const ch
   if (customer.empty()) return Failure{SECMOLRA_ERR_NOT_LOGGED_IN, msg::kNotLoggedIn};
   CusLoginInfo info = MakeLoginInfo(customer.c_str());
   // A connection failure returns its code 0, which is never a cursor id.
-  Result<Answer> answer = CustomerRequest(kBegin, &info, func_code, fields);
+  Result<Answer> answer = DropAccount(CustomerRequest(kBegin, &info, func_code, fields), &info);
   if (!answer) return answer.TakeFailure();
   auto cursor = std::make_shared<Cursor>();
   cursor->answer = std::move(*answer);

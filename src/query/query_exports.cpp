@@ -13,20 +13,20 @@ namespace {
 Result<std::int64_t> FundInfo(const char* name, QueryCaller c, std::vector<FundRecord>& list) {
   if (Status s = c.Begin(list); !s) return s.TakeFailure();
   MOLRA_LOG_INFO("{} lpKhh:{}", name, c.khh());
-  return RunQueryInto(c.info(), FundRequest(), list);
+  return c.Finish(RunQueryInto(c.info(), FundRequest(), list));
 }
 
 Result<std::int64_t> AccInfo(const char* name, QueryCaller c, std::vector<AccountRecord>& list) {
   if (Status s = c.Begin(list); !s) return s.TakeFailure();
   MOLRA_LOG_INFO("{} lpKhh:{}", name, c.khh());
-  return RunQueryInto(c.info(), AccountRequest(), list);
+  return c.Finish(RunQueryInto(c.info(), AccountRequest(), list));
 }
 
 Result<std::int64_t> PSQY(const char* name, QueryCaller c, const char* jys, const char* gdh,
                           std::vector<PSQYRecord>& list) {
   if (Status s = c.Begin(list); !s) return s.TakeFailure();
   MOLRA_LOG_INFO("{} lpKhh:{}, lpJys:{}, lpGdh:{} ", name, c.khh(), LogText(jys), LogText(gdh));
-  return RunQueryInto(c.info(), PSQYRequest(jys, gdh), list);
+  return c.Finish(RunQueryInto(c.info(), PSQYRequest(jys, gdh), list));
 }
 
 template <typename R>
@@ -38,8 +38,8 @@ Result<std::int64_t> OrdersOrMatchs(const char* name, QueryCaller c, std::int32_
   MOLRA_LOG_INFO(
       "{} lpKhh:{} nType:{} nSortType:{} nRowcount:{} nBrowindex:{} lpJys:{} lpZqdm:{} lWth:{}",
       name, c.khh(), type, sort, rowcount, browindex, LogText(jys), LogText(zqdm), wth);
-  return RunQueryInto(c.info(), OrdersRequest(type, sort, rowcount, browindex, jys, zqdm, wth),
-                      list);
+  return c.Finish(
+      RunQueryInto(c.info(), OrdersRequest(type, sort, rowcount, browindex, jys, zqdm, wth), list));
 }
 
 Result<std::int64_t> Positions(const char* name, QueryCaller c, std::int32_t sort,
@@ -51,8 +51,8 @@ Result<std::int64_t> Positions(const char* name, QueryCaller c, std::int32_t sor
       "{} lpKhh:{} nSortType:{} nRowcount:{} nBrowindex:{} lpGdh:{} lpJys:{} lpZqdm:{} "
       "exeflag:{}",
       name, c.khh(), sort, rowcount, browindex, LogText(gdh), LogText(jys), LogText(zqdm), exeflag);
-  return RunQueryInto(c.info(),
-                      PositionsRequest(sort, rowcount, browindex, gdh, jys, zqdm, exeflag), list);
+  return c.Finish(RunQueryInto(
+      c.info(), PositionsRequest(sort, rowcount, browindex, gdh, jys, zqdm, exeflag), list));
 }
 
 Result<std::int64_t> ETFShare(const char* name, QueryCaller c, const char* jjdm,
@@ -60,7 +60,7 @@ Result<std::int64_t> ETFShare(const char* name, QueryCaller c, const char* jjdm,
   if (Status s = c.Begin(list); !s) return s.TakeFailure();
   if (Status s = CheckFundCode(jjdm); !s) return s.TakeFailure();
   MOLRA_LOG_INFO("{} lpKhh:{} lpJjdm:{}", name, c.khh(), jjdm);
-  return QueryETFShare(c.info(), jjdm, list);
+  return c.Finish(QueryETFShare(c.info(), jjdm, list));
 }
 
 template <typename R>
@@ -70,7 +70,7 @@ Result<std::int64_t> NodeFundsQuery(const char* name, const char* khh, const cha
   if (khh == nullptr || *khh == '\0' || zjzh == nullptr) return IllegalArgument();
   MOLRA_LOG_INFO("{} lpKhh:{} sZjzh:{}", name, khh, zjzh);
   CusLoginInfo info = MakeLoginInfo(khh);
-  return RunQueryInto(&info, NodeFundsRequest(zjzh), list);
+  return DropAccount(RunQueryInto(&info, NodeFundsRequest(zjzh), list), &info);
 }
 
 }  // namespace
@@ -180,7 +180,7 @@ SECMOLRA_API int64_t SECMOLRA_QueryPositionsEx(CusLoginInfo* info, int32_t nSort
                                                const char* jys, const char* zqdm, int32_t exeflag,
                                                std::vector<PositionRecord>& list) {
   return Export(__func__, [&] {
-    std::string gdh = info ? FieldText(info->GDH) : std::string();
+    std::string gdh = info ? molra::FieldText(info->GDH) : std::string();
     return Positions("SECMOLRA_QueryPositionsEx", QueryCaller(info), nSortType, nRowcount,
                      nBrowindex, gdh.c_str(), jys, zqdm, exeflag, list);
   });

@@ -65,6 +65,10 @@ class QueryCaller {
     return Check();
   }
   CusLoginInfo* info() { return ex_form_ ? ex_ : &own_; }
+  // A query's result as the export reports it: the plain form's own record gets no copy.
+  Result<std::int64_t> Finish(Result<std::int64_t> r) const {
+    return DropAccount(std::move(r), &own_);
+  }
   std::string khh() const {
     return ex_form_ ? (ex_ != nullptr ? KhhOf(*ex_) : std::string()) : LogText(khh_arg_);
   }

@@ -6,6 +6,7 @@
 #include "comm/conn_pool.h"
 #include "comm/kel_api.h"
 #include "core/errors.h"
+#include "core/text.h"
 
 namespace molra::query {
 

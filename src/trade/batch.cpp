@@ -155,7 +155,7 @@ Result<std::int64_t> RunBatchEntrust(const char* name, Fam, const Caller& c, con
     return check.status().TakeFailure();
   }
   CusLoginInfo own;
-  return BatchEntrustImpl(c.Record(own), rows, a.number, mode.async);
+  return DropAccount(BatchEntrustImpl(c.Record(own), rows, a.number, mode.async), &own);
 }
 
 namespace {

@@ -102,7 +102,7 @@ Result<std::int64_t> RunEntrust(const char*, Target target, const Caller& c, con
   if (target.biz == Biz::kDZJY) check.NotNull({a.dfxw, a.lxr, a.lxdh, a.hyh, a.dfgdh});
   if (!check.ok()) return check.status().TakeFailure();
   CusLoginInfo own;
-  return EntrustImpl(target, c.Record(own), a, mode);
+  return DropAccount(EntrustImpl(target, c.Record(own), a, mode), &own);
 }
 
 }  // namespace molra::trade

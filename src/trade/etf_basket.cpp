@@ -181,7 +181,7 @@ Result<std::int64_t> RunBasket(const char* name, Target, const Caller& c, const 
                    c.khh, a.jys, a.zqdm, c.gdh, a.units, a.wtjg, a.ddlx);
   }
   CusLoginInfo own;
-  return BasketImpl(c.Record(own), a);
+  return DropAccount(BasketImpl(c.Record(own), a), &own);
 }
 
 }  // namespace molra::trade

@@ -15,7 +15,9 @@
 #include <string>
 #include <vector>
 
+#include "comm/kv_request.h"
 #include "core/messages.h"
+#include "core/status.h"
 #include "secmolra.h"
 #include "trade/named_line.h"
 #include "trade/order_family.h"

@@ -96,7 +96,7 @@ Result<std::int64_t> RunTradable(const char*, Fam fam, const Caller& c, const Or
                         : CheckOrderArgs(c.khh, a.jys, a.zqdm, c.gdh, false, 0);
   if (!check.ok()) return check.status().TakeFailure();
   CusLoginInfo own;
-  return TradableImpl(fam, c.Record(own), a);
+  return DropAccount(TradableImpl(fam, c.Record(own), a), &own);
 }
 
 }  // namespace molra::trade

@@ -123,7 +123,7 @@ Result<std::int64_t> RunWithdraw(const char* name, WithdrawTarget target, const 
   if (!check.ok()) return check.status().TakeFailure();
   if (!c.ex) LogPlain(name, target.by, c.khh, a.jys, a.number, mode);
   CusLoginInfo own;
-  return WithdrawImpl(target, c.Record(own), a, mode);
+  return DropAccount(WithdrawImpl(target, c.Record(own), a, mode), &own);
 }
 
 Result<std::int64_t> RunBatchWithdraw(const char* name, Fam, const Caller& c, const OrderArgs& a,
@@ -135,7 +135,7 @@ Result<std::int64_t> RunBatchWithdraw(const char* name, Fam, const Caller& c, co
   if (!check.ok()) return check.status().TakeFailure();
   if (!c.ex) MOLRA_LOG_INFO("{} lpKhh:{} nLSH:{}", name, c.khh, a.number);
   CusLoginInfo own;
-  return BatchWithdrawImpl(c.Record(own), a.number, mode.async);
+  return DropAccount(BatchWithdrawImpl(c.Record(own), a.number, mode.async), &own);
 }
 
 }  // namespace molra::trade
