@@ -149,7 +149,10 @@ TEST_F(Entrust, ChangesOfTheCustomerReachTheNextOrder) {
        [&](std::int64_t) { EXPECT_EQ(Num<std::int64_t>(Request("19001"), 3), 4242); }},
       {"node", [] { ASSERT_TRUE(SECMOLRA_SetCusNodeID("1001", 7)); },
        [](std::int64_t) {
-         EXPECT_NE(Sim::Get().CallLog().find("Kel_SetNodeId(7)"), std::string::npos);
+         const std::string calls = Sim::Get().CallLog();  // "Kel_SetNodeId(<session>,7)"
+         const std::size_t at = calls.find("Kel_SetNodeId(");
+         ASSERT_NE(at, std::string::npos);
+         EXPECT_EQ(calls.substr(calls.find(',', at), 3), ",7)");
        }},
       {"logout", [] { ASSERT_GT(SECMOLRA_TradeLogout("1001"), 0); },
        [](std::int64_t result) { EXPECT_EQ(result, SECMOLRA_ERR_NOT_LOGGED_IN); }},
