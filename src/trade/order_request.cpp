@@ -72,8 +72,11 @@ Result<std::int64_t> OrderRequest::Execute(bool async, std::int64_t number) {
   Result<KelSession> session = AllocTradeSession(*(*customer)->conn);
   if (!session) return session.TakeFailure().At(family_.name, record_);
 
-  const std::int64_t token = record_->Token >= 1 ? record_->Token : (*customer)->token;
-  const std::int32_t node = record_->NodeID >= 1 ? record_->NodeID : (*customer)->node_id;
+  // Read by value: the packed record's token is not aligned for a reference.
+  const std::int64_t own_token = record_->Token;
+  const std::int64_t token = own_token >= 1 ? own_token : (*customer)->token;
+  const std::int32_t own_node = record_->NodeID;
+  const std::int32_t node = own_node >= 1 ? own_node : (*customer)->node_id;
   if (prepare_) {
     if (Status checked = prepare_(); !checked) return checked.TakeFailure();
   }
