@@ -9,7 +9,7 @@ export DEBIAN_FRONTEND=noninteractive
 
 # The Linux build: compiler, build tools and the libraries the kit and its tests use.
 LINUX_PACKAGES=(cmake ninja-build g++ libspdlog-dev libfmt-dev rapidjson-dev libsimpleini-dev
-                libgtest-dev libbenchmark-dev libsqlite3-dev)
+                libgtest-dev libbenchmark-dev libsqlite3-dev libasio-dev libcli11-dev)
 # Everything the test suites use besides: the Windows cross build and Wine, pytest, clang
 # with its runtime libraries for the sanitizer and fuzzing builds, and what the package suite
 # reads packages with (dpkg-shlibdeps, file, pkg-config, llvm-dlltool and llvm-nm, unzip).

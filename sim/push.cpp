@@ -16,26 +16,37 @@ struct Target {
   int func = 0;
 };
 
+// The subscriptions a push is for: those on connections to the in-process back end, those
+// of one connection to a server, or all (a record given through the control interface).
+constexpr std::int64_t kInProcess = 0;
+constexpr std::int64_t kEveryConnection = -1;
+
 int KindOf(const std::string& func, const std::string& confirm, const std::string& report) {
   if (func == confirm) return 0;
   if (func == report) return 1;
   return -1;
 }
 
-void Deliver(const std::string& khh, int kind, const PushValues* values, const std::string* raw) {
+bool InScope(const Connection& conn, std::int64_t scope) {
+  if (scope == kEveryConnection) return true;
+  return scope == kInProcess ? !conn.remote : conn.id == scope;
+}
+
+void Deliver(std::int64_t scope, const std::string& khh, int kind, const PushValues* values, const std::string* raw) {
   std::vector<Target> targets;
   kel::StructPublishFn struct_fn = nullptr;
   void* struct_ctx = nullptr;
   Core& c = core();
   {
     std::lock_guard<std::mutex> lock(c.mutex);
-    const std::string& confirm = c.confirm_func;
-    const std::string& report = c.report_func;
     for (const auto& [id, s] : c.subs) {
       if (!s.khh.empty() && s.khh != khh) continue;
-      if (KindOf(s.func, confirm, report) != kind) continue;
       const Connection* conn = c.FindConnLocked(s.conn);
-      if (conn == nullptr || !conn->up) continue;
+      if (conn == nullptr || !conn->up || !InScope(*conn, scope)) continue;
+      // A server's subscription codes are its own.
+      if (conn->remote ? KindOf(s.func, conn->confirm_func, conn->report_func) != kind
+                       : KindOf(s.func, c.confirm_func, c.report_func) != kind)
+        continue;
       targets.push_back({s.conn, s.fn, s.ctx, FuncNumber(s.func)});
     }
     struct_fn = c.struct_fn;
@@ -76,12 +87,17 @@ int FuncNumber(const std::string& code) {
 
 void QueueBackendPush(PendingPush p) {
   auto shared = std::make_shared<PendingPush>(std::move(p));
-  PostPush([shared] { Deliver(shared->khh, shared->kind, &shared->values, nullptr); });
+  PostPush([shared] { Deliver(kInProcess, shared->khh, shared->kind, &shared->values, nullptr); });
+}
+
+void QueueServerPush(std::int64_t conn, PendingPush p) {
+  auto shared = std::make_shared<PendingPush>(std::move(p));
+  PostPush([conn, shared] { Deliver(conn, shared->khh, shared->kind, &shared->values, nullptr); });
 }
 
 void QueueRawPush(const std::string& khh, int kind, std::string record) {
   auto rec = std::make_shared<std::string>(std::move(record));
-  PostPush([khh, kind, rec] { Deliver(khh, kind, nullptr, rec.get()); });
+  PostPush([khh, kind, rec] { Deliver(kEveryConnection, khh, kind, nullptr, rec.get()); });
 }
 
 }  // namespace sim

@@ -37,6 +37,22 @@ void PostPush(std::function<void()> task) {
   core().pushes.Post(std::move(task));
 }
 
+void PostConnEvent(std::int64_t conn, std::int32_t event) {
+  PostEvent([conn, event] {
+    kel::ConnEventFn fn = nullptr;
+    void* ctx = nullptr;
+    {
+      std::lock_guard<std::mutex> lock(core().mutex);
+      // The handler as it is at delivery: a handler removed meanwhile receives nothing.
+      if (const Connection* k = core().FindConnLocked(conn)) {
+        fn = k->event_fn;
+        ctx = k->event_ctx;
+      }
+    }
+    if (fn != nullptr) fn(conn, event, ctx);
+  });
+}
+
 void WaitIdle() {
   // A reply may cause a push and a push handler may cause an event: wait until one whole
   // pass sees nothing new.

@@ -40,6 +40,10 @@ struct Connection {
   bool auto_reconnect = true;
   std::int64_t last_send_ms = 0;
   std::int64_t last_recv_ms = 0;
+  // A connection to a server of the back end (remote.h) rather than to the in-process one,
+  // with the server's subscription codes of confirmations and match reports.
+  bool remote = false;
+  std::string confirm_func, report_func;
 };
 
 struct Subscription {
@@ -96,6 +100,9 @@ void PostEvent(std::function<void()> task);
 void PostReply(std::function<void()> task);
 void PostPush(std::function<void()> task);
 void WaitIdle();
+// Delivers a connection event to the connection's handler (as it is at delivery) on the
+// events thread.
+void PostConnEvent(std::int64_t conn, std::int32_t event);
 void StartThreads();
 void StopThreads();
 
