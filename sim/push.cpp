@@ -32,7 +32,18 @@ bool InScope(const Connection& conn, std::int64_t scope) {
   return scope == kInProcess ? !conn.remote : conn.id == scope;
 }
 
-void Deliver(std::int64_t scope, const std::string& khh, int kind, const PushValues* values, const std::string* raw) {
+// What a push carries: the back end's values, written in the layout each target wants, or the
+// records themselves (a server's, in both layouts; or the control interface's one record).
+struct PushBody {
+  const PushValues* values = nullptr;
+  std::string plain, structured;
+  std::string Record(bool structured_layout) const {
+    if (values != nullptr) return EncodePushRecord(*values, structured_layout);
+    return structured_layout ? structured : plain;
+  }
+};
+
+void Deliver(std::int64_t scope, const std::string& khh, int kind, const PushBody& body) {
   std::vector<Target> targets;
   kel::StructPublishFn struct_fn = nullptr;
   void* struct_ctx = nullptr;
@@ -57,7 +68,7 @@ void Deliver(std::int64_t scope, const std::string& khh, int kind, const PushVal
       auto s = std::make_shared<Session>();
       s->conn = t.conn;
       s->transport_owned = true;
-      s->body = raw ? *raw : EncodePushRecord(*values, false);
+      s->body = body.Record(false);
       s->replied = true;
       {
         std::lock_guard<std::mutex> lock(c.mutex);
@@ -68,7 +79,7 @@ void Deliver(std::int64_t scope, const std::string& khh, int kind, const PushVal
       std::lock_guard<std::mutex> lock(c.mutex);
       c.sessions.erase(s->id);
     } else if (struct_fn != nullptr) {
-      std::string data = raw ? *raw : EncodePushRecord(*values, true);
+      std::string data = body.Record(true);
       struct_fn(struct_ctx, t.func, static_cast<kel::int32>(data.size()), data.data());
     }
   }
@@ -87,17 +98,25 @@ int FuncNumber(const std::string& code) {
 
 void QueueBackendPush(PendingPush p) {
   auto shared = std::make_shared<PendingPush>(std::move(p));
-  PostPush([shared] { Deliver(kInProcess, shared->khh, shared->kind, &shared->values, nullptr); });
+  PostPush([shared] {
+    PushBody body;
+    body.values = &shared->values;
+    Deliver(kInProcess, shared->khh, shared->kind, body);
+  });
 }
 
-void QueueServerPush(std::int64_t conn, PendingPush p) {
-  auto shared = std::make_shared<PendingPush>(std::move(p));
-  PostPush([conn, shared] { Deliver(conn, shared->khh, shared->kind, &shared->values, nullptr); });
+void QueueServerPush(std::int64_t conn, const std::string& khh, int kind, std::string plain, std::string structured) {
+  auto body = std::make_shared<PushBody>();
+  body->plain = std::move(plain);
+  body->structured = std::move(structured);
+  PostPush([conn, khh, kind, body] { Deliver(conn, khh, kind, *body); });
 }
 
 void QueueRawPush(const std::string& khh, int kind, std::string record) {
-  auto rec = std::make_shared<std::string>(std::move(record));
-  PostPush([khh, kind, rec] { Deliver(kEveryConnection, khh, kind, nullptr, rec.get()); });
+  auto body = std::make_shared<PushBody>();
+  body->plain = record;
+  body->structured = std::move(record);
+  PostPush([khh, kind, body] { Deliver(kEveryConnection, khh, kind, *body); });
 }
 
 }  // namespace sim

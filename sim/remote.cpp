@@ -2,6 +2,12 @@
 
 #include <asio.hpp>
 #include <algorithm>
+#if !defined(_WIN32)
+#include <poll.h>
+#include <sys/socket.h>
+
+#include <cerrno>
+#endif
 #include <array>
 #include <atomic>
 #include <chrono>
@@ -94,8 +100,37 @@ void SetCoreUp(std::int64_t conn, bool up, std::int32_t event) {
   if (event >= 0) PostConnEvent(conn, event);
 }
 
+// Writes all of `data` on a socket that may be non-blocking, within `seconds`; false when the
+// connection broke or the time ran out. Callers write from their own threads (a request goes
+// out without waking the network thread, which only reads).
+bool SendAll(tcp::socket::native_handle_type fd, const std::string& data, int seconds) {
+  auto until = std::chrono::steady_clock::now() + std::chrono::seconds(seconds);
+  for (std::size_t at = 0; at < data.size();) {
+#if defined(_WIN32)
+    int n = ::send(fd, data.data() + at, static_cast<int>(data.size() - at), 0);
+    bool again = n == SOCKET_ERROR && WSAGetLastError() == WSAEWOULDBLOCK;
+#else
+    ssize_t n = ::send(fd, data.data() + at, data.size() - at, MSG_NOSIGNAL);
+    bool again = n < 0 && (errno == EAGAIN || errno == EWOULDBLOCK || errno == EINTR);
+#endif
+    if (n > 0) {
+      at += static_cast<std::size_t>(n);
+      continue;
+    }
+    if (!again || std::chrono::steady_clock::now() > until) return false;
+#if defined(_WIN32)
+    WSAPOLLFD p{fd, POLLWRNORM, 0};
+    WSAPoll(&p, 1, 100);
+#else
+    pollfd p{fd, POLLOUT, 0};
+    poll(&p, 1, 100);
+#endif
+  }
+  return true;
+}
+
 // One transport connection's TCP connection to the server. Members marked "net" are used on
-// the network thread only; the others are guarded by m_.
+// the network thread only; the others are guarded by m_, or by write_m_ where they say so.
 class Link : public std::enable_shared_from_this<Link> {
  public:
   Link(std::int64_t conn, std::string host, std::uint16_t port)
@@ -106,26 +141,27 @@ class Link : public std::enable_shared_from_this<Link> {
 
   std::uint64_t NextId() { return next_id_++; }
 
-  // Queues a frame whose answer goes to `done` (a frame without answer: no done); false when
-  // the connection is not up.
-  bool Submit(std::string frame, std::uint64_t id, Done done) {
-    bool post;
+  // Sends a frame whose answer goes to `done`; false when the connection is not up or the
+  // frame could not be sent (done is then never called).
+  bool Submit(const std::string& frame, std::uint64_t id, Done done) {
+    std::lock_guard<std::mutex> w(write_m_);
     {
       std::lock_guard<std::mutex> lock(m_);
       if (!up_) return false;
-      if (done) pending_[id] = std::move(done);
-      outbox_.push_back(std::move(frame));
-      post = !flush_posted_;
-      flush_posted_ = true;
+      pending_[id] = std::move(done);
     }
-    if (post) asio::post(net().io(), [self = shared_from_this()] { self->Flush(); });
-    return true;
+    if (SendAll(sock_.native_handle(), frame, kCallSeconds)) return true;
+    // The connection broke under the send: it is dropped, failing what waits on it.
+    asio::post(net().io(), [self = shared_from_this(), gen = write_gen_] {
+      if (gen == self->write_gen_) self->Drop("broken");
+    });
+    return !Forget(id);  // when a drop took it first, its done has the outcome
   }
 
-  // A caller that stopped waiting.
-  void Forget(std::uint64_t id) {
+  // A caller that stopped waiting; whether it was still waiting.
+  bool Forget(std::uint64_t id) {
     std::lock_guard<std::mutex> lock(m_);
-    pending_.erase(id);
+    return pending_.erase(id) > 0;
   }
 
   // Waits for the first connection's outcome.
@@ -159,7 +195,10 @@ class Link : public std::enable_shared_from_this<Link> {
     state_ = State::Connecting;
     ++gen_;
     asio::error_code ec;
-    sock_ = tcp::socket(net().io());
+    {
+      std::lock_guard<std::mutex> w(write_m_);
+      sock_ = tcp::socket(net().io());
+    }
     in_ = wire::FrameSplitter();
     tcp::resolver resolver(net().io());
     auto found = resolver.resolve(host_, std::to_string(port_), tcp::resolver::numeric_service, ec);
@@ -185,35 +224,15 @@ class Link : public std::enable_shared_from_this<Link> {
     asio::error_code ec;
     sock_.set_option(tcp::no_delay(true), ec);
     handshake_id_ = NextId();
-    Queue(wire::Encode(wire::Hello{}));
-    Queue(wire::Encode(wire::Interest{handshake_id_, InterestOf(conn_)}));
-    Flush();
-    Read();
-  }
-
-  void Queue(std::string frame) {
-    std::lock_guard<std::mutex> lock(m_);
-    outbox_.push_back(std::move(frame));
-  }
-
-  void Flush() {
+    bool sent;
     {
-      std::lock_guard<std::mutex> lock(m_);
-      flush_posted_ = false;
-      if (writing_in_flight_ || outbox_.empty() || (state_ != State::Up && state_ != State::Handshake)) return;
-      writing_.swap(outbox_);
+      std::lock_guard<std::mutex> w(write_m_);
+      sent = SendAll(sock_.native_handle(),
+                     wire::Encode(wire::Hello{}) + wire::Encode(wire::Interest{handshake_id_, InterestOf(conn_)}),
+                     kConnectSeconds);
     }
-    writing_in_flight_ = true;
-    std::vector<asio::const_buffer> bufs;
-    bufs.reserve(writing_.size());
-    for (const std::string& f : writing_) bufs.push_back(asio::buffer(f));
-    asio::async_write(sock_, bufs, [self = shared_from_this(), gen = gen_](const asio::error_code& e, std::size_t) {
-      self->writing_in_flight_ = false;
-      self->writing_.clear();
-      if (gen != self->gen_) return self->Flush();  // a write of a socket since replaced
-      if (e) return self->Drop("broken");
-      self->Flush();
-    });
+    if (!sent) return Drop("refused");
+    Read();
   }
 
   void Read() {
@@ -221,6 +240,7 @@ class Link : public std::enable_shared_from_this<Link> {
       if (gen != self->gen_) return;
       if (e) return self->Drop("closed by the server");
       self->in_.Add(self->chunk_.data(), n);
+      DeliveryBatch batch;  // the replies and pushes of this read go to their threads together
       std::string body;
       for (;;) {
         auto st = self->in_.Next(&body);
@@ -242,9 +262,9 @@ class Link : public std::enable_shared_from_this<Link> {
     }
     if (!wire::TypeOf(body, &type)) return Drop("sent a malformed frame");
     if (type == wire::Type::Push && state_ == State::Up) {
-      PendingPush p;
+      wire::PushMsg p;
       if (!wire::Decode(body, &p)) return Drop("sent a malformed push");
-      return QueueServerPush(conn_, std::move(p));
+      return QueueServerPush(conn_, p.khh, p.kind, std::move(p.plain), std::move(p.structured));
     }
     if (type == wire::Type::Welcome && state_ == State::Handshake) {
       wire::Welcome w;
@@ -310,14 +330,17 @@ class Link : public std::enable_shared_from_this<Link> {
     ++gen_;
     asio::error_code ec;
     timer_.cancel();
-    sock_.shutdown(tcp::socket::shutdown_both, ec);
-    sock_.close(ec);
+    sock_.shutdown(tcp::socket::shutdown_both, ec);  // a send under way fails at once
+    {
+      std::lock_guard<std::mutex> w(write_m_);
+      sock_.close(ec);
+      ++write_gen_;
+    }
     std::map<std::uint64_t, Done> lost;
     {
       std::lock_guard<std::mutex> lock(m_);
       up_ = false;
       lost.swap(pending_);
-      outbox_.clear();
     }
     for (auto& [id, done] : lost) done(nullptr);
   }
@@ -394,12 +417,15 @@ class Link : public std::enable_shared_from_this<Link> {
   bool up_ = false;
   bool held_ = false;
   bool closing_ = false;
-  bool flush_posted_ = false;
   std::map<std::uint64_t, Done> pending_;
-  std::vector<std::string> outbox_;
   std::condition_variable open_cv_;
   std::optional<bool> open_result_;
   std::string open_why_;
+
+  // The socket is replaced and closed by the network thread, and written by callers, under
+  // write_m_; write_gen_ counts the sockets closed.
+  std::mutex write_m_;
+  std::uint64_t write_gen_ = 0;
 
   // net
   tcp::socket sock_;
@@ -412,8 +438,6 @@ class Link : public std::enable_shared_from_this<Link> {
   std::string confirm_func_, report_func_;
   wire::FrameSplitter in_;
   std::array<char, kReadChunk> chunk_{};
-  std::vector<std::string> writing_;
-  bool writing_in_flight_ = false;
 };
 
 std::mutex g_links_mutex;
@@ -436,25 +460,26 @@ bool RoundTrip(std::int64_t conn, Build build, std::int32_t timeout_s, std::stri
   struct Waiter {
     std::mutex m;
     std::condition_variable cv;
-    bool done = false, ok = false;
+    std::atomic<bool> done{false};
+    bool ok = false;
     std::string body;
   };
   auto w = std::make_shared<Waiter>();
   std::uint64_t id = link->NextId();
   std::string frame = build(id);
   if (frame.size() - wire::kHeaderSize > wire::kMaxFrame) return false;
-  bool sent = link->Submit(std::move(frame), id, [w](std::string* b) {
+  bool sent = link->Submit(frame, id, [w](std::string* b) {
     std::lock_guard<std::mutex> lock(w->m);
-    w->done = true;
     if (b != nullptr) {
       w->ok = true;
       w->body = std::move(*b);
     }
+    w->done = true;
     w->cv.notify_one();
   });
   if (!sent) return false;
   std::unique_lock<std::mutex> lock(w->m);
-  if (!w->cv.wait_for(lock, std::chrono::seconds(timeout_s > 0 ? timeout_s : kCallSeconds), [&] { return w->done; })) {
+  if (!w->cv.wait_for(lock, std::chrono::seconds(timeout_s > 0 ? timeout_s : kCallSeconds), [&] { return w->done.load(); })) {
     lock.unlock();
     link->Forget(id);
     return false;
@@ -530,7 +555,7 @@ bool Send(std::int64_t conn, const Request& req, std::int32_t node_id, std::func
   std::uint64_t id = link->NextId();
   std::string frame = wire::Encode(wire::RequestMsg{id, node_id, req});
   if (frame.size() - wire::kHeaderSize > wire::kMaxFrame) return false;
-  return link->Submit(std::move(frame), id, [done = std::move(done)](std::string* body) {
+  return link->Submit(frame, id, [done = std::move(done)](std::string* body) {
     wire::AnswerMsg a;
     if (body != nullptr && wire::Decode(*body, &a)) return done(true, std::move(a.ans));
     Answer lost;

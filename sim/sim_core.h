@@ -99,6 +99,22 @@ bool WithSession(std::int64_t session, F f) {
 void PostEvent(std::function<void()> task);
 void PostReply(std::function<void()> task);
 void PostPush(std::function<void()> task);
+
+// While one lives on a thread, the replies and pushes that thread posts are handed to their
+// threads together when it ends: a read of many answers wakes each thread once.
+class DeliveryBatch {
+ public:
+  DeliveryBatch();
+  ~DeliveryBatch();
+  DeliveryBatch(const DeliveryBatch&) = delete;
+  DeliveryBatch& operator=(const DeliveryBatch&) = delete;
+
+ private:
+  friend void PostReply(std::function<void()> task);
+  friend void PostPush(std::function<void()> task);
+  std::vector<std::function<void()>> replies_, pushes_;
+  DeliveryBatch* outer_;
+};
 void WaitIdle();
 // Delivers a connection event to the connection's handler (as it is at delivery) on the
 // events thread.

@@ -67,12 +67,7 @@ TEST(SimNetWire, EveryMessageSurvivesAndABodyCutLengthenedOrRetypedIsRefused) {
   ans.Fail(-3, "no");
   ans.rows = {{{605, "1001"}, {709, "1.50"}}, {}};
   ans.blocks = {"a", std::string("\0b", 2)};
-  sim::PendingPush push;
-  push.khh = "1001";
-  push.kind = 1;
-  push.values.Text("KHH", "1001");
-  push.values.Int("WTH", -5);
-  push.values.Real("CJJG", 9.5);
+  wire::PushMsg push{"1001", 1, std::string(402, '\1'), std::string("\0\2", 2)};
   wire::ControlMsg control;
   control.id = 77;
   control.op = wire::ControlOp::SetQuote;
@@ -104,7 +99,7 @@ TEST(SimNetWire, EveryMessageSurvivesAndABodyCutLengthenedOrRetypedIsRefused) {
       {"request", wire::Encode(wire::RequestMsg{1ULL << 40, -2, req}), CodecOf<wire::RequestMsg>()},
       {"answer", wire::Encode(wire::AnswerMsg{5, ans}), CodecOf<wire::AnswerMsg>()},
       {"interest", wire::Encode(wire::Interest{6, {"", "1001"}}), CodecOf<wire::Interest>()},
-      {"push", wire::Encode(push), CodecOf<sim::PendingPush>()},
+      {"push", wire::Encode(push), CodecOf<wire::PushMsg>()},
       {"control", wire::Encode(control), CodecOf<wire::ControlMsg>()},
       {"control answer", wire::Encode(control_answer), CodecOf<wire::ControlAnswer>()},
   };

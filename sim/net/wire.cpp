@@ -152,23 +152,6 @@ void GetQuote(Reader& r, Quote& q) {
   GetLevels(r, q.asks);
 }
 
-template <typename V, typename Put>
-void PutMap(Writer& w, const std::map<std::string, V>& m, Put put) {
-  w.U(m.size(), 4);
-  for (const auto& [k, v] : m) {
-    w.S(k);
-    put(v);
-  }
-}
-
-template <typename V, typename Get>
-void GetMap(Reader& r, std::map<std::string, V>& m, Get get) {
-  for (std::size_t n = r.Count(5); n > 0; --n) {
-    std::string k = r.S();
-    m[k] = get();
-  }
-}
-
 }  // namespace
 
 std::string Encode(const Hello& m) { return Writer(Type::Hello).Bytes(kMagic, sizeof kMagic).U(m.version, 2).Frame(); }
@@ -202,13 +185,8 @@ std::string Encode(const Interest& m) {
   return w.Frame();
 }
 
-std::string Encode(const PendingPush& m) {
-  Writer w(Type::Push);
-  w.S(m.khh).U(static_cast<std::uint8_t>(m.kind), 1);
-  PutMap(w, m.values.text, [&](const std::string& v) { w.S(v); });
-  PutMap(w, m.values.ints, [&](std::int64_t v) { w.I(v, 8); });
-  PutMap(w, m.values.reals, [&](double v) { w.D(v); });
-  return w.Frame();
+std::string Encode(const PushMsg& m) {
+  return Writer(Type::Push).S(m.khh).U(static_cast<std::uint8_t>(m.kind), 1).S(m.plain).S(m.structured).Frame();
 }
 
 std::string Encode(const ControlMsg& m) {
@@ -315,15 +293,14 @@ bool Decode(const std::string& body, Interest* m) {
   return r.Done();
 }
 
-bool Decode(const std::string& body, PendingPush* m) {
+bool Decode(const std::string& body, PushMsg* m) {
   Reader r(body, Type::Push);
   m->khh = r.S();
   std::uint64_t kind = r.U(1);
   if (kind > 1) return r.Fail();
   m->kind = static_cast<int>(kind);
-  GetMap(r, m->values.text, [&] { return r.S(); });
-  GetMap(r, m->values.ints, [&] { return r.I(8); });
-  GetMap(r, m->values.reals, [&] { return r.D(); });
+  m->plain = r.S();
+  m->structured = r.S();
   return r.Done();
 }
 

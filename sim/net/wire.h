@@ -1,8 +1,9 @@
 // The protocol between the simulated transport and the simulated back end's server
 // (molra-simd): frames of a 4-byte little-endian length followed by that many bytes, the first
-// of which is the message type. Requests, answers and pushes carry the back end's own
-// messages (backend/message.h, PendingPush) field for field, so that what a host reads through
-// the transport is the same as with the back end in its own process. Nothing here knows of
+// of which is the message type. Requests and answers carry the back end's own messages
+// (backend/message.h) field for field, and pushes the records the transport hands out
+// (push_record.h), so that what a host reads through the transport is the same as with the
+// back end in its own process. Nothing here knows of
 // sockets: the server and the transport put frames on their connections themselves.
 #pragma once
 
@@ -10,7 +11,6 @@
 #include <string>
 #include <vector>
 
-#include "backend.h"
 #include "message.h"
 #include "quote.h"
 
@@ -62,6 +62,14 @@ struct Interest {
   std::vector<std::string> khh;
 };
 
+// A push of the back end for a customer, with its record in both layouts: the 402-byte one
+// of subscriptions with a handler, the 415-byte one of the global structured handler.
+struct PushMsg {
+  std::string khh;
+  int kind = 0;  // 0 confirmation, 1 match
+  std::string plain, structured;
+};
+
 enum class ControlOp : std::uint8_t {
   SetPrice = 1,
   SetLiquidity,
@@ -99,7 +107,7 @@ std::string EncodeRefuse(const std::string& why);
 std::string Encode(const RequestMsg& m);
 std::string Encode(const AnswerMsg& m);
 std::string Encode(const Interest& m);
-std::string Encode(const PendingPush& m);
+std::string Encode(const PushMsg& m);
 std::string Encode(const ControlMsg& m);
 std::string Encode(const ControlAnswer& m);
 
@@ -131,7 +139,7 @@ bool DecodeRefuse(const std::string& body, std::string* why);
 bool Decode(const std::string& body, RequestMsg* m);
 bool Decode(const std::string& body, AnswerMsg* m);
 bool Decode(const std::string& body, Interest* m);
-bool Decode(const std::string& body, PendingPush* m);
+bool Decode(const std::string& body, PushMsg* m);
 bool Decode(const std::string& body, ControlMsg* m);
 bool Decode(const std::string& body, ControlAnswer* m);
 

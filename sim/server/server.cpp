@@ -10,6 +10,7 @@
 #include <set>
 #include <vector>
 
+#include "backend.h"
 #include "exchange.h"
 #include "wire.h"
 
@@ -85,6 +86,16 @@ class Server::Impl {
   // Called by the peers, on the server's thread.
   Exchange& exchange() { return ex_; }
   const ServerOptions& options() const { return opt_; }
+  // Sends the pushes given so far once the reads already in are served: the pushes of
+  // several reads then leave a connection in one write.
+  void SchedulePushes() {
+    if (pushes_posted_) return;
+    pushes_posted_ = true;
+    asio::post(io_, [this] {
+      pushes_posted_ = false;
+      SendPushes();
+    });
+  }
   void SendPushes();
   void Remove(const std::shared_ptr<Peer>& p) { peers_.erase(p); }
 
@@ -104,6 +115,7 @@ class Server::Impl {
   std::set<std::shared_ptr<Peer>> peers_;
   std::string address_;
   bool stopped_ = false;
+  bool pushes_posted_ = false;
 };
 
 // One client connection.
@@ -123,7 +135,7 @@ class Server::Impl::Peer : public std::enable_shared_from_this<Peer> {
     queued_bytes_ += frame.size();
     if (queued_bytes_ > server_.options().max_output) return Close("does not take its output");
     queue_.push_back(std::move(frame));
-    if (writing_.empty()) Write();
+    if (writing_.empty() && !holding_) Write();
   }
 
   // Whether a push for the customer goes to this connection.
@@ -154,10 +166,17 @@ class Server::Impl::Peer : public std::enable_shared_from_this<Peer> {
       bool was_holding = in_.holding();
       in_.Add(chunk_.data(), n);
       bool served = false;
-      if (!Parse(&served)) return;
+      // The requests of one read are saved together; their answers leave after that.
+      server_.exchange().BeginBatch();
+      holding_ = true;
+      bool open = Parse(&served);
+      holding_ = false;
+      server_.exchange().EndBatch();
+      server_.SchedulePushes();
+      if (!open) return;
+      if (writing_.empty() && !queue_.empty()) Write();
       // A frame that is not complete must be within the stall limit from its first byte.
       if (!was_holding || served) since_ = SteadyClock::now();
-      server_.SendPushes();
       Read();
     });
   }
@@ -264,6 +283,7 @@ class Server::Impl::Peer : public std::enable_shared_from_this<Peer> {
   std::size_t queued_bytes_ = 0;
   std::set<std::string> interest_;
   bool welcomed_ = false;
+  bool holding_ = false;  // answers wait for the batch to be saved
   bool close_after_write_ = false;
   bool closed_ = false;
 };
@@ -356,7 +376,8 @@ void Server::Impl::SendPushes() {
     std::string frame;
     for (const auto& peer : peers) {
       if (!peer->Wants(p.khh)) continue;
-      if (frame.empty()) frame = wire::Encode(p);
+      if (frame.empty())
+        frame = wire::Encode(wire::PushMsg{p.khh, p.kind, EncodePushRecord(p.values, false), EncodePushRecord(p.values, true)});
       peer->Send(frame);
     }
   }
