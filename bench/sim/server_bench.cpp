@@ -6,8 +6,13 @@
 //   bench/molra_server_bench [--state] [--orders N]
 // --state gives the server a state file (every order committed to SQLite before its answer).
 // The host processes are this program again: --host PROFILE/ KHH N.
+#include <arpa/inet.h>
+#include <fcntl.h>
+#include <netinet/in.h>
+#include <netinet/tcp.h>
 #include <signal.h>
 #include <spawn.h>
+#include <sys/socket.h>
 #include <sys/wait.h>
 #include <time.h>
 #include <unistd.h>
@@ -22,6 +27,7 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "comm/kel_api.h"
@@ -59,12 +65,13 @@ void Write(const std::string& path, const std::string& text) { std::ofstream(pat
 
 std::string Gdh(const char* khh) { return std::string("A00000") + khh; }
 
-// A child process with pipes on its standard input and output.
+// A child process with pipes on its standard input and output (`quiet`: its standard error
+// goes to /dev/null).
 struct Child {
   pid_t pid = -1;
   FILE* in = nullptr;
   FILE* out = nullptr;
-  explicit Child(std::vector<std::string> argv) {
+  explicit Child(std::vector<std::string> argv, bool quiet = false) {
     int to[2], from[2];
     if (pipe(to) != 0 || pipe(from) != 0) throw std::runtime_error("pipe");
     std::vector<char*> a;
@@ -76,6 +83,7 @@ struct Child {
     posix_spawn_file_actions_adddup2(&fa, from[1], 1);
     posix_spawn_file_actions_addclose(&fa, to[1]);
     posix_spawn_file_actions_addclose(&fa, from[0]);
+    if (quiet) posix_spawn_file_actions_addopen(&fa, 2, "/dev/null", O_WRONLY, 0);
     if (posix_spawn(&pid, a[0], &fa, nullptr, a.data(), environ) != 0) throw std::runtime_error("spawn " + argv[0]);
     posix_spawn_file_actions_destroy(&fa);
     close(to[0]);
@@ -160,6 +168,44 @@ Percentiles Of(std::vector<std::int64_t> ns) {
   std::sort(ns.begin(), ns.end());
   auto at = [&](double q) { return static_cast<double>(ns[static_cast<std::size_t>(q * (ns.size() - 1))]) / 1000.0; };
   return {at(0.5), at(0.9), at(0.99)};
+}
+
+// The machine's own loopback round trip: 150 bytes to a thread that sends them back, over TCP
+// with no delay, as small as a round trip through any server can be.
+Percentiles LoopbackFloor() {
+  int listener = socket(AF_INET, SOCK_STREAM, 0);
+  sockaddr_in a{};
+  a.sin_family = AF_INET;
+  a.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  socklen_t len = sizeof a;
+  if (bind(listener, reinterpret_cast<sockaddr*>(&a), sizeof a) != 0 || listen(listener, 1) != 0 ||
+      getsockname(listener, reinterpret_cast<sockaddr*>(&a), &len) != 0)
+    throw std::runtime_error("loopback listener");
+  constexpr int kBytes = 150;
+  std::thread echo([listener] {
+    int c = accept(listener, nullptr, nullptr);
+    int one = 1;
+    setsockopt(c, IPPROTO_TCP, TCP_NODELAY, &one, sizeof one);
+    char buf[kBytes];
+    for (ssize_t n; (n = recv(c, buf, sizeof buf, 0)) > 0;) send(c, buf, static_cast<std::size_t>(n), MSG_NOSIGNAL);
+    close(c);
+  });
+  int c = socket(AF_INET, SOCK_STREAM, 0);
+  int one = 1;
+  setsockopt(c, IPPROTO_TCP, TCP_NODELAY, &one, sizeof one);
+  if (connect(c, reinterpret_cast<sockaddr*>(&a), sizeof a) != 0) throw std::runtime_error("loopback connect");
+  std::vector<std::int64_t> ns;
+  char buf[kBytes] = {};
+  for (int i = 0; i < kWarmUp + kRoundTrips; ++i) {
+    std::int64_t t = NowNs();
+    send(c, buf, sizeof buf, MSG_NOSIGNAL);
+    for (ssize_t got = 0; got < kBytes;) got += recv(c, buf + got, sizeof buf - static_cast<std::size_t>(got), 0);
+    if (i >= kWarmUp) ns.push_back(NowNs() - t);
+  }
+  close(c);
+  echo.join();
+  close(listener);
+  return Of(ns);
 }
 
 // SECMOLRA_OrderEntrust, one at a time.
@@ -297,12 +343,13 @@ int Run(const std::string& self, bool state, long orders) {
   setenv("KELSIM_CONFIG", (dir + "/sim.ini").c_str(), 1);  // the in-process back end too
   std::vector<std::string> args = {"./molra-simd", "--listen", "127.0.0.1:0", "--config", dir + "/sim.ini"};
   if (state) args.insert(args.end(), {"--state", dir + "/state.db"});
-  Child server(args);
+  Child server(args, true);
   std::string line = server.Line();
   if (line.rfind("listening on ", 0) != 0) throw std::runtime_error("molra-simd did not start");
   std::string addr = line.substr(13);
   std::string profile = Profile(addr);
   std::string load_before = LoadAverage();
+  Percentiles floor = LoopbackFloor();
 
   std::int64_t token = StartKit(profile, kCustomers[0]);
   Percentiles kit = KitRoundTrip();
@@ -324,6 +371,8 @@ int Run(const std::string& self, bool state, long orders) {
   std::printf("server %s; load average before %s, after %s; %d cores\n",
               state ? "with a state file (SQLite, committed before each answer)" : "with state in memory",
               load_before.c_str(), load_after.c_str(), static_cast<int>(sysconf(_SC_NPROCESSORS_ONLN)));
+  std::printf("  loopback TCP round trip of 150 bytes between two threads (the floor): median %.1f us, p90 %.1f us\n",
+              floor.p50, floor.p90);
   std::printf("  synchronous order round trip, kit (SECMOLRA_OrderEntrust): median %.1f us, p90 %.1f us, p99 %.1f us "
               "(goal median < 50 us: %s)\n",
               kit.p50, kit.p90, kit.p99, kit.p50 < 50 ? "met" : "NOT met");
