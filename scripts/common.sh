@@ -85,7 +85,7 @@ build_fuzz() {
     -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_CXX_FLAGS_RELWITHDEBINFO="-O1 -gline-tables-only" \
     -DCMAKE_C_FLAGS_RELWITHDEBINFO="-O1 -gline-tables-only" -DMOLRA_BUILD_FUZZ=ON -DMOLRA_BUILD_TESTS=OFF
 }
-FUZZ_TARGETS=(push_fuzz replies_fuzz order_answer_fuzz config_fuzz adapters_fuzz csv_fuzz)
+FUZZ_TARGETS=(push_fuzz replies_fuzz order_answer_fuzz config_fuzz adapters_fuzz csv_fuzz wire_fuzz)
 
 # run_fuzzer TARGET SECONDS: runs one target on a scratch copy of its seed corpus (new
 # inputs go to $OUT/fuzz/corpus/TARGET, the repository's seeds are only read); a crash, a

@@ -240,7 +240,7 @@ bool TypeOf(const std::string& body, Type* type) {
 bool Decode(const std::string& body, Hello* m) {
   Reader r(body, Type::Hello);
   char magic[sizeof kMagic];
-  m->magic_ok = r.Raw(magic, sizeof magic) && std::memcmp(magic, kMagic, sizeof magic) == 0;
+  if (!r.Raw(magic, sizeof magic) || std::memcmp(magic, kMagic, sizeof magic) != 0) return r.Fail();
   m->version = static_cast<std::uint16_t>(r.U(2));
   return r.Done();
 }

@@ -34,9 +34,8 @@ enum class Type : std::uint8_t {
   ControlAnswer = 9,  // server: its result
 };
 
-struct Hello {
+struct Hello {  // decoding wants the magic
   std::uint16_t version = kVersion;
-  bool magic_ok = true;  // decoded: whether the magic was there
 };
 
 struct Welcome {

@@ -245,7 +245,7 @@ class Server::Impl::Peer : public std::enable_shared_from_this<Peer> {
 
   const char* Greet(const std::string& body) {
     wire::Hello h;
-    if (!wire::Decode(body, &h) || !h.magic_ok) return "malformed hello";
+    if (!wire::Decode(body, &h)) return "malformed hello";
     if (h.version != wire::kVersion) {
       Send(wire::EncodeRefuse("protocol version " + std::to_string(h.version) + " is not served (this server speaks " +
                               std::to_string(wire::kVersion) + ")"));
