@@ -70,14 +70,17 @@ class SimNetHosts : public ::testing::Test {
   }
   std::uint16_t port() const { return static_cast<std::uint16_t>(std::stoi(address_.substr(address_.rfind(':') + 1))); }
 
-  // A host whose connection key "S" has its four connections to the server, logged in as khh.
-  std::unique_ptr<ChildProcess> StartHost(const std::string& khh, const std::string& pwd = "111111") {
+  // A host whose connection key "S" has its four connections to the server, logged in as khh;
+  // its kit logs into log_dir when one is given.
+  std::unique_ptr<ChildProcess> StartHost(const std::string& khh, const std::string& log_dir = std::string()) {
     std::string profile = MakeTempDir();
     WriteFile(profile + "/molra.ini", "[GLOBAL]\n[S]\nName=S\nSystemType=4\naddr=" + address_ + "\ntradeaddr=" +
                                           address_ + "\nqueryaddr=" + address_ + "\nsubscribeaddr=" + address_ + "\n");
-    auto host = std::make_unique<ChildProcess>(std::vector<std::string>{BuildDir() + "/tests/sim_net_host", profile + "/"});
+    std::vector<std::string> args = {BuildDir() + "/tests/sim_net_host", profile + "/"};
+    if (!log_dir.empty()) args.insert(args.end(), {"--log", log_dir});
+    auto host = std::make_unique<ChildProcess>(args);
     EXPECT_EQ(host->Line("ready", 30), "ready") << host->output();
-    std::string login = host->Ask("login S " + khh + " " + pwd, "login");
+    std::string login = host->Ask("login S " + khh + " 111111", "login");
     EXPECT_TRUE(login.rfind("login failed", 0) != 0 && !login.empty()) << login;
     return host;
   }
@@ -143,7 +146,8 @@ TEST_F(SimNetHosts, AServerKilledMidTrafficIsABreakAndARecoveryAndLosesNothingIt
   std::string state = dir_ + "/state.db";
   auto server = StartServer("127.0.0.1:0", {"--state", state});
   std::string listen = address_;
-  auto a = StartHost("1001"), b = StartHost("1001");
+  std::string log = MakeTempDir();
+  auto a = StartHost("1001", log), b = StartHost("1001");
   long long resting = Wth(*a, "buy 600000 100 9.00");
   ASSERT_EQ(a->Ask("async 300 600000 100 9.00", "sent"), "sent 300");
   a->Ask("wait replies 20", "replies");  // killed with answers on their way
@@ -182,6 +186,13 @@ TEST_F(SimNetHosts, AServerKilledMidTrafficIsABreakAndARecoveryAndLosesNothingIt
     EXPECT_EQ(Parse(pushes).dup_pushes, 0);
   }
   EXPECT_GT(Wth(*b, "buy 600000 100 10.00"), resting);
+  // The kit bound the customer again to its trade, query and subscribe connections.
+  EXPECT_EQ(a->Ask("quit", "bye"), "bye");
+  std::string text = ReadFile(log + "/molra_" + Today() + ".log");
+  std::size_t rebound = 0;
+  for (std::size_t at = text.find("连接重新绑定客户号成功"); at != std::string::npos; at = text.find("连接重新绑定客户号成功", at + 1))
+    ++rebound;
+  EXPECT_EQ(rebound, 3u);
   EXPECT_EQ(server->Signal(SIGTERM), 0) << server->output();
 }
 
