@@ -1,56 +1,41 @@
-"""Quick start for Python hosts: start the kit on the simulated back end, log a customer in,
-show funds, place a synchronous and an asynchronous order, print what comes back.
+"""Quick start for Python hosts: the kit on the simulated back end, a customer logged in,
+funds as a table, a buy that is waited for until filled, an asynchronous buy, positions.
 
-    PYTHONPATH=python python3 examples/quickstart.py [BUILD_DIR]
+    python3 examples/quickstart.py              # with the package installed from its wheel
+    PYTHONPATH=python python3 examples/quickstart.py build   # from a build folder
 """
 import sys
-import tempfile
-import threading
-from pathlib import Path
 
-from secmolra import KitError, Session
-from secmolra.simulated import SIM_KEY, write_profile
+from secmolra import KitError, OrderStatus, OrderTimeout, Session
+from secmolra.simulated import SIM_KEY
+from secmolra.tables import table
 
-BUILD = Path(sys.argv[1] if len(sys.argv) > 1 else "build")
 KHH, PASSWORD = "1001", "111111"
-print_lock = threading.Lock()
-
-
-def say(*args):
-    # Callbacks print from transport threads too: one lock keeps the lines whole.
-    with print_lock:
-        print(*args, flush=True)
-
-
-def show(event):
-    # Runs on a transport thread, possibly next to another one: keep it short.
-    say(f"{event.kind} type {event.type} at {event.time}: {event.data}")
 
 
 def main() -> int:
-    work = Path(tempfile.mkdtemp(prefix="molra-quickstart-"))
-    profile = write_profile(work)  # molra.ini with the sim's addresses, section "SIM"
-    session = Session(BUILD, transport_dir=BUILD, profile_path=profile, log_path=work / "log",
-                      on_push=show, on_reply=show)
+    build = sys.argv[1] if len(sys.argv) > 1 else None  # None: the kit inside the package
     try:
-        with session:
-            say("token", session.login(SIM_KEY, KHH, PASSWORD))
-            for fund in session.funds(KHH):
-                say(fund)
-            account = session.accounts(KHH)[0]
-            wth = session.entrust(KHH, account.JYS, "600000", 1, 100, 10.0, account.GDH)
-            say("synchronous order", wth)
-            kfsbdbh = session.entrust_async(KHH, account.JYS, "600000", 1, 100, 10.0,
-                                            account.GDH)
-            say("asynchronous request", kfsbdbh)
-            session.events.wait_for(lambda e: e.kind == "reply" and
-                                    e.data["KFSBDBH"] == kfsbdbh, timeout=10)
-            session.logout(KHH)
+        with Session.simulated(build) as s:
+            print("token", s.login(SIM_KEY, KHH, PASSWORD))
+            print(table(s.funds(KHH), ["fund_account", "available", "frozen", "total"]))
+
+            order = s.buy(KHH, "600000", 100, 10.0)  # returns once the back end took it
+            order.wait(OrderStatus.FILLED, timeout=10)
+            print(f"order {order.order_no} {order.status.name}: {order.filled_quantity} "
+                  f"at {order.average_price:.2f} ({order.history()})")
+
+            pending = s.buy_async(KHH, "600036", 100, 35.0)  # returns at once
+            pending.wait(OrderStatus.ACCEPTED, timeout=10)
+            print(f"request {pending.request_no} became order {pending.order_no}")
+
+            print(table(s.positions(KHH), ["code", "name", "quantity", "sellable", "price"]))
+            s.logout(KHH)
     except KitError as exc:
-        say(f"kit error {exc.code}: {exc.message} ({exc.function})")
+        print(f"{type(exc).__name__} {exc.code}: {exc.message} ({exc.function})")
         return 1
-    except TimeoutError as exc:
-        say("no reply:", exc)
+    except OrderTimeout as exc:
+        print("too slow:", exc)
         return 1
     return 0
 

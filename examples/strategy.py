@@ -6,7 +6,7 @@ sells 2,000 of the customer's holding if that many are sellable (shares bought t
 sellable tomorrow only). Fees
 are charged as configured below. At the close it prints its trades, funds and positions.
 
-    PYTHONPATH=python python3 examples/strategy.py [BUILD_DIR]
+    PYTHONPATH=python python3 examples/strategy.py out/linux   # from a build folder
 """
 import os
 import sys
@@ -16,7 +16,7 @@ from pathlib import Path
 from secmolra import KitError, Session
 from secmolra.simulated import SIM_KEY, Exchange, write_config, write_profile
 
-BUILD = Path(sys.argv[1] if len(sys.argv) > 1 else "build")
+BUILD = Path(sys.argv[1] if len(sys.argv) > 1 else "out/linux")
 DAY = Path(__file__).resolve().parents[1] / "sim" / "data" / "day-600000.csv"
 KHH, PASSWORD, JYS, CODE = "1001", "111111", "SH", "600000"
 SHORT, LONG, SHARES, CLOSE = 10, 30, 2000, "15:00:00"
@@ -35,10 +35,10 @@ def signal(prices):
 
 
 def sellable(session):
-    return sum(p.KMSL for p in session.positions(KHH, jys=JYS, zqdm=CODE))
+    return sum(p.sellable for p in session.positions(KHH, CODE, JYS))
 
 
-def trade_day(session, exchange, gdh):
+def trade_day(session, exchange):
     prices, last_time, holding = [], None, 0  # holding: shares bought (+) or sold (-) today
     while exchange.clock()[1] < CLOSE:
         exchange.advance(60)
@@ -49,27 +49,27 @@ def trade_day(session, exchange, gdh):
         prices.append(quote.last)
         side = signal(prices)
         if side > 0 and holding <= 0:  # buy up to the fifth ask
-            session.entrust(KHH, JYS, CODE, 1, SHARES, quote.asks[-1][0], gdh)
+            session.buy(KHH, CODE, SHARES, quote.asks[-1][0], JYS)
             holding += SHARES
         elif side < 0 and holding >= 0 and sellable(session) >= SHARES:  # down to the fifth bid
-            session.entrust(KHH, JYS, CODE, 2, SHARES, quote.bids[-1][0], gdh)
+            session.sell(KHH, CODE, SHARES, quote.bids[-1][0], JYS)
             holding -= SHARES
 
 
 def report(session, exchange):
     print("== trades")
     for m in session.matches(KHH):
-        t = m.CJSJ
-        print(f"  {t[0:2]}:{t[2:4]}:{t[4:6]}  {'buy ' if m.JYLB == 1 else 'sell'} {m.CJSL:>6} "
-              f"@ {m.CJJG:6.2f} = {m.CJJE:>10,.2f}")
+        t = m.time
+        print(f"  {t[0:2]}:{t[2:4]}:{t[4:6]}  {m.side.name.lower():4} {m.quantity:>6} "
+              f"@ {m.price:6.2f} = {m.amount:>10,.2f}")
     fund = session.funds(KHH)[0]
     print(f"== end of day {exchange.clock()[0]}")
-    print(f"  funds: balance {fund.Amount3:,.2f}, available {fund.Amount1:,.2f}, "
-          f"market value {fund.Amount7:,.2f}")
+    print(f"  funds: balance {fund.balance:,.2f}, available {fund.available:,.2f}, "
+          f"market value {fund.market_value:,.2f}")
     print("== positions")
-    for p in session.positions(KHH, exeflag=1):
-        print(f"  {p.JYS} {p.ZQDM} {p.GFYE:>7} shares ({p.KMSL} sellable)  cost {p.CBJ:.3f}  "
-              f"last {p.ZXJ:.3f}  value {p.ZXSZ:,.2f}")
+    for p in session.positions(KHH, nonempty=True):
+        print(f"  {p.exchange.name} {p.code} {p.quantity:>7} shares ({p.sellable} sellable)  "
+              f"cost {p.cost_price:.3f}  last {p.price:.3f}  value {p.market_value:,.2f}")
 
 
 def main() -> int:
@@ -82,9 +82,8 @@ def main() -> int:
     try:
         with session:
             session.login(SIM_KEY, KHH, PASSWORD)
-            gdh = next(a.GDH for a in session.accounts(KHH) if a.JYS == JYS)
             exchange = Exchange(session)
-            trade_day(session, exchange, gdh)
+            trade_day(session, exchange)
             report(session, exchange)
             session.logout(KHH)
     except KitError as exc:

@@ -10,10 +10,12 @@ export DEBIAN_FRONTEND=noninteractive
 # The Linux build: compiler, build tools and the libraries the kit and its tests use.
 LINUX_PACKAGES=(cmake ninja-build g++ libspdlog-dev libfmt-dev rapidjson-dev libsimpleini-dev
                 libgtest-dev libbenchmark-dev libsqlite3-dev libasio-dev libcli11-dev)
-# Everything the test suites use besides: the Windows cross build and Wine, pytest, clang
-# with its runtime libraries for the sanitizer and fuzzing builds, and what the package suite
-# reads packages with (dpkg-shlibdeps, file, pkg-config, llvm-dlltool and llvm-nm, unzip).
-TEST_PACKAGES=("${LINUX_PACKAGES[@]}" g++-mingw-w64-x86-64-posix wine64 python3-pytest clang
+# Everything the test suites use besides: the Windows cross build and Wine; for the Python
+# suite pytest, mypy, the wheel tools, venv and pandas (secmolra.frames is tested with it);
+# clang with its runtime libraries for the sanitizer and fuzzing builds; and what the package
+# suite reads packages with (dpkg-shlibdeps, file, pkg-config, llvm-dlltool and llvm-nm, unzip).
+TEST_PACKAGES=("${LINUX_PACKAGES[@]}" g++-mingw-w64-x86-64-posix wine64 python3-pytest mypy
+               python3-build python3-wheel python3-venv python3-pandas clang
                libclang-rt-14-dev dpkg-dev file pkgconf llvm unzip)
 
 say() { printf '\n==> %s\n' "$*"; }

@@ -12,7 +12,7 @@ if [ $# -gt 0 ] && [ -d "$1" ]; then
 fi
 python=${PYTHON:-}
 if [ -z "$python" ]; then
-  for candidate in python3 /usr/bin/python3; do
+  for candidate in /usr/bin/python3 python3; do
     if "$candidate" -c 'import pytest' >/dev/null 2>&1; then
       python=$candidate
       break

@@ -49,17 +49,23 @@ suite_linux() {
   timed "linux test" run_ctest "$OUT/linux"
 }
 
-# The Python binding's tests (python/tests) against the Linux build.
+# The Python package's tests (python/tests) against a build; extra arguments go to pytest.
 run_pytest() {
-  local log=$OUT/linux/pytest.log rc=0
-  sh "$ROOT/scripts/pytest.sh" "$OUT/linux" >"$log" 2>&1 || rc=$?
+  local build=$1 log=$1/pytest.log rc=0
+  shift
+  sh "$ROOT/scripts/pytest.sh" "$build" "$@" >"$log" 2>&1 || rc=$?
   if [ $rc -ne 0 ]; then cat "$log"; else tail -n 1 "$log"; fi
   return $rc
 }
+# The package passes Debian's mypy in strict mode.
+run_mypy() {
+  (cd "$ROOT/python" && /usr/bin/python3 -m mypy --strict --cache-dir "$OUT/mypy-cache" secmolra)
+}
 suite_python() {
-  say "python: pytest against $OUT/linux"
+  say "python: mypy --strict, pytest against $OUT/linux"
   timed "python build" build_linux || return 1  # nothing to do after the linux suite
-  timed "python test" run_pytest
+  timed "python types" run_mypy || return 1
+  timed "python test" run_pytest "$OUT/linux"
 }
 
 # --- Sanitizers and fuzzing ----------------------------------------------------------------
@@ -168,6 +174,9 @@ suite_windows() {
   # all); such a test is run once more and reported as flaky.
   timed "windows test (wine)" run_ctest "$OUT/windows" retry || rc=$?
   stop_wine
+  say "windows: the Python wheel (win_amd64) and its content"
+  MOLRA_WINDOWS_BUILD_DIR="$OUT/windows" timed "windows wheel" \
+    run_pytest "$OUT/windows" tests/test_wheels.py -k windows || rc=1
   return $rc
 }
 

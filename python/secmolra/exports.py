@@ -10,30 +10,37 @@ from __future__ import annotations
 
 import ctypes
 from ctypes import POINTER, c_bool, c_char, c_char_p, c_double, c_int32, c_int64, c_uint64, c_void_p
-from typing import NamedTuple
+from typing import Any, Dict, List, NamedTuple, Tuple
 
 from .records import (AccountRecord, BatchOrderRow, CusLoginInfo, CusNodeInfo, ETFShareRecord,
                       FundRecord, MatchRecord, OrderRecord, PositionRecord, PSQYRecord)
 
-MsgCallback = ctypes.CFUNCTYPE(None, c_char_p, c_char_p, c_int32)
-FuncCallback = MsgCallback
-ConnEventCallback = ctypes.CFUNCTYPE(None, c_char_p, c_char_p, c_int32, c_int32)
+# Callback types; called with no argument they make the null pointer that switches one off.
+MsgCallback: Any = ctypes.CFUNCTYPE(None, c_char_p, c_char_p, c_int32)
+FuncCallback: Any = MsgCallback
+ConnEventCallback: Any = ctypes.CFUNCTYPE(None, c_char_p, c_char_p, c_int32, c_int32)
 
 S, I32, I64, U64, F64, B, CH = c_char_p, c_int32, c_int64, c_uint64, c_double, c_bool, c_char
 ACCOUNT = POINTER(CusLoginInfo)
 
 
+Args = Tuple[Tuple[str, Any], ...]
+
+
 class Export(NamedTuple):
+    """One export: its name, ctypes result type and (argument name, ctypes type) pairs."""
+
     name: str
-    restype: object
-    args: tuple  # ((argument name, ctypes type), ...)
+    restype: Any
+    args: Args
 
     @property
-    def argtypes(self):
+    def argtypes(self) -> List[Any]:
+        """The ctypes argument types, in order."""
         return [t for _, t in self.args]
 
 
-def _args(spec: str, types: dict) -> tuple:
+def _args(spec: str, types: Dict[str, Any]) -> Args:
     """'khh jys wtsl:I64' -> ((khh, S), (jys, S), (wtsl, c_int64)); untyped names are texts."""
     out = []
     for item in spec.split():
@@ -52,12 +59,13 @@ _TYPES = {"I32": I32, "I64": I64, "U64": U64, "F64": F64, "B": B, "CH": CH, "V":
           "ROWS": POINTER(BatchOrderRow)}
 
 
-def one(name: str, restype, spec: str = "") -> list:
+def one(name: str, restype: Any, spec: str = "") -> List[Export]:
+    """A single export."""
     return [Export(name, restype, _args(spec, _TYPES))]
 
 
-def family(name: str, spec: str, *, restype=I64, ex=True, asynchronous=True,
-           async_arg=True) -> list:
+def family(name: str, spec: str, *, restype: Any = I64, ex: bool = True,
+           asynchronous: bool = True, async_arg: bool = True) -> List[Export]:
     """The plain form and its Ex, _ASync and Ex_ASync forms."""
     plain = _args(spec, _TYPES)
     forms = [Export(name, restype, plain)]
@@ -78,7 +86,7 @@ _WITHDRAW = "khh jys cxwth:I64"
 _WITHDRAW_BY_KFSBDBH = "khh jys cxkfsbdbh:I64"
 _LIST_QUERY = "khh type:I32 sort:I32 rowcount:I32 browindex:I32 jys zqdm wth:I64"
 
-EXPORTS: list = [
+EXPORTS: List[Export] = [
     # lifecycle, last error, settings
     *one("SECMOLRA_Init", B),
     *one("SECMOLRA_Exit", B),

@@ -6,41 +6,37 @@ import os
 import sys
 import threading
 from pathlib import Path
+from typing import Any, Dict, List, Optional, Tuple, Union
 
+from .errors import KitError, LibraryNotFound, error_for
 from .exports import EXPORTS, Export
 from .records import decode
 
+__all__ = ["BUNDLED_DIR", "Kit", "KitError", "LIBRARY_ENV", "LibraryNotFound", "TRANSPORT_FILE",
+           "build_library", "bundled_library", "bundled_transport_dir", "find_library",
+           "transport_beside"]
+
+PathLike = Union[str, "os.PathLike[str]"]
 LIBRARY_ENV = "SECMOLRA_LIBRARY"
 TRANSPORT_FILE = "kelapi50.dll"  # the kit loads "./kelapi50.dll" from the current directory
+# An installed wheel carries the kit and the simulated transport here.
+BUNDLED_DIR = Path(__file__).resolve().parent / "_lib"
 if sys.platform == "win32":
-    _BUILD_NAMES = ("src/secmolra.dll", "secmolra.dll", "bin/secmolra.dll")
+    LIBRARY_FILE = "secmolra.dll"
+    _BUILD_NAMES: Tuple[str, ...] = ("src/secmolra.dll", "secmolra.dll", "bin/secmolra.dll")
 else:
+    LIBRARY_FILE = "libsecmolra.so"
     _BUILD_NAMES = ("src/libsecmolra.so",)
 
 # Large enough for any last-error message: an answer's error text may be up to 1 MiB.
 _ERROR_BUFFER_SIZE = 2 * 1024 * 1024
 
 
-class KitError(Exception):
-    """A failure reported by the kit: its code and message (decoded from GBK)."""
-
-    def __init__(self, code: int, message: str, function: str = ""):
-        self.code = code
-        self.message = message
-        self.function = function
-        where = f"{function}: " if function else ""
-        super().__init__(f"{where}[{code}] {message}")
-
-
-class LibraryNotFound(FileNotFoundError):
-    pass
-
-
 def _repository_root() -> Path:
     return Path(__file__).resolve().parents[2]
 
 
-def build_library(build_dir) -> Path | None:
+def build_library(build_dir: PathLike) -> Optional[Path]:
     """The kit inside a build folder, or None."""
     for name in _BUILD_NAMES:
         path = Path(build_dir) / name
@@ -49,21 +45,46 @@ def build_library(build_dir) -> Path | None:
     return None
 
 
-def find_library(path=None) -> Path:
+def bundled_library() -> Optional[Path]:
+    """The kit carried inside the installed package (a wheel), or None."""
+    path = BUNDLED_DIR / LIBRARY_FILE
+    return path if path.is_file() else None
+
+
+def bundled_transport_dir() -> Optional[Path]:
+    """The folder of the simulated transport carried inside the package, or None."""
+    return BUNDLED_DIR if (BUNDLED_DIR / TRANSPORT_FILE).is_file() else None
+
+
+def transport_beside(library: Path) -> Optional[Path]:
+    """The folder of the kelapi50.dll that comes with a kit: the package's own folder, or
+    the build folder of a kit built at BUILD/src."""
+    for folder in (library.parent, library.parent.parent):
+        if (folder / TRANSPORT_FILE).is_file():
+            return folder
+    return None
+
+
+def find_library(path: Optional[PathLike] = None) -> Path:
     """The kit to load: the given path (a file or a build folder), else $SECMOLRA_LIBRARY,
-    else the build folder of the current directory or of this source checkout."""
-    tried = []
-    for candidate in (path, os.environ.get(LIBRARY_ENV)):
-        if not candidate:
+    else the one inside the package, else the build folder of the current directory or of
+    this source checkout."""
+    tried: List[str] = []
+    for given in (path, os.environ.get(LIBRARY_ENV)):
+        if not given:
             continue
-        candidate = Path(candidate)
+        candidate = Path(given)
         found = build_library(candidate) if candidate.is_dir() else candidate
-        if found and found.is_file():
+        if found is not None and found.is_file():
             return found
         tried.append(str(candidate))
+    bundled = bundled_library()
+    if bundled is not None:
+        return bundled
+    tried.append(str(BUNDLED_DIR / LIBRARY_FILE))
     for build in (Path.cwd() / "build", _repository_root() / "build"):
         found = build_library(build)
-        if found:
+        if found is not None:
             return found
         tried.append(str(build))
     raise LibraryNotFound("the kit library was not found; give its path, set "
@@ -73,10 +94,10 @@ def find_library(path=None) -> Path:
 class MissingExport:
     """Stands for an export that this build of the kit does not have."""
 
-    def __init__(self, name: str, path: Path):
+    def __init__(self, name: str, path: Path) -> None:
         self.name, self.path = name, path
 
-    def __call__(self, *args):
+    def __call__(self, *args: Any) -> Any:
         raise AttributeError(f"{self.name} is not exported by {self.path}")
 
 
@@ -85,14 +106,18 @@ class Kit:
     restype (``kit.SECMOLRA_OrderEntrust``). Exports the library lacks are listed in
     ``missing`` and raise AttributeError when called."""
 
-    def __init__(self, path=None):
+    def __init__(self, path: Optional[PathLike] = None) -> None:
         self.path = find_library(path)
         self.dll = ctypes.CDLL(str(self.path))
-        self.exports: dict[str, Export] = {}
-        self.missing: list[str] = []
+        self.exports: Dict[str, Export] = {}
+        self.missing: List[str] = []
         self._local = threading.local()
         for export in EXPORTS:
             self._bind(export)
+
+    def __getattr__(self, name: str) -> Any:
+        # Only reached for names that are not bound: every export is set in __init__.
+        raise AttributeError(f"{name} is not an export of the kit's table")
 
     def _bind(self, export: Export) -> None:
         try:
@@ -106,15 +131,17 @@ class Kit:
         self.exports[export.name] = export
         setattr(self, export.name, fn)
 
-    def last_error(self) -> tuple[int, str]:
-        """The last error the kit recorded on the calling thread, as (code, message); reading
-        does not clear it. Another thread's failure never shows here."""
+    def last_error(self) -> Tuple[int, str]:
+        """The last error the kit recorded on the calling thread, as (code, message), read
+        through SECMOLRA_GetThreadLastError: another thread's failure never shows here.
+        Reading does not clear it."""
         buf = getattr(self._local, "buf", None)
         if buf is None:
             buf = self._local.buf = ctypes.create_string_buffer(_ERROR_BUFFER_SIZE)
-        code = self.SECMOLRA_GetThreadLastError(buf, _ERROR_BUFFER_SIZE)
-        return code, decode(buf.value)
+        code = self.SECMOLRA_GetThreadLastError(buf, len(buf))
+        return int(code), decode(buf.value)
 
     def error(self, function: str = "") -> KitError:
+        """The calling thread's last error as the exception of its code family."""
         code, message = self.last_error()
-        return KitError(code, message, function)
+        return error_for(code, message, function)

@@ -9,11 +9,13 @@ from __future__ import annotations
 import ctypes
 import dataclasses
 from ctypes import c_char, c_double, c_int32, c_int64
+from typing import Any, ClassVar, List, Optional, Tuple, Type, TypeVar, Union
 
 ENCODING = "gbk"
+R = TypeVar("R", bound="Record")
 
 
-def encode(text) -> bytes | None:
+def encode(text: Union[str, bytes, None, object]) -> Optional[bytes]:
     """A str argument as the kit's GBK bytes; bytes and None pass unchanged."""
     if text is None or isinstance(text, bytes):
         return text
@@ -32,8 +34,9 @@ def decode(raw: bytes) -> str:
         return raw.decode(ENCODING, errors="replace")
 
 
-def _is_text(ctype) -> bool:
-    return isinstance(ctype, type) and issubclass(ctype, ctypes.Array) and ctype._type_ is c_char
+def _is_text(ctype: Any) -> bool:
+    return isinstance(ctype, type) and issubclass(ctype, ctypes.Array) and \
+        getattr(ctype, "_type_", None) is c_char
 
 
 def _is_hidden(name: str) -> bool:
@@ -44,11 +47,13 @@ class Record(ctypes.LittleEndianStructure):
     """Base of the packed records. Subclasses give ``_fields_`` and ``SIZE``."""
 
     _pack_ = 1
-    SIZE = 0
-    DATA_NAME = ""  # name of the dataclass twin; the class name is the C record's name
-    Data = None  # the generated dataclass, set by _record()
+    _fields_: ClassVar[List[Tuple[str, Any]]] = []
+    SIZE: ClassVar[int] = 0
+    DATA_NAME: ClassVar[str] = ""  # name of the dataclass twin; the class is the C record
+    Data: ClassVar[Any] = None  # the generated dataclass, set by _record()
 
-    def to_data(self):
+    def to_data(self) -> Any:
+        """The record as its dataclass twin: texts decoded, reserved bytes left out."""
         values = {}
         for name, ctype in self._fields_:
             if _is_hidden(name):
@@ -58,7 +63,9 @@ class Record(ctypes.LittleEndianStructure):
         return self.Data(**values)
 
     @classmethod
-    def from_data(cls, data) -> "Record":
+    def from_data(cls: Type[R], data: Any) -> R:
+        """A record filled from a dataclass twin (or any object with the same attributes);
+        texts are encoded to GBK and cut at their width."""
         rec = cls()
         for name, ctype in cls._fields_:
             if _is_hidden(name) or not hasattr(data, name):
@@ -73,17 +80,18 @@ class Record(ctypes.LittleEndianStructure):
         return rec
 
     @classmethod
-    def from_bytes(cls, raw: bytes) -> "Record":
+    def from_bytes(cls: Type[R], raw: bytes) -> R:
+        """A record read from the first bytes of `raw`; ValueError when it is too short."""
         if len(raw) < ctypes.sizeof(cls):
             raise ValueError(f"{cls.__name__} needs {ctypes.sizeof(cls)} bytes, got {len(raw)}")
         return cls.from_buffer_copy(raw[: ctypes.sizeof(cls)])
 
 
-def _record(cls):
+def _record(cls: Type[R]) -> Type[R]:
     """Checks the stated size and generates the record's dataclass twin."""
     size = ctypes.sizeof(cls)
     assert size == cls.SIZE, f"{cls.__name__} is {size} bytes, not {cls.SIZE}"
-    fields = []
+    fields: List[Tuple[str, type, Any]] = []
     for name, ctype in cls._fields_:
         if _is_hidden(name):
             continue
@@ -98,7 +106,8 @@ def _record(cls):
     return cls
 
 
-def text(width: int):
+def text(width: int) -> Any:
+    """A text field of `width` bytes."""
     return c_char * width
 
 
@@ -120,13 +129,17 @@ class CusLoginInfo(Record):
     ]
 
     @classmethod
-    def of(cls, khh, gdh="", password="", node_id=-1, token=-1, wtfs="", node=""):
+    def of(cls, khh: str, gdh: str = "", password: str = "", node_id: int = -1,
+           token: int = -1, wtfs: str = "", node: str = "") -> "CusLoginInfo":
+        """A login record; node id and token -1 let the kit take them from its registry."""
         return cls.from_data(cls.Data(KHH=khh, GDH=gdh, Password=password, NodeID=node_id,
                                       WTFS=wtfs, Node=node, Token=token))
 
 
 @_record
 class CusNodeInfo(Record):
+    """A node of the customer (node query)."""
+
     SIZE, DATA_NAME = 28, "CusNode"
     _fields_ = [
         ("KHH", text(16)),
@@ -182,6 +195,9 @@ class FundRecord(Record):
 
 @_record
 class AccountRecord(Record):
+    """Shareholder-account query row: JYS exchange, GDH account, Text2 name, Text3 fund
+    account, Text5 branch."""
+
     SIZE, DATA_NAME = 100, "Account"
     _fields_ = [
         ("KHH", text(16)),
@@ -199,6 +215,8 @@ class AccountRecord(Record):
 
 @_record
 class PSQYRecord(Record):
+    """Allotment-right query row: Value1 the main-board quota, Value2 the other quota."""
+
     SIZE, DATA_NAME = 48, "PSQY"
     _fields_ = [
         ("KHH", text(16)),
@@ -211,6 +229,8 @@ class PSQYRecord(Record):
 
 @_record
 class OrderRecord(Record):
+    """Order query row."""
+
     SIZE, DATA_NAME = 444, "Order"
     _fields_ = [
         ("KHH", text(16)),
@@ -242,6 +262,8 @@ class OrderRecord(Record):
 
 @_record
 class MatchRecord(Record):
+    """Match query row."""
+
     SIZE, DATA_NAME = 185, "Match"
     _fields_ = [
         ("KHH", text(16)),
@@ -263,6 +285,8 @@ class MatchRecord(Record):
 
 @_record
 class PositionRecord(Record):
+    """Position query row."""
+
     SIZE, DATA_NAME = 384, "Position"
     _fields_ = [
         ("KHH", text(16)),
@@ -283,6 +307,8 @@ class PositionRecord(Record):
 
 @_record
 class ETFShareRecord(Record):
+    """ETF-share query row."""
+
     SIZE, DATA_NAME = 72, "ETFShare"
     _fields_ = [
         ("KHH", text(16)),
@@ -295,7 +321,7 @@ class ETFShareRecord(Record):
     ]
 
 
-RECORDS = [CusLoginInfo, CusNodeInfo, BatchOrderRow, FundRecord, AccountRecord, PSQYRecord,
+RECORDS: List[Type[Record]] = [CusLoginInfo, CusNodeInfo, BatchOrderRow, FundRecord, AccountRecord, PSQYRecord,
            OrderRecord, MatchRecord, PositionRecord, ETFShareRecord]
 
 Login = CusLoginInfo.Data

@@ -7,8 +7,8 @@ import struct
 from ctypes import c_char_p, c_int32, c_int64
 from pathlib import Path
 
-from secmolra import Session
-from secmolra.simulated import SIM_KEY, write_profile
+from secmolra import KitSession, Session
+from secmolra.simulated import SIM_CUSTOMERS, SIM_KEY, write_profile
 
 _SIGNATURES = {
     "KelSim_ConnectionByAddr": (c_int64, [c_char_p, c_int32]),
@@ -18,6 +18,9 @@ _SIGNATURES = {
     "KelSim_OpenSessions": (c_int32, []),
     "KelSim_ConnectionCount": (c_int32, []),
     "KelSim_PushRecord": (None, [c_char_p, c_int32, c_char_p, c_int32]),
+    "KelSim_SetPrice": (None, [c_char_p, c_char_p, ctypes.c_double]),
+    "KelSim_SetLiquidity": (None, [c_char_p, c_char_p, c_int64]),
+    "KelSim_SetMatchVolume": (None, [c_int64]),
 }
 
 
@@ -47,12 +50,28 @@ def push_record(khh: str, wth: int, zqdm: str = "600000", note: str = "",
     return bytes(raw)
 
 
-def session(build: Path, work: Path, **kwargs) -> Session:
-    """A started session on the simulated back end, molra.ini written into work/profile."""
+def session(build: Path, work: Path, kind=Session, **kwargs):
+    """A started trading session (or KitSession) on the simulated back end, molra.ini
+    written into work/profile."""
     profile = write_profile(Path(work) / "profile", **kwargs.pop("profile_settings", {}))
-    s = Session(build, transport_dir=build, profile_path=profile,
-                log_path=Path(work) / "log", **kwargs)
+    s = kind(build, transport_dir=build, profile_path=profile, log_path=Path(work) / "log",
+             **kwargs)
     return s.start()
+
+
+def records_session(build: Path, work: Path, **kwargs) -> KitSession:
+    """A started record-level session whose callback texts are kept in `texts`."""
+    texts = []
+    s = session(build, work, KitSession, on_text=lambda *a: texts.append(a), **kwargs)
+    s.texts = texts
+    return s
+
+
+def logged_in(build: Path, work: Path, khh: str = "1001", **kwargs) -> Session:
+    """A started trading session with the customer logged in."""
+    s = session(build, work, **kwargs)
+    s.login(SIM_KEY, khh, SIM_CUSTOMERS[khh])
+    return s
 
 
 KEY = SIM_KEY

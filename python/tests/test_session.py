@@ -1,4 +1,5 @@
-"""End-to-end scenarios on the simulated back end, each in a process of its own."""
+"""The record-level session (KitSession) end to end on the simulated back end, each scenario
+in a process of its own: lifecycle, checked calls, records, callbacks."""
 import json
 
 import pytest
@@ -16,7 +17,7 @@ def _result(proc) -> dict:
 
 def test_session_starts_and_stops_the_kit_and_restores_the_directory(scenario):
     proc = scenario.run("""
-        s = SIM.session(BUILD, WORK)
+        s = SIM.records_session(BUILD, WORK)
         here = os.getcwd()
         started = s.started
         s.close()
@@ -29,40 +30,40 @@ def test_session_starts_and_stops_the_kit_and_restores_the_directory(scenario):
 
 def test_second_session_in_one_process_is_refused(scenario):
     proc = scenario.run("""
-        with SIM.session(BUILD, WORK):
+        with SIM.records_session(BUILD, WORK):
             pass
         try:
-            SIM.session(BUILD, WORK)
+            SIM.records_session(BUILD, WORK)
         except RuntimeError as exc:
             print("refused:", exc)
     """)
     assert "refused: the kit starts once per process" in proc.stdout
 
 
-def test_missing_transport_is_explained_before_the_kit_starts(scenario):
+def test_missing_transport_or_profile_is_explained_before_the_kit_starts(scenario):
     proc = scenario.run("""
-        from secmolra import Session, TransportNotFound
-        try:
-            Session(BUILD).start()  # the scratch folder holds no kelapi50.dll
-        except TransportNotFound as exc:
-            print("error:", exc)
+        from secmolra import Session, ProfileNotFound, TransportNotFound
+        from secmolra.simulated import write_profile
+        out = {}
+        for name, kwargs in (("transport", {}),  # the scratch folder holds no kelapi50.dll
+                             ("profile", {"transport_dir": BUILD, "profile_path": WORK / "x"})):
+            try:
+                Session(BUILD, **kwargs).start()
+            except (TransportNotFound, ProfileNotFound) as exc:
+                out[name] = [type(exc).__name__, str(exc)]
+        # the checks come before the kit starts: a session with both files still starts
+        s = Session(BUILD, transport_dir=BUILD, profile_path=write_profile(WORK / "p")).start()
+        out["started"] = s.started
+        print(json.dumps(out))
     """)
-    assert "error: no kelapi50.dll in" in proc.stdout
-    assert "transport_dir" in proc.stdout
-
-
-def test_kit_error_carries_code_and_gbk_message(scenario):
-    proc = scenario.run("""
-        from secmolra import KitError
-        with SIM.session(BUILD, WORK) as s:
-            s.raw.SECMOLRA_SetLastError(-206, "读取配置文件[x]失败".encode("gbk"), b"f", None)
-            err = s.kit.error("f")
-            print(json.dumps({"code": err.code, "message": err.message,
-                              "text": str(err), "isexc": isinstance(err, Exception)},
-                             ensure_ascii=False))
-    """)
-    assert _result(proc) == {"code": -206, "message": "读取配置文件[x]失败",
-                             "text": "f: [-206] 读取配置文件[x]失败", "isexc": True}
+    result = _result(proc)
+    kind, text = result["transport"]
+    assert kind == "TransportNotFound" and "transport_dir" in text
+    assert f"no kelapi50.dll at {scenario.workdir / 'kelapi50.dll'}" in text
+    kind, text = result["profile"]
+    assert kind == "ProfileNotFound" and "profile_path" in text
+    assert f"no molra.ini at {scenario.workdir / 'x' / 'molra.ini'}" in text
+    assert result["started"]
 
 
 def test_failed_call_raises_with_the_kits_code_and_message(scenario, kit):
@@ -70,37 +71,38 @@ def test_failed_call_raises_with_the_kits_code_and_message(scenario, kit):
     proc = scenario.run("""
         from secmolra import KitError
         out = {}
-        with SIM.session(BUILD, WORK) as s:
+        with SIM.records_session(BUILD, WORK) as s:
             for name, call in (("empty", lambda: s.login(SIM.KEY, "", "111111")),
                                ("logout", lambda: s.logout("")),
                                ("null", lambda: s.call("SECMOLRA_TradeLogin", None, "1", "x"))):
                 try:
                     call()
                 except KitError as exc:
-                    out[name] = [exc.code, exc.message, exc.function]
+                    out[name] = [type(exc).__name__, exc.code, exc.message, exc.function]
         print(json.dumps(out, ensure_ascii=False))
     """)
     assert _result(proc) == {
-        "empty": [-221, "配置名、客户号、交易密码不能为空", "SECMOLRA_TradeLogin"],
-        "logout": [-221, "客户号不能为空", "SECMOLRA_TradeLogout"],
-        "null": [-221, "非法参数", "SECMOLRA_TradeLogin"]}
+        "empty": ["InvalidArgument", -221, "配置名、客户号、交易密码不能为空",
+                  "SECMOLRA_TradeLogin"],
+        "logout": ["InvalidArgument", -221, "客户号不能为空", "SECMOLRA_TradeLogout"],
+        "null": ["InvalidArgument", -221, "非法参数", "SECMOLRA_TradeLogin"]}
 
 
 def test_connection_failure_with_code_0_still_raises(scenario, kit):
     require(kit, *LOGIN)
     proc = scenario.run("""
         from secmolra import KitError
-        with SIM.session(BUILD, WORK, profile_settings={"addr": "127.0.0.1:1",
-                                                        "tradeaddr": "127.0.0.1:1"}) as s:
+        with SIM.records_session(BUILD, WORK, profile_settings={"addr": "127.0.0.1:1",
+                                                                "tradeaddr": "127.0.0.1:1"}) as s:
             try:
                 s.login(SIM.KEY, "1001", "111111")
                 print(json.dumps({"raised": False}))
             except KitError as exc:
-                print(json.dumps({"raised": True, "code": exc.code,
+                print(json.dumps({"raised": type(exc).__name__, "code": exc.code,
                                   "message": exc.message}, ensure_ascii=False))
     """)
     result = _result(proc)
-    assert result["raised"] and result["code"] == 0
+    assert result["raised"] == "TransportError" and result["code"] == 0
     assert result["message"].startswith("connect failed.")
 
 
@@ -108,13 +110,13 @@ def test_queries_decode_the_back_ends_records(scenario, kit):
     require(kit, *LOGIN, "PYSECMOLRA_QueryFundInfo", "PYSECMOLRA_QueryAccInfo")
     proc = scenario.run("""
         import dataclasses
-        with SIM.session(BUILD, WORK) as s:
+        with SIM.records_session(BUILD, WORK) as s:
             token = s.login(SIM.KEY, "1001", "111111")
             funds = [dataclasses.asdict(f) for f in s.funds("1001")]
             accounts = [dataclasses.asdict(a) for a in s.accounts("1001")]
             # the same rows through a one-record array: the package grows it and asks again
             from secmolra.records import AccountRecord
-            small = s._query("PYSECMOLRA_QueryAccInfo", AccountRecord, "1001", capacity=1)
+            small = s.query("PYSECMOLRA_QueryAccInfo", AccountRecord, "1001", capacity=1)
             s.logout("1001")
             print(json.dumps({"token": token, "funds": funds, "accounts": accounts,
                               "small": [dataclasses.asdict(a) for a in small]},
@@ -139,13 +141,14 @@ def test_callbacks_arrive_on_transport_threads_without_loss(scenario, kit):
             threads.add(threading.get_ident())
         with SIM.session(BUILD, WORK, on_push=seen, on_reply=seen) as s:
             s.login(SIM.KEY, "1001", "111111")
-            acc = s.accounts("1001")[0]
-            sent = [s.entrust_async("1001", acc.JYS, "600000", 1, 100, 10.0, acc.GDH, kfsbdbh=i + 1)
-                    for i in range(20)]
-            replies = s.events.wait_for(lambda e: e.kind == "reply", timeout=20, count=20)
+            r = s.records
+            acc = r.accounts("1001")[0]
+            sent = [r.entrust_async("1001", acc.JYS, "600000", 1, 100, 10.0, acc.GDH,
+                                    kfsbdbh=i + 1) for i in range(20)]
+            replies = s.events.wait_for(kind="reply", timeout=20, count=20)
             print(json.dumps({
                 "sent": sent,
-                "replied": sorted(e.data["KFSBDBH"] for e in replies),
+                "replied": sorted(e.request_no for e in replies),
                 "types": sorted({e.type for e in replies}),
                 "main_thread_used": main in threads,
                 "errors": [repr(e) for e in s.callback_errors]}))
@@ -163,16 +166,14 @@ def test_a_failing_handler_does_not_stop_delivery(scenario, kit):
     proc = scenario.run("""
         def boom(event):
             raise ValueError("handler bug")
-        with SIM.session(BUILD, WORK, on_reply=boom) as s:
-            s.login(SIM.KEY, "1001", "111111")
-            acc = s.accounts("1001")[0]
-            for i in (1, 2):
-                s.entrust_async("1001", acc.JYS, "600000", 1, 100, 10.0, acc.GDH, kfsbdbh=i)
-            got = s.events.wait_for(lambda e: e.kind == "reply", timeout=10, count=2)
-            print(json.dumps({"replies": len(got),
+        with SIM.logged_in(BUILD, WORK, on_reply=boom) as s:
+            orders = [s.buy_async("1001", "600000", 100, 10.0, request_no=i) for i in (1, 2)]
+            got = s.events.wait_for(kind="reply", timeout=10, count=2)
+            print(json.dumps({"replies": len(got), "applied": [o.order_no > 0 for o in orders],
                               "errors": [str(e) for e in s.callback_errors]}))
     """)
-    assert _result(proc) == {"replies": 2, "errors": ["handler bug", "handler bug"]}
+    assert _result(proc) == {"replies": 2, "applied": [True, True],
+                             "errors": ["handler bug", "handler bug"]}
     assert "ValueError: handler bug" in proc.stderr
 
 
@@ -180,21 +181,21 @@ def test_session_cleans_up_connections_sessions_and_callbacks(scenario, kit):
     require(kit, *LOGIN, *ORDERS)
     proc = scenario.run("""
         sim = SIM.Sim(BUILD)
-        s = SIM.session(BUILD, WORK)
-        s.login(SIM.KEY, "1001", "111111")
-        acc = s.accounts("1001")[0]
-        s.entrust_async("1001", acc.JYS, "600000", 1, 100, 10.0, acc.GDH, kfsbdbh=5)
-        s.events.wait_for(lambda e: e.kind == "reply", timeout=10)
+        s = SIM.logged_in(BUILD, WORK)
+        order = s.buy_async("1001", "600000", 100, 10.0, request_no=5)
+        s.events.wait_for(kind="reply", request_no=5, timeout=10)
         during = sim.ConnectionCount()
         s.close()
         after = {"connections": sim.ConnectionCount(), "sessions": sim.OpenSessions()}
         # pushes after the close reach no Python callback
         sim.PushRecord(b"1001", 0, SIM.push_record("1001", 99), 402)
         sim.WaitIdle()
-        late = [e for e in s.events.snapshot() if e.kind == "push" and e.data["WTH"] == 99]
-        print(json.dumps({"during": during, **after, "late": len(late)}))
+        late = s.events.find(order_no=99)
+        ended = list(s.events.subscribe())  # a subscription ends once the session closed
+        print(json.dumps({"during": during, **after, "late": len(late), "ended": ended}))
     """)
-    assert _result(proc) == {"during": 4, "connections": 0, "sessions": 0, "late": 0}
+    assert _result(proc) == {"during": 4, "connections": 0, "sessions": 0, "late": 0,
+                             "ended": []}
 
 
 def test_pushes_arrive_complete_while_the_main_thread_calls_the_kit(scenario, kit):
@@ -204,11 +205,10 @@ def test_pushes_arrive_complete_while_the_main_thread_calls_the_kit(scenario, ki
         sim = SIM.Sim(BUILD)
         inside_kit = []
         def on_push(event):
-            inside_kit.append(s.last_error()[0])  # a kit call from a transport thread
+            inside_kit.append(s.records.last_error()[0])  # a kit call from a transport thread
             time.sleep(0.001)
-        s = SIM.session(BUILD, WORK, on_push=on_push)
+        s = SIM.logged_in(BUILD, WORK, on_push=on_push)
         with s:
-            s.login(SIM.KEY, "1001", "111111")
             def inject():
                 for i in range(200):
                     rec = SIM.push_record("1001", 1000 + i, note="已报", cjsl=i % 2)
@@ -220,20 +220,20 @@ def test_pushes_arrive_complete_while_the_main_thread_calls_the_kit(scenario, ki
                 s.funds("1001")
                 queries += 1
             pusher.join()
-            got = s.events.wait_for(lambda e: e.kind == "push" and e.data["WTH"] >= 1000,
-                                    timeout=30, count=200)
+            got = s.events.wait_for(lambda e: e.order_no >= 1000, kind="push", timeout=30,
+                                    count=200)
             sim.WaitIdle()  # the last handlers may still be running
             print(json.dumps({
-                "wths": sorted(e.data["WTH"] for e in got),
-                "types": sorted({(e.data["WTH"] % 2, e.type) for e in got}),
-                "notes": sorted({e.data["JGSM"] for e in got}),
-                "khh": sorted({e.data["KHH"] for e in got}),
+                "wths": sorted(e.order_no for e in got),
+                "types": sorted({(e.order_no % 2, e.push_type.name) for e in got}),
+                "notes": sorted({e.note for e in got}),
+                "khh": sorted({e.customer for e in got}),
                 "kit_calls_in_callbacks": len(inside_kit) >= 200,
                 "queries": queries > 0}, ensure_ascii=False))
     """)
     result = _result(proc)
     assert result["wths"] == list(range(1000, 1200))
-    assert result["types"] == [[0, 8], [1, 10]]
+    assert result["types"] == [[0, "CONFIRMATION"], [1, "MATCH"]]
     assert result["notes"] == ["已报"] and result["khh"] == ["1001"]
     assert result["kit_calls_in_callbacks"] and result["queries"]
 
@@ -244,30 +244,29 @@ def test_order_families_ex_forms_batches_and_withdrawals(scenario, kit):
     proc = scenario.run("""
         from secmolra import BatchOrder, CusLoginInfo, KitError
         out = {}
-        with SIM.session(BUILD, WORK) as s:
+        with SIM.session(BUILD, WORK) as t:
+            s = t.records
             s.login(SIM.KEY, "1001", "111111")
             acc = s.accounts("1001")[0]
             who = CusLoginInfo.of("1001", gdh=acc.GDH)
             resting = s.entrust(who, acc.JYS, "600000", 1, 100, 9.5)  # Ex form, rests
             out["withdrawn_ex"] = s.withdraw(who, acc.JYS, resting) > resting
             s.entrust_async("1001", acc.JYS, "600000", 1, 100, 9.5, acc.GDH, kfsbdbh=77)
-            s.events.wait_for(lambda e: e.kind == "reply" and e.data["KFSBDBH"] == 77)
+            t.events.wait_for(kind="reply", request_no=77)
             n = s.withdraw_by_kfsbdbh("1001", acc.JYS, 77, asynchronous=True, kfsbdbh=78)
-            reply = s.events.wait_for(lambda e: e.kind == "reply" and
-                                      e.data["KFSBDBH"] == 78)[0]
-            out["withdraw_reply"] = [n, reply.data["JYLX"], reply.data["RETCODE"] > 0]
+            reply = t.events.wait_for(kind="reply", request_no=78)[0]
+            out["withdraw_reply"] = [n, reply.data["JYLX"], reply.ok, reply.withdrawal]
             try:
                 s.api.ZQHGEntrust("1001", acc.JYS, "204001", 1, 10, 2.0, 0, acc.GDH)
             except KitError as exc:
-                out["zqhg"] = [exc.code, exc.message, exc.function]
+                out["zqhg"] = [type(exc).__name__, exc.code, exc.message, exc.function]
             rows = [BatchOrder(Jys=acc.JYS, Zqdm="600000", Jylb=1, Wtjg=10.0, Wtsl=100),
                     BatchOrder(Jys=acc.JYS, Zqdm="600036", Jylb=1, Wtjg=35.0, Wtsl=200)]
             out["batch"] = s.batch_entrust("1001", rows, wtpch=7)
             out["rows"] = [[r.Wth > 0, bool(r.Msg)] for r in rows]
             s.batch_entrust_async("1001", rows, wtpch=8)
-            batch = s.events.wait_for(lambda e: e.kind == "reply" and
-                                      e.data.get("WTPCH") == 8)[0]
-            out["batch_reply"] = sorted(batch.data["orders"])
+            batch = t.events.wait_for(kind="reply", batch_no=8)[0]
+            out["batch_reply"] = [batch.business.name, [b.order_no > 0 for b in batch.batch_orders]]
             try:
                 s.batch_entrust("1001", rows * 51, wtpch=9)
             except KitError as exc:
@@ -276,10 +275,10 @@ def test_order_families_ex_forms_batches_and_withdrawals(scenario, kit):
     """)
     assert _result(proc) == {
         "withdrawn_ex": True,
-        "withdraw_reply": [78, 40, True],
-        "zqhg": [-222, "仅支持[JYLB_HGRQ,JYLB_HGRZ]", "SECMOLRA_ZQHGEntrust"],
+        "withdraw_reply": [78, 40, True, True],
+        "zqhg": ["NotSupported", -222, "仅支持[JYLB_HGRQ,JYLB_HGRZ]", "SECMOLRA_ZQHGEntrust"],
         "batch": 2, "rows": [[True, True], [True, True]],
-        "batch_reply": ["1", "2"],
+        "batch_reply": ["BATCH", [True, True]],
         "too_many": [-221, "批量委托数量超出限制[100]"]}
 
 
@@ -287,21 +286,21 @@ def test_reference_table_through_the_cursor(scenario, kit):
     require(kit, *LOGIN, "SECMOLRA_BeginQuery")
     proc = scenario.run("""
         from secmolra import KitError
-        with SIM.session(BUILD, WORK) as s:
+        with SIM.records_session(BUILD, WORK) as s:
             s.login(SIM.KEY, "1001", "111111")
             rows = s.reference_table("D00088", [599, 9233, 9234], {599: "SH", 719: "510050"})
             try:
                 s.reference_table("D00088", [9233], {599: "SH", 719: "999999"})
                 refused = None
             except KitError as exc:
-                refused = exc.code
+                refused = [type(exc).__name__, exc.code]
             print(json.dumps({"rows": rows, "refused": refused}))
     """)
     result = _result(proc)
     assert [r["9233"] for r in result["rows"]] == ["600000", "600036", "601318"]
     assert {r["599"] for r in result["rows"]} == {"SH"}
     assert all(int(r["9234"]) > 0 for r in result["rows"])
-    assert result["refused"] is not None and result["refused"] < 0
+    assert result["refused"][0] == "Refused" and result["refused"][1] < 0
 
 
 def test_connection_events_reach_python_with_customer_and_name(scenario, kit):
@@ -309,24 +308,25 @@ def test_connection_events_reach_python_with_customer_and_name(scenario, kit):
     proc = scenario.run("""
         sim = SIM.Sim(BUILD)
         seen = []
-        with SIM.session(BUILD, WORK, on_conn_event=seen.append) as s:
-            s.login(SIM.KEY, "1001", "111111")
+        with SIM.logged_in(BUILD, WORK, on_conn_event=seen.append) as s:
             trade = sim.ConnectionByAddr(b"127.0.0.1:9102", 0)
             sim.BreakConnection(trade, 7)
-            broken = s.events.wait_for(lambda e: e.kind == "conn", timeout=10)[0]
+            broken = s.events.wait_for(kind="conn", timeout=10)[0]
             sim.RestoreConnection(trade)
-            back = s.events.wait_for(lambda e: e.kind == "conn", timeout=10, count=2)[1]
-            print(json.dumps({"broken": [broken.type, broken.data],
-                              "back": [back.type, back.data["EVENT"]],
+            back = s.events.wait_for(kind="conn", type=0, timeout=10)[0]
+            print(json.dumps({"broken": [broken.code, broken.customer, broken.name,
+                                         broken.recovered, broken.data],
+                              "back": [back.code, back.recovered],
                               "handled": len(seen)}))
     """)
-    assert _result(proc) == {"broken": [7, {"KHH": "1001", "NAME": "SIM", "EVENT": 7}],
-                             "back": [0, 0], "handled": 2}
+    assert _result(proc) == {"broken": [7, "1001", "SIM", False,
+                                        {"KHH": "1001", "NAME": "SIM", "EVENT": 7}],
+                             "back": [0, True], "handled": 2}
 
 
 def test_call_checks_names_and_arguments_before_reaching_the_kit(build):
-    from secmolra import Session
-    s = Session(build)  # loaded, not started: nothing here may reach the kit
+    from secmolra import KitSession
+    s = KitSession(build)  # loaded, not started: nothing here may reach the kit
     with pytest.raises(AttributeError, match="no export named NoSuchThing"):
         s.api.NoSuchThing
     with pytest.raises(TypeError, match=r"has no argument 'bogus' \(it takes key, khh, pass"):

@@ -48,7 +48,7 @@ def on_quote(q):
     if q.time == "09:31:00.000":
         last_seen.set()
 ex.on_quote(on_quote)
-wth = s.entrust("1001", "SH", "600000", 1, 500, 9.96, "A000001001")
+order = s.buy("1001", "600000", 500, 9.96, "SH")
 ex.advance(3.5)
 ex.advance(56.5)  # 09:31:00: the ask comes down to 9.95 and reaches the resting buy
 assert last_seen.wait(10)
@@ -65,7 +65,7 @@ for call in (lambda: ex.quote("SH", "999999"), lambda: ex.set_quote("SH", "60000
 ex.new_day()
 out["next_day"] = ex.clock()
 out["prev_close"] = ex.quote("SH", "600000").prev_close
-out["positions"] = [(p.ZQDM, p.GFYE, p.KMSL) for p in s.positions("1001", zqdm="600000")]
+out["positions"] = [(p.code, p.quantity, p.sellable) for p in s.positions("1001", "600000")]
 ex.on_quote(None)
 s.close()
 print(json.dumps(out))

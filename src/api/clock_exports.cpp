@@ -19,8 +19,8 @@ SECMOLRA_API uint64_t SECMOLRA_GetTickCount(void) {
 }
 
 // The same entry point under a second name: one function, one address. GCC wants the alias
-// to repeat its target's nothrow (the guard catches everything); clang takes that for an
-// exception specification that the header's declaration lacks.
+// to repeat its target's nothrow (the guard catches everything); clang takes that for a
+// noexcept declaration that the header lacks.
 #if defined(__clang__)
 #define MOLRA_SECOND_NAME_OF(target) __attribute__((alias(target)))
 #else
