@@ -28,7 +28,7 @@ struct PendingPush;
 class ExchangeListener {
  public:
   virtual ~ExchangeListener() = default;
-  virtual void OnPush(PendingPush push) = 0;
+  virtual void OnPush(PendingPush&& push) = 0;
   // Quotes are built only for a listener that wants them.
   virtual bool WantsQuotes() const = 0;
   virtual void OnQuote(const Quote& quote) = 0;

@@ -8,9 +8,15 @@ namespace {
 
 // Little-endian fixed-width integers, doubles as their IEEE bits, strings as a 4-byte length
 // and the bytes.
+constexpr std::size_t kUsualFrame = 256;
+
 class Writer {
  public:
-  explicit Writer(Type t) : s_(kHeaderSize, '\0') { U(static_cast<std::uint8_t>(t), 1); }
+  // Room for a usual message from the start: most frames then need no second allocation.
+  explicit Writer(Type t) : s_(kHeaderSize, '\0') {
+    s_.reserve(kUsualFrame);
+    U(static_cast<std::uint8_t>(t), 1);
+  }
   Writer& U(std::uint64_t v, int width) {
     for (int i = 0; i < width; ++i) s_.push_back(static_cast<char>((v >> (8 * i)) & 0xff));
     return *this;
@@ -26,6 +32,7 @@ class Writer {
     s_ += v;
     return *this;
   }
+  void Reserve(std::size_t n) { s_.reserve(s_.size() + n); }
   Writer& Bytes(const char* p, std::size_t n) {
     s_.append(p, n);
     return *this;
@@ -186,7 +193,9 @@ std::string Encode(const Interest& m) {
 }
 
 std::string Encode(const PushMsg& m) {
-  return Writer(Type::Push).S(m.khh).U(static_cast<std::uint8_t>(m.kind), 1).S(m.plain).S(m.structured).Frame();
+  Writer w(Type::Push);
+  w.Reserve(m.khh.size() + m.plain.size() + m.structured.size() + 16);
+  return w.S(m.khh).U(static_cast<std::uint8_t>(m.kind), 1).S(m.plain).S(m.structured).Frame();
 }
 
 std::string Encode(const ControlMsg& m) {

@@ -26,15 +26,18 @@ constexpr std::chrono::milliseconds kClockTick{10};
 // exchange calls this with its lock held).
 class PushQueue : public ExchangeListener {
  public:
-  void OnPush(PendingPush push) override {
+  void OnPush(PendingPush&& push) override {
     std::lock_guard<std::mutex> lock(m_);
     pushes_.push_back(std::move(push));
   }
   bool WantsQuotes() const override { return false; }
   void OnQuote(const Quote&) override {}
-  std::vector<PendingPush> Take() {
+  // Swaps the pushes given into `out` (emptied first): the two vectors keep their room, and
+  // a record is some 2 KiB to move when one grows.
+  void Take(std::vector<PendingPush>* out) {
+    out->clear();
     std::lock_guard<std::mutex> lock(m_);
-    return std::move(pushes_);
+    pushes_.swap(*out);
   }
 
  private:
@@ -108,6 +111,7 @@ class Server::Impl {
   Exchange& ex_;
   ServerOptions opt_;
   PushQueue pushes_;
+  std::vector<PendingPush> taken_;  // the pushes SendPushes is sending
   asio::io_context io_;
   tcp::acceptor acceptor_;
   asio::steady_timer sweep_, clock_;
@@ -368,18 +372,22 @@ void Server::Impl::Tick() {
 }
 
 void Server::Impl::SendPushes() {
-  std::vector<PendingPush> pushes = pushes_.Take();
+  std::vector<PendingPush>& pushes = taken_;
+  pushes_.Take(&pushes);
   if (pushes.empty()) return;
   // A peer that cannot take more output closes, leaving the set: go through a copy.
   std::vector<std::shared_ptr<Peer>> peers(peers_.begin(), peers_.end());
+  std::vector<Peer*> wanting;
   for (const PendingPush& p : pushes) {
-    std::string frame;
-    for (const auto& peer : peers) {
-      if (!peer->Wants(p.khh)) continue;
-      if (frame.empty())
-        frame = wire::Encode(wire::PushMsg{p.khh, p.kind, EncodePushRecord(p.values, false), EncodePushRecord(p.values, true)});
-      peer->Send(frame);
-    }
+    wanting.clear();
+    for (const auto& peer : peers)
+      if (peer->Wants(p.khh)) wanting.push_back(peer.get());
+    if (wanting.empty()) continue;
+    std::string frame =
+        wire::Encode(wire::PushMsg{p.khh, p.kind, EncodePushRecord(p.values, false), EncodePushRecord(p.values, true)});
+    // Copies for all but the last, which takes the frame itself.
+    for (std::size_t i = 0; i + 1 < wanting.size(); ++i) wanting[i]->Send(frame);
+    wanting.back()->Send(std::move(frame));
   }
 }
 
