@@ -7,7 +7,7 @@
 #include <unistd.h>
 
 #include <chrono>
-#include <cstring>
+#include <set>
 
 #include "support/test_support.h"
 
@@ -15,7 +15,13 @@ extern char** environ;
 
 namespace molra::test {
 
-ChildProcess::ChildProcess(const std::vector<std::string>& argv) {
+namespace {
+
+std::string NameOf(const std::string& entry) { return entry.substr(0, entry.find('=')); }
+
+}  // namespace
+
+ChildProcess::ChildProcess(const std::vector<std::string>& argv, const std::vector<std::string>& env_set) {
   int in[2], out[2];
   if (pipe(in) != 0) return;
   if (pipe(out) != 0) {
@@ -23,9 +29,12 @@ ChildProcess::ChildProcess(const std::vector<std::string>& argv) {
     close(in[1]);
     return;
   }
-  std::vector<std::string> env = {"MOLRA_BUILD_DIR=" + BuildDir()};
+  std::vector<std::string> env = env_set;
+  env.push_back("MOLRA_BUILD_DIR=" + BuildDir());
+  std::set<std::string> names;
+  for (const std::string& entry : env) names.insert(NameOf(entry));
   for (char** e = environ; *e != nullptr; ++e)
-    if (std::strncmp(*e, "MOLRA_BUILD_DIR=", 16) != 0) env.push_back(*e);
+    if (names.count(NameOf(*e)) == 0) env.push_back(*e);
   std::vector<std::string> args = argv;
   std::vector<char*> a, e;
   for (auto& s : args) a.push_back(s.data());
@@ -70,14 +79,27 @@ std::string ChildProcess::Line(const std::string& prefix, int seconds) {
       read_at_ = end + 1;
       if (line.rfind(prefix, 0) == 0) return line;
     }
-    auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
-    pollfd p{out_fd_, POLLIN, 0};
-    if (left.count() <= 0 || poll(&p, 1, static_cast<int>(left.count())) <= 0) return std::string();
-    char buf[4096];
-    ssize_t n = read(out_fd_, buf, sizeof buf);
-    if (n <= 0) return std::string();
-    out_.append(buf, static_cast<std::size_t>(n));
+    if (ReadSome(deadline) != Got::Bytes) return std::string();
   }
+}
+
+bool ChildProcess::ReadToEnd(int seconds) {
+  auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(seconds);
+  for (;;) {
+    Got got = ReadSome(deadline);
+    if (got != Got::Bytes) return got == Got::End;
+  }
+}
+
+ChildProcess::Got ChildProcess::ReadSome(std::chrono::steady_clock::time_point deadline) {
+  auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
+  pollfd p{out_fd_, POLLIN, 0};
+  if (left.count() <= 0 || poll(&p, 1, static_cast<int>(left.count())) <= 0) return Got::TimeOut;
+  char buf[4096];
+  ssize_t n = read(out_fd_, buf, sizeof buf);
+  if (n <= 0) return Got::End;
+  out_.append(buf, static_cast<std::size_t>(n));
+  return Got::Bytes;
 }
 
 std::string ChildProcess::Ask(const std::string& line, const std::string& prefix, int seconds) {

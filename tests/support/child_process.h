@@ -3,6 +3,7 @@
 // for. The child is killed if the test lets go of it still running.
 #pragma once
 
+#include <chrono>
 #include <string>
 #include <vector>
 
@@ -10,9 +11,10 @@ namespace molra::test {
 
 class ChildProcess {
  public:
-  // Starts `argv[0]` with the arguments, in the current folder, with the environment and
-  // MOLRA_BUILD_DIR set to the build folder.
-  explicit ChildProcess(const std::vector<std::string>& argv);
+  // Starts `argv[0]` with the arguments, in the current folder, with the environment,
+  // MOLRA_BUILD_DIR set to the build folder and the "NAME=value" entries of `env` (which replace
+  // variables of the same name).
+  explicit ChildProcess(const std::vector<std::string>& argv, const std::vector<std::string>& env = {});
   ~ChildProcess();
   ChildProcess(const ChildProcess&) = delete;
   ChildProcess& operator=(const ChildProcess&) = delete;
@@ -25,6 +27,8 @@ class ChildProcess {
   std::string Line(const std::string& prefix = std::string(), int seconds = 60);
   // Sends a line and reads the answer line starting with `prefix`.
   std::string Ask(const std::string& line, const std::string& prefix, int seconds = 60);
+  // Reads until the output ends; false when it did not within `seconds`.
+  bool ReadToEnd(int seconds = 60);
   // Sends a signal and waits for the end: the exit status, or 128 + the signal that ended it.
   int Signal(int sig);
   int Wait();
@@ -32,6 +36,10 @@ class ChildProcess {
   const std::string& output() const { return out_; }
 
  private:
+  enum class Got { Bytes, End, TimeOut };
+  // Reads what is there, waiting until `deadline` for something to come.
+  Got ReadSome(std::chrono::steady_clock::time_point deadline);
+
   int pid_ = -1;
   int in_ = -1, out_fd_ = -1;
   std::string out_;
