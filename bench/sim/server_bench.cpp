@@ -22,6 +22,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <memory>
@@ -55,9 +56,22 @@ void Require(bool ok, const std::string& what) {
   throw std::runtime_error(what + " failed: " + std::to_string(code) + " " + msg);
 }
 
+// The folders made for a run, removed when it ends (the state file of a run is tens of MB).
+std::vector<std::string>& Made() {
+  static std::vector<std::string> dirs;
+  return dirs;
+}
+struct RemoveMade {
+  ~RemoveMade() {
+    std::error_code ec;
+    for (const std::string& d : Made()) std::filesystem::remove_all(d, ec);
+  }
+};
+
 std::string TempDir() {
   char pattern[] = "/tmp/molra-server-bench-XXXXXX";
   if (mkdtemp(pattern) == nullptr) throw std::runtime_error("mkdtemp");
+  Made().push_back(pattern);
   return pattern;
 }
 
@@ -103,11 +117,21 @@ struct Child {
     std::fflush(in);
   }
   int Stop(int sig) {
+    if (pid <= 0) return -1;
     kill(pid, sig);
     int status = 0;
     waitpid(pid, &status, 0);
+    pid = -1;
     return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
   }
+  // A benchmark that failed half-way leaves no process behind.
+  ~Child() {
+    Stop(SIGKILL);
+    if (in != nullptr) std::fclose(in);
+    if (out != nullptr) std::fclose(out);
+  }
+  Child(const Child&) = delete;
+  Child& operator=(const Child&) = delete;
 };
 
 // A profile folder whose key "S" has its four connections to the server.
@@ -391,6 +415,7 @@ int Run(const std::string& self, bool state, long orders) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  RemoveMade remove_made;
   try {
     if (argc == 5 && std::string(argv[1]) == "--host") return Host(argv[2], argv[3], std::atol(argv[4]));
     bool state = false;
