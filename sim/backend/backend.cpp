@@ -132,10 +132,10 @@ void Backend::Changed(const Order& o) {
   if (it != customers_.end()) changes_.orders.emplace_back(&it->second, o.wth);
 }
 
-std::vector<PendingPush> Backend::TakePushes() {
-  std::vector<PendingPush> out;
-  out.swap(pending_);
-  return out;
+std::vector<PendingPush>& Backend::TakePushes() {
+  taken_.clear();
+  taken_.swap(pending_);
+  return taken_;
 }
 
 void Backend::RestoreSequences(const Sequences& s) {

@@ -141,7 +141,9 @@ class Backend {
   void Changed(const Order& o);
 
   void Push(const std::string& khh, int kind, PushValues v) { pending_.push_back({khh, kind, std::move(v)}); }
-  std::vector<PendingPush> TakePushes();
+  // The pushes given so far, to be moved out before the next call (a record is some 2 KiB: the
+  // two vectors keep their room from call to call).
+  std::vector<PendingPush>& TakePushes();
   bool HasPushes() const { return !pending_.empty(); }
 
   Clock clock;
@@ -168,7 +170,7 @@ class Backend {
   Config cfg_;
   std::map<std::string, Customer> customers_;
   std::map<std::string, Security> securities_;  // by jys + "." + zqdm
-  std::vector<PendingPush> pending_;
+  std::vector<PendingPush> pending_, taken_;
   Changes changes_;
   std::int64_t next_wth_ = 1;
   std::int64_t next_cjbh_ = 1;

@@ -102,6 +102,7 @@ void Exchange::Emit() {
 }
 
 void Exchange::Done() {
+  if (batch_) return;
   Commit();
   Emit();
 }
@@ -119,6 +120,17 @@ void Exchange::Handle(const Request& req, const Caller& who, Answer* ans) {
     HandlerCtx ctx{*be_, req, who, *ans};
     h(ctx);
   }
+  Done();
+}
+
+void Exchange::BeginBatch() {
+  std::lock_guard<std::mutex> lock(m_);
+  batch_ = true;
+}
+
+void Exchange::EndBatch() {
+  std::lock_guard<std::mutex> lock(m_);
+  batch_ = false;
   Done();
 }
 

@@ -1,5 +1,7 @@
 #include "push_record.h"
 
+#include <unordered_map>
+
 #include "block.h"
 
 namespace sim {
@@ -40,32 +42,52 @@ constexpr FieldDef kFields[] = {
     {"MSGCODE", T::Text, 381, 394, 8, 8},    {"QRSJ", T::Text, 389, 402, 13, 13},
 };
 
+static_assert(sizeof kFields / sizeof kFields[0] == kPushFields, "kPushFields counts the table");
+
 }  // namespace
+
+PushValues::Slot* PushValues::Find(std::string_view k) {
+  static const auto* index = [] {
+    auto* m = new std::unordered_map<std::string_view, int>;
+    for (int i = 0; i < kPushFields; ++i) (*m)[kFields[i].key] = i;
+    return m;
+  }();
+  auto it = index->find(k);
+  return it == index->end() ? nullptr : &slots_[static_cast<std::size_t>(it->second)];
+}
+
+void PushValues::Text(std::string_view k, std::string v) {
+  if (Slot* s = Find(k)) {
+    s->text = std::move(v);
+    s->has_text = true;
+  }
+}
+
+void PushValues::Int(std::string_view k, std::int64_t v) {
+  if (Slot* s = Find(k)) {
+    s->i = v;
+    s->has_int = true;
+  }
+}
+
+void PushValues::Real(std::string_view k, double v) {
+  if (Slot* s = Find(k)) {
+    s->d = v;
+    s->has_real = true;
+  }
+}
 
 std::string EncodePushRecord(const PushValues& v, bool structured) {
   Block b(structured ? kStructPushRecordSize : kPushRecordSize);
-  for (const auto& f : kFields) {
+  for (int i = 0; i < kPushFields; ++i) {
+    const FieldDef& f = kFields[i];
+    const PushValues::Slot& s = v.slot(i);
     int off = structured ? f.off415 : f.off402;
     int width = structured ? f.width415 : f.width402;
     if (off < 0) continue;
-    switch (f.type) {
-      case T::Text: {
-        auto it = v.text.find(f.key);
-        // Texts are NUL-terminated within their width.
-        if (it != v.text.end()) b.PutText(off, width - 1, it->second);
-        break;
-      }
-      case T::F64: {
-        auto it = v.reals.find(f.key);
-        if (it != v.reals.end()) b.PutF64(off, it->second);
-        break;
-      }
-      default: {
-        auto it = v.ints.find(f.key);
-        if (it != v.ints.end()) b.PutInt(off, width, it->second);
-        break;
-      }
-    }
+    if (f.type == T::Text && s.has_text) b.PutText(off, width - 1, s.text);  // NUL-terminated within the width
+    if (f.type == T::F64 && s.has_real) b.PutF64(off, s.d);
+    if (f.type != T::Text && f.type != T::F64 && s.has_int) b.PutInt(off, width, s.i);
   }
   return b.bytes();
 }
