@@ -7,8 +7,8 @@
 #include <stdexcept>
 #include <vector>
 
-#include "account/registry.h"
 #include "comm/conn_pool.h"
+#include "comm/customer.h"
 #include "kelsim.h"
 #include "secmolra.h"
 #include "util/dynlib.h"
@@ -115,11 +115,13 @@ void Env::Login() {
     const BenchCustomer& cus = kCustomers[c];
     Require(SECMOLRA_TradeLogin("B", cus.khh, cus.password) > 0,
             std::string("login of ") + cus.khh);
-    std::shared_ptr<KelComm::KelConn> set = Pool()->FindConnection(cus.khh);
-    wire_[c].mgmt_conn = set->mgmt_handle;
-    wire_[c].trade_conn = set->trade_handle;
-    wire_[c].subscribe_conn = set->subscribe_handle;
-    wire_[c].node_id = CustomerNodeId(cus.khh);
+    Result<Customer> found = FindCustomer(cus.khh);
+    Require(found.ok(), std::string("the set of ") + cus.khh);
+    const KelComm::KelConn& set = *found->conn;
+    wire_[c].mgmt_conn = set.mgmt_handle;
+    wire_[c].trade_conn = set.trade_handle;
+    wire_[c].subscribe_conn = set.subscribe_handle;
+    wire_[c].node_id = found->node_id;
   }
 }
 
@@ -154,8 +156,9 @@ void Env::ReadyWithFundRows(int rows) const {
     std::string text;
     for (int i = 0; i < rows; ++i) {
       if (i > 0) text += '\n';
-      text += "605=1001|716=000000001001|511=RMB|1257=0001|709=1000000.00|826=1000000.00|"
-              "2085=1000000.00|619=0|2086=0|869=12345.67|1847=1000000.00|647=950.00|507=0";
+      text +=
+          "605=1001|716=000000001001|511=RMB|1257=0001|709=1000000.00|826=1000000.00|"
+          "2085=1000000.00|619=0|2086=0|869=12345.67|1847=1000000.00|647=950.00|507=0";
     }
     Sim<decltype(&KelSim_SetKvAnswer)>("KelSim_SetKvAnswer")("DQ0003", 1, "", text.c_str());
   }
@@ -209,8 +212,10 @@ Memory ReadMemory() {
   long value = 0;
   std::string unit;
   while (in >> key) {
-    if (key == "VmHWM:" && in >> value >> unit) m.hwm_kib = value;
-    else if (key == "VmRSS:" && in >> value >> unit) m.rss_kib = value;
+    if (key == "VmHWM:" && in >> value >> unit)
+      m.hwm_kib = value;
+    else if (key == "VmRSS:" && in >> value >> unit)
+      m.rss_kib = value;
   }
   return m;
 }

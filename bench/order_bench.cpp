@@ -5,9 +5,9 @@
 #include <cstring>
 
 #include "bench_env.h"
-#include "log/log.h"
 #include "bench_paths.h"
 #include "comm/kel_api.h"
+#include "core/log.h"
 #include "trade/order_blocks.h"
 #include "trade/order_family.h"
 
@@ -122,7 +122,8 @@ void WithdrawFloor(benchmark::State& state) {
   const Env& env = Env::Get();
   env.Ready();
   const CustomerWire& w = env.Wire(0);
-  if (!Accepted(state, [&] { return FloorOrder(w, w.withdraw_block, Fam::kOrderWithdraw); })) return;
+  if (!Accepted(state, [&] { return FloorOrder(w, w.withdraw_block, Fam::kOrderWithdraw); }))
+    return;
   for (auto _ : state) {
     benchmark::DoNotOptimize(FloorOrder(w, w.withdraw_block, Fam::kOrderWithdraw));
   }
@@ -147,7 +148,8 @@ std::int64_t FloorBatch(const CustomerWire& w, std::vector<BatchOrderRow>& rows)
   for (std::size_t i = 0; i < rows.size(); ++i) {
     rows[i].Wth = answer.wth[i];
     std::memcpy(rows[i].Msg, answer.notes[i], sizeof answer.notes[i]);
-    std::memset(rows[i].Msg + sizeof answer.notes[i], 0, sizeof rows[i].Msg - sizeof answer.notes[i]);
+    std::memset(rows[i].Msg + sizeof answer.notes[i], 0,
+                sizeof rows[i].Msg - sizeof answer.notes[i]);
   }
   return static_cast<std::int64_t>(rows.size()) - answer.count;
 }
@@ -233,9 +235,15 @@ void RegisterOrderBenchmarks() {
   benchmark::RegisterBenchmark(kBatchKit, Batch);
   benchmark::RegisterBenchmark(kBatchFloor, BatchFloor);
   benchmark::RegisterBenchmark(kThreadsKit, EntrustThreads)
-      ->Setup(ReadyOnce)->Threads(1)->Threads(2)->UseRealTime();
+      ->Setup(ReadyOnce)
+      ->Threads(1)
+      ->Threads(2)
+      ->UseRealTime();
   benchmark::RegisterBenchmark(kThreadsFloor, EntrustThreadsFloor)
-      ->Setup(ReadyOnce)->Threads(1)->Threads(2)->UseRealTime();
+      ->Setup(ReadyOnce)
+      ->Threads(1)
+      ->Threads(2)
+      ->UseRealTime();
   benchmark::RegisterBenchmark(kMemoryKit, MemoryKit)->Iterations(1)->Repetitions(1);
   benchmark::RegisterBenchmark(kMemoryFloor, MemoryFloor)->Iterations(1)->Repetitions(1);
 }

@@ -17,13 +17,17 @@
 #include "bench_env.h"
 #include "bench_paths.h"
 #include "comm/kel_api.h"
+#include "core/context.h"
 #include "kelsim.h"
 #include "push/push_handlers.h"
-#include "push/replies.h"
 #include "trade/order_blocks.h"
+#include "trade/replies.h"
 
 namespace molra::bench {
 namespace {
+
+// The push settings of a kit without a GLOBAL section ("DM0003" and "DM0004").
+molra::PushSettings kDefaultPush;
 
 #pragma pack(push, 1)
 // The members both push layouts share, KHH to WTGY.
@@ -118,7 +122,7 @@ void FillCommon(PushCommon& c) {
   c.DJZJ = 950.0;
   c.JYLB = 1;
   c.SBJG = 2;
-  Put(c.JGSM, "委托已申报");
+  Put(c.JGSM, "\xCE\xAF\xCD\xD0\xD2\xD1\xC9\xEA\xB1\xA8");  // 委托已申报, GBK
   Put(c.WTGY, "GY01");
 }
 
@@ -212,7 +216,7 @@ void Push415(benchmark::State& state) {
   IterationTimes times;
   for (auto _ : state) {
     const std::int64_t start = NowNs();
-    ScStructMsgProc(nullptr, 0, sizeof record, data);  // 0: the function number of "DM0003"
+    ScStructMsgProc(&kDefaultPush, 0, sizeof record, data);  // 0: the function number of "DM0003"
     times.Add(state, LastCallbackNs() - start);
   }
   times.Report(state);

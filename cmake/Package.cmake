@@ -53,8 +53,8 @@ else()
   set(CPACK_PACKAGE_FILE_NAME secmolra-${PROJECT_VERSION}-Linux)
   set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
   set(CPACK_DEBIAN_PACKAGE_SECTION libdevel)
-  # Dependencies from what the shipped ELF files need (dpkg-shlibdeps): spdlog and fmt are
-  # compiled into the kit, so only the C and C++ runtimes remain.
+  # Dependencies from what the shipped ELF files need (dpkg-shlibdeps): the C and C++
+  # runtimes and Debian's fmt (libfmt9); spdlog is compiled into the kit.
   set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 endif()
 

@@ -28,50 +28,66 @@ struct Query {
 };
 
 const Query kQueries[] = {
-    {{"DQ0003", nullptr}, [](std::int32_t cap) {
-       CopyInto<FundRecord>(cap, [](FundRecord* r, std::int32_t c) { PYSECMOLRA_QueryFundInfo("1001", r, c); });
+    {{"DQ0003", nullptr},
+     [](std::int32_t cap) {
+       CopyInto<FundRecord>(
+           cap, [](FundRecord* r, std::int32_t c) { PYSECMOLRA_QueryFundInfo("1001", r, c); });
      }},
-    {{"D00734", nullptr}, [](std::int32_t cap) {
-       CopyInto<AccountRecord>(cap, [](AccountRecord* r, std::int32_t c) { PYSECMOLRA_QueryAccInfo("1001", r, c); });
+    {{"D00734", nullptr},
+     [](std::int32_t cap) {
+       CopyInto<AccountRecord>(
+           cap, [](AccountRecord* r, std::int32_t c) { PYSECMOLRA_QueryAccInfo("1001", r, c); });
      }},
-    {{"D00751", nullptr}, [](std::int32_t cap) {
+    {{"D00751", nullptr},
+     [](std::int32_t cap) {
        CopyInto<OrderRecord>(cap, [](OrderRecord* r, std::int32_t c) {
          PYSECMOLRA_QueryOrders("1001", 0, 0, 0, 0, "", "", 0, r, c);
        });
      }},
-    {{"D00752", nullptr}, [](std::int32_t cap) {
+    {{"D00752", nullptr},
+     [](std::int32_t cap) {
        CopyInto<MatchRecord>(cap, [](MatchRecord* r, std::int32_t c) {
          PYSECMOLRA_QueryMatchs("1001", 0, 0, 0, 0, "", "", 0, r, c);
        });
      }},
-    {{"D00753", nullptr}, [](std::int32_t cap) {
+    {{"D00753", nullptr},
+     [](std::int32_t cap) {
        CopyInto<PositionRecord>(cap, [](PositionRecord* r, std::int32_t c) {
          PYSECMOLRA_QueryPositions("1001", 0, 0, 0, "", "", "", 0, r, c);
        });
      }},
-    {{"D00985", nullptr}, [](std::int32_t cap) {
-       CopyInto<PSQYRecord>(cap, [](PSQYRecord* r, std::int32_t c) { PYSECMOLRA_QueryPSQY("1001", "SH", "", r, c); });
+    {{"D00985", nullptr},
+     [](std::int32_t cap) {
+       CopyInto<PSQYRecord>(cap, [](PSQYRecord* r, std::int32_t c) {
+         PYSECMOLRA_QueryPSQY("1001", "SH", "", r, c);
+       });
      }},
-    {{"D00754", nullptr}, [](std::int32_t cap) {
+    {{"D00754", nullptr},
+     [](std::int32_t cap) {
        CopyInto<ETFShareRecord>(cap, [](ETFShareRecord* r, std::int32_t c) {
          PYSECMOLRA_QueryETFShare("1001", "510050", r, c);
        });
      }},
-    {{"D00749", "A00210"}, [](std::int32_t cap) {
-       CopyInto<CusNodeInfo>(cap, [](CusNodeInfo* r, std::int32_t c) { PYSECMOLRA_QueryCusNodeinfo("SIM", "1001", r, c); });
+    {{"D00749", "A00210"},
+     [](std::int32_t cap) {
+       CopyInto<CusNodeInfo>(cap, [](CusNodeInfo* r, std::int32_t c) {
+         PYSECMOLRA_QueryCusNodeinfo("SIM", "1001", r, c);
+       });
      }},
 };
 constexpr std::size_t kQueryCount = sizeof kQueries / sizeof kQueries[0];
 
 void Batch(molra::fuzz::Input& in) {
   const std::int32_t count = in.Byte() % 8;
-  std::unique_ptr<BatchOrderRow[]> rows(count > 0 ? new BatchOrderRow[static_cast<std::size_t>(count)] : nullptr);
+  std::unique_ptr<BatchOrderRow[]> rows(
+      count > 0 ? new BatchOrderRow[static_cast<std::size_t>(count)] : nullptr);
   for (std::int32_t i = 0; i < count; ++i) {
     auto* bytes = reinterpret_cast<unsigned char*>(&rows[static_cast<std::size_t>(i)]);
     for (std::size_t b = 0; b < sizeof(BatchOrderRow); ++b) bytes[b] = in.Byte();
   }
   std::vector<char> answer = in.Rest();
-  FUZZ_SIM(KelSim_SetStructAnswer)("19012", answer.data(), static_cast<std::int32_t>(answer.size()));
+  FUZZ_SIM(KelSim_SetStructAnswer)
+  ("19012", answer.data(), static_cast<std::int32_t>(answer.size()));
   PYSECMOLRA_BatchOrderEntrust("1001", 9, rows.get(), count);
 }
 

@@ -30,8 +30,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   molra::IniFile ini;
   ini.Load(g_path);
   static const char* const kSections[] = {"GLOBAL", "SIM", "T", "BK", ""};
-  static const char* const kKeys[] = {"addr", "tradeaddr", "SystemType", "usetraders",
-                                      "StructPushMsg", "backup", "exchange", "Name"};
+  static const char* const kKeys[] = {"addr",          "tradeaddr", "SystemType", "usetraders",
+                                      "StructPushMsg", "backup",    "exchange",   "Name"};
   volatile unsigned long sink = 0;  // keeps the results alive; unsigned: wraps freely
   for (const char* section : kSections) {
     molra::ConnProfile profile;
@@ -40,7 +40,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
            static_cast<unsigned char>(profile.exchange[0]);
     for (const char* key : kKeys) {
       const char* v = ini.GetString(section, key, nullptr);
-      sink = sink + static_cast<unsigned long>(molra::ParseIniLong(v, -7)) + molra::ParseIniBool(v, true);
+      sink = sink + static_cast<unsigned long>(molra::ParseIniLong(v, -7)) +
+             molra::ParseIniBool(v, true);
       sink = sink + static_cast<unsigned long>(ini.GetLong(section, key, 3)) +
              ini.GetBool(section, key, false);
     }

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "core/context.h"
 #include "fuzz_input.h"
 #include "push/push_decode.h"
 #include "push/push_handlers.h"
@@ -12,6 +13,9 @@
 #include "support/fake_kel.h"
 
 namespace {
+
+// The push settings of a kit without a GLOBAL section ("DM0003" and "DM0004").
+molra::PushSettings kDefaultPush;
 
 std::size_t g_sink = 0;
 void OnMessage(const char* time, const char* json, int32_t type) {
@@ -33,7 +37,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const auto len = static_cast<kel::int32>(record.size());
   switch (mode % 4) {
     case 0:  // the global handler: function 0 is the default confirmation code's number
-      molra::ScStructMsgProc(nullptr, (mode >> 2) % 3 == 0 ? 0 : mode, len, p);
+      molra::ScStructMsgProc(&kDefaultPush, (mode >> 2) % 3 == 0 ? 0 : mode, len, p);
       break;
     case 1:
     case 2: {  // a subscription's session whose binary body is the record
@@ -41,8 +45,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
       molra::test::FakeSession s;
       s.body.assign(record.begin(), record.end());
       const std::int64_t h = kel.Add(s);
-      if (mode % 4 == 1) molra::ScOrderMsgProcess(nullptr, h);
-      else molra::ScReportMsgProcess(nullptr, h);
+      if (mode % 4 == 1)
+        molra::ScOrderMsgProcess(nullptr, h);
+      else
+        molra::ScReportMsgProcess(nullptr, h);
       break;
     }
     default: {  // the decoder on a record of its layout's full length

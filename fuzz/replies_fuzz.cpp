@@ -8,10 +8,10 @@
 #include <string>
 
 #include "fuzz_input.h"
-#include "push/replies.h"
 #include "secmolra.h"
 #include "support/fake_kel.h"
 #include "support/reply_handlers.h"
+#include "trade/replies.h"
 #include "util/field_ids.h"
 
 namespace {
@@ -42,7 +42,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   if ((flags & 4) != 0) {
     const std::size_t req_len = static_cast<std::size_t>(in.Byte()) * 16;
     std::string req;
-    for (std::size_t i = 0; i < req_len && in.left() > 0; ++i) req.push_back(static_cast<char>(in.Byte()));
+    for (std::size_t i = 0; i < req_len && in.left() > 0; ++i)
+      req.push_back(static_cast<char>(in.Byte()));
     s.request = req;
   }
   if ((flags & 8) != 0) {

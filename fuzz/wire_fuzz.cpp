@@ -27,14 +27,22 @@ void Check(const std::string& body) {
   std::uint64_t id = 0;
   wire::PeekId(body, &type, &id);
   switch (type) {
-    case wire::Type::Hello: return RoundTrip<wire::Hello>(body, frame);
-    case wire::Type::Welcome: return RoundTrip<wire::Welcome>(body, frame);
-    case wire::Type::Request: return RoundTrip<wire::RequestMsg>(body, frame);
-    case wire::Type::Answer: return RoundTrip<wire::AnswerMsg>(body, frame);
-    case wire::Type::Interest: return RoundTrip<wire::Interest>(body, frame);
-    case wire::Type::Push: return RoundTrip<wire::PushMsg>(body, frame);
-    case wire::Type::Control: return RoundTrip<wire::ControlMsg>(body, frame);
-    case wire::Type::ControlAnswer: return RoundTrip<wire::ControlAnswer>(body, frame);
+    case wire::Type::Hello:
+      return RoundTrip<wire::Hello>(body, frame);
+    case wire::Type::Welcome:
+      return RoundTrip<wire::Welcome>(body, frame);
+    case wire::Type::Request:
+      return RoundTrip<wire::RequestMsg>(body, frame);
+    case wire::Type::Answer:
+      return RoundTrip<wire::AnswerMsg>(body, frame);
+    case wire::Type::Interest:
+      return RoundTrip<wire::Interest>(body, frame);
+    case wire::Type::Push:
+      return RoundTrip<wire::PushMsg>(body, frame);
+    case wire::Type::Control:
+      return RoundTrip<wire::ControlMsg>(body, frame);
+    case wire::Type::ControlAnswer:
+      return RoundTrip<wire::ControlAnswer>(body, frame);
     case wire::Type::Refuse: {
       std::string why;
       if (wire::DecodeRefuse(body, &why) && wire::EncodeRefuse(why) != frame) std::abort();

@@ -41,21 +41,21 @@ extern "C" {
 
 /* ---- error codes ---------------------------------------------------------------------- */
 
-#define SECMOLRA_ERR_POOL (-1)              /* connection pool not created, missing table */
-#define SECMOLRA_ERR_LOAD (-200)            /* transport or one of its functions not bound */
-#define SECMOLRA_ERR_SESSION (-202)         /* no session for the customer */
-#define SECMOLRA_ERR_NOT_LOGGED_IN (-203)   /* "客户未登录" */
-#define SECMOLRA_ERR_SEND (-204)            /* "发送请求失败" */
-#define SECMOLRA_ERR_ANSWER (-205)          /* answer or reply packet incorrect */
-#define SECMOLRA_ERR_CONFIG (-206)          /* configuration file unreadable */
-#define SECMOLRA_ERR_LOGIN_ZERO (-220)      /* login produced no token */
-#define SECMOLRA_ERR_ARGUMENT (-221)        /* illegal argument */
-#define SECMOLRA_ERR_UNSUPPORTED (-222)     /* not supported, category not admitted */
-#define SECMOLRA_ERR_SYSTEM_TYPE (-223)     /* unknown system type */
-#define SECMOLRA_ERR_NO_CONN_INFO (-224)    /* no connection information */
-#define SECMOLRA_ERR_MANY_NODES (-226)      /* several nodes, none chosen */
-#define SECMOLRA_ERR_NO_NODE (-227)         /* customer has no trading node */
-#define SECMOLRA_ERR_INTERNAL (-299)        /* "内部错误": the kit caught an internal failure */
+#define SECMOLRA_ERR_POOL (-1)            /* connection pool not created, missing table */
+#define SECMOLRA_ERR_LOAD (-200)          /* transport or one of its functions not bound */
+#define SECMOLRA_ERR_SESSION (-202)       /* no session for the customer */
+#define SECMOLRA_ERR_NOT_LOGGED_IN (-203) /* "客户未登录" */
+#define SECMOLRA_ERR_SEND (-204)          /* "发送请求失败" */
+#define SECMOLRA_ERR_ANSWER (-205)        /* answer or reply packet incorrect */
+#define SECMOLRA_ERR_CONFIG (-206)        /* configuration file unreadable */
+#define SECMOLRA_ERR_LOGIN_ZERO (-220)    /* login produced no token */
+#define SECMOLRA_ERR_ARGUMENT (-221)      /* illegal argument */
+#define SECMOLRA_ERR_UNSUPPORTED (-222)   /* not supported, category not admitted */
+#define SECMOLRA_ERR_SYSTEM_TYPE (-223)   /* unknown system type */
+#define SECMOLRA_ERR_NO_CONN_INFO (-224)  /* no connection information */
+#define SECMOLRA_ERR_MANY_NODES (-226)    /* several nodes, none chosen */
+#define SECMOLRA_ERR_NO_NODE (-227)       /* customer has no trading node */
+#define SECMOLRA_ERR_INTERNAL (-299)      /* "内部错误": the kit caught an internal failure */
 
 /* ---- callbacks ------------------------------------------------------------------------ */
 
@@ -75,14 +75,14 @@ typedef void (*SECMOLRA_ConnEventCallback)(const char* khh, const char* name, in
 
 /* Customer login record, taken by SECMOLRA_TradeLoginEx and every Ex export. */
 typedef struct CusLoginInfo {
-  char KHH[16];      /* customer number */
-  char GDH[12];      /* shareholder account; read by the order Ex exports */
-  char Password[40]; /* trade password in clear text */
-  int32_t NodeID;    /* trade node; below 1: not specified */
-  char WTFS[5];      /* entrust method; empty: the default of SECMOLRA_SetWTFS */
-  char Node[256];    /* node text; empty: the default of SECMOLRA_SetNode */
-  int64_t Token;     /* out: the session token of the last login */
-  int64_t ErrorCode; /* the account's own copy of its last error */
+  char KHH[16];       /* customer number */
+  char GDH[12];       /* shareholder account; read by the order Ex exports */
+  char Password[40];  /* trade password in clear text */
+  int32_t NodeID;     /* trade node; below 1: not specified */
+  char WTFS[5];       /* entrust method; empty: the default of SECMOLRA_SetWTFS */
+  char Node[256];     /* node text; empty: the default of SECMOLRA_SetNode */
+  int64_t Token;      /* out: the session token of the last login */
+  int64_t ErrorCode;  /* the account's own copy of its last error */
   char ErrorMsg[256]; /* its message: at most 256 bytes, not terminated when full */
 } CusLoginInfo;
 SECMOLRA_STATIC_ASSERT(sizeof(CusLoginInfo) == 605, "CusLoginInfo is 605 bytes");
@@ -98,12 +98,12 @@ SECMOLRA_STATIC_ASSERT(sizeof(CusNodeInfo) == 28, "CusNodeInfo is 28 bytes");
 
 /* One row of a batch entrust: in Jys..Ddlx, out Wth and Msg. */
 typedef struct BatchOrderRow {
-  char Jys[3];   /* exchange, exactly 2 characters */
-  char Zqdm[7];  /* security code, exactly 6 characters */
-  int32_t Jylb;  /* 1 buy, 2 sell */
-  double Wtjg;   /* price, (0, 100000) */
-  int64_t Wtsl;  /* quantity, 1 to 999999999 */
-  int32_t Ddlx;  /* order type, 0 to 999 */
+  char Jys[3];  /* exchange, exactly 2 characters */
+  char Zqdm[7]; /* security code, exactly 6 characters */
+  int32_t Jylb; /* 1 buy, 2 sell */
+  double Wtjg;  /* price, (0, 100000) */
+  int64_t Wtsl; /* quantity, 1 to 999999999 */
+  int32_t Ddlx; /* order type, 0 to 999 */
   char Unused[11];
   int64_t Wth;   /* out: the row's order number */
   char Msg[128]; /* out: the row's note */
@@ -116,36 +116,36 @@ SECMOLRA_STATIC_ASSERT(sizeof(BatchOrderRow) == 181, "BatchOrderRow is 181 bytes
 /* Fund query (SECMOLRA_QueryFundInfo), one row per currency. Amount1 and Amount2 both carry
  * answer key 709; Total is Amount7 + Amount1 + Amount9, added in that order. */
 typedef struct FundRecord {
-  char KHH[16];      /* 605 */
-  char ZJZH[16];     /* 716 */
-  char BZ[4];        /* 511 currency */
-  char Text2[16];    /* 1257 */
-  double Amount1;    /* 709 */
-  double Amount2;    /* 709 */
-  double Amount3;    /* 826 */
-  double Amount4;    /* 2085 */
-  double Amount5;    /* 619 */
-  double Amount6;    /* 2086 */
-  double Total;      /* (869 + 709) + 647 */
-  double Amount7;    /* 869 */
-  double Amount8;    /* 1847 */
+  char KHH[16];   /* 605 */
+  char ZJZH[16];  /* 716 */
+  char BZ[4];     /* 511 currency */
+  char Text2[16]; /* 1257 */
+  double Amount1; /* 709 */
+  double Amount2; /* 709 */
+  double Amount3; /* 826 */
+  double Amount4; /* 2085 */
+  double Amount5; /* 619 */
+  double Amount6; /* 2086 */
+  double Total;   /* (869 + 709) + 647 */
+  double Amount7; /* 869 */
+  double Amount8; /* 1847 */
   char Reserved[88];
-  double Amount9;    /* 647 */
+  double Amount9; /* 647 */
   char Reserved2[16];
 } FundRecord;
 SECMOLRA_STATIC_ASSERT(sizeof(FundRecord) == 236, "FundRecord is 236 bytes");
 
 /* Shareholder-account query (SECMOLRA_QueryAccInfo). */
 typedef struct AccountRecord {
-  char KHH[16];      /* 605 */
-  char JYS[4];       /* 599 exchange short code */
-  char GDH[12];      /* 571 shareholder account */
-  char Text2[16];    /* 575 */
-  char Text3[16];    /* 795 */
-  char Text4[8];     /* 1027 */
-  char BZ[4];        /* 511 currency */
-  char Text5[16];    /* 1532 */
-  int32_t Value;     /* 572 */
+  char KHH[16];   /* 605 */
+  char JYS[4];    /* 599 exchange short code */
+  char GDH[12];   /* 571 shareholder account */
+  char Text2[16]; /* 575 */
+  char Text3[16]; /* 795 */
+  char Text4[8];  /* 1027 */
+  char BZ[4];     /* 511 currency */
+  char Text5[16]; /* 1532 */
+  int32_t Value;  /* 572 */
   int32_t Reserved;
 } AccountRecord;
 SECMOLRA_STATIC_ASSERT(sizeof(AccountRecord) == 100, "AccountRecord is 100 bytes");
@@ -153,106 +153,106 @@ SECMOLRA_STATIC_ASSERT(sizeof(AccountRecord) == 100, "AccountRecord is 100 bytes
 /* Allotment-right query (SECMOLRA_QueryPSQY). Bytes behind a text's terminator are
  * unspecified. */
 typedef struct PSQYRecord {
-  char KHH[16];      /* 605 */
-  char JYS[4];       /* 599 */
-  char GDH[12];      /* 571 */
-  int64_t Value1;    /* 724 */
-  int64_t Value2;    /* 1179 */
+  char KHH[16];   /* 605 */
+  char JYS[4];    /* 599 */
+  char GDH[12];   /* 571 */
+  int64_t Value1; /* 724 */
+  int64_t Value2; /* 1179 */
 } PSQYRecord;
 SECMOLRA_STATIC_ASSERT(sizeof(PSQYRecord) == 48, "PSQYRecord is 48 bytes");
 
 /* Order query (SECMOLRA_QueryOrders): one order of the day. Answer keys in comments. */
 typedef struct OrderRecord {
-  char KHH[16];      /* 605 */
-  char JYS[4];       /* 599 */
-  char GDH[12];      /* 571 */
-  char ZQDM[9];      /* 719 security code */
-  char ZQMC[33];     /* 9206 security name */
-  int64_t WTH;       /* 681 order number */
-  int32_t JYLB;      /* 595 trade category */
-  int64_t WTSL;      /* 684 order quantity */
-  double WTJG;       /* 682 order price */
-  int32_t DDLX;      /* 1013 order type */
-  char WTSJ[13];     /* 9201 entrust time */
-  int64_t CJSL;      /* 9202 matched quantity */
-  double CJJG;       /* 9203 average match price */
-  double CJJE;       /* 9204 match amount */
-  int64_t CDSL;      /* 9205 withdrawn quantity */
-  int32_t SBJG;      /* 753 declaration result */
-  char JGSM[128];    /* 9209 result note */
-  char CXBZ[2];      /* 9210 withdrawal flag ("W" marks a withdrawal) */
-  int64_t KFSBDBH;   /* 9157 the caller's request number */
-  int64_t WTPCH;     /* 9216 batch number */
-  double DJZJ;       /* 764 frozen funds */
-  char ZJZH[31];     /* 716 fund account */
-  char BZ[4];        /* 511 currency */
+  char KHH[16];    /* 605 */
+  char JYS[4];     /* 599 */
+  char GDH[12];    /* 571 */
+  char ZQDM[9];    /* 719 security code */
+  char ZQMC[33];   /* 9206 security name */
+  int64_t WTH;     /* 681 order number */
+  int32_t JYLB;    /* 595 trade category */
+  int64_t WTSL;    /* 684 order quantity */
+  double WTJG;     /* 682 order price */
+  int32_t DDLX;    /* 1013 order type */
+  char WTSJ[13];   /* 9201 entrust time */
+  int64_t CJSL;    /* 9202 matched quantity */
+  double CJJG;     /* 9203 average match price */
+  double CJJE;     /* 9204 match amount */
+  int64_t CDSL;    /* 9205 withdrawn quantity */
+  int32_t SBJG;    /* 753 declaration result */
+  char JGSM[128];  /* 9209 result note */
+  char CXBZ[2];    /* 9210 withdrawal flag ("W" marks a withdrawal) */
+  int64_t KFSBDBH; /* 9157 the caller's request number */
+  int64_t WTPCH;   /* 9216 batch number */
+  double DJZJ;     /* 764 frozen funds */
+  char ZJZH[31];   /* 716 fund account */
+  char BZ[4];      /* 511 currency */
   char Reserved[100];
 } OrderRecord;
 SECMOLRA_STATIC_ASSERT(sizeof(OrderRecord) == 444, "OrderRecord is 444 bytes");
 
 /* Match query (SECMOLRA_QueryMatchs): one match report of the day. */
 typedef struct MatchRecord {
-  char KHH[16];      /* 605 */
-  char JYS[4];       /* 599 */
-  char GDH[12];      /* 571 */
-  char ZQDM[9];      /* 719 */
-  char ZQMC[33];     /* 9206 */
-  int64_t WTH;       /* 681 */
-  int32_t JYLB;      /* 595 */
-  int64_t CJSL;      /* 9202 matched quantity */
-  double CJJG;       /* 9203 match price */
-  double CJJE;       /* 9204 match amount */
-  char CJBH[31];     /* 9207 match number */
-  char CJSJ[13];     /* 9208 match time */
-  int64_t KFSBDBH;   /* 9157 */
+  char KHH[16];    /* 605 */
+  char JYS[4];     /* 599 */
+  char GDH[12];    /* 571 */
+  char ZQDM[9];    /* 719 */
+  char ZQMC[33];   /* 9206 */
+  int64_t WTH;     /* 681 */
+  int32_t JYLB;    /* 595 */
+  int64_t CJSL;    /* 9202 matched quantity */
+  double CJJG;     /* 9203 match price */
+  double CJJE;     /* 9204 match amount */
+  char CJBH[31];   /* 9207 match number */
+  char CJSJ[13];   /* 9208 match time */
+  int64_t KFSBDBH; /* 9157 */
   char Reserved[23];
 } MatchRecord;
 SECMOLRA_STATIC_ASSERT(sizeof(MatchRecord) == 185, "MatchRecord is 185 bytes");
 
 /* Position query (SECMOLRA_QueryPositions): one security held. */
 typedef struct PositionRecord {
-  char KHH[16];      /* 605 */
-  char JYS[4];       /* 599 */
-  char GDH[12];      /* 571 */
-  char ZQDM[9];      /* 719 */
-  char ZQMC[33];     /* 9206 */
-  int64_t GFYE;      /* 9211 position balance */
-  int64_t KMSL;      /* 9212 sellable quantity */
-  double CBJ;        /* 9213 cost price */
-  double ZXJ;        /* 9219 latest price */
-  double ZXSZ;       /* 9214 market value */
-  double FDYK;       /* 9215 floating profit and loss */
-  char BZ[4];        /* 511 */
+  char KHH[16];  /* 605 */
+  char JYS[4];   /* 599 */
+  char GDH[12];  /* 571 */
+  char ZQDM[9];  /* 719 */
+  char ZQMC[33]; /* 9206 */
+  int64_t GFYE;  /* 9211 position balance */
+  int64_t KMSL;  /* 9212 sellable quantity */
+  double CBJ;    /* 9213 cost price */
+  double ZXJ;    /* 9219 latest price */
+  double ZXSZ;   /* 9214 market value */
+  double FDYK;   /* 9215 floating profit and loss */
+  char BZ[4];    /* 511 */
   char Reserved[258];
 } PositionRecord;
 SECMOLRA_STATIC_ASSERT(sizeof(PositionRecord) == 384, "PositionRecord is 384 bytes");
 
 /* ETF-share query (SECMOLRA_QueryETFShare): one component or share line of a fund. */
 typedef struct ETFShareRecord {
-  char KHH[16];      /* 605 */
-  char JYS[4];       /* 599 */
-  char GDH[12];      /* 571 */
-  char JJDM[9];      /* 9225 fund code */
-  char ZQDM[9];      /* 719 */
-  int64_t FESL;      /* 9218 shares */
+  char KHH[16]; /* 605 */
+  char JYS[4];  /* 599 */
+  char GDH[12]; /* 571 */
+  char JJDM[9]; /* 9225 fund code */
+  char ZQDM[9]; /* 719 */
+  int64_t FESL; /* 9218 shares */
   char Reserved[14];
 } ETFShareRecord;
 SECMOLRA_STATIC_ASSERT(sizeof(ETFShareRecord) == 72, "ETFShareRecord is 72 bytes");
 
 /* Fund-allocation ratio between two nodes (SECMOLRA_QueryZJHBCL). */
 typedef struct ZJHBCLRecord {
-  int64_t Node1;     /* 935 */
-  int64_t Node2;     /* 936 */
-  double Ratio1;     /* 940 */
-  double Ratio2;     /* 941 */
+  int64_t Node1; /* 935 */
+  int64_t Node2; /* 936 */
+  double Ratio1; /* 940 */
+  double Ratio2; /* 941 */
 } ZJHBCLRecord;
 SECMOLRA_STATIC_ASSERT(sizeof(ZJHBCLRecord) == 32, "ZJHBCLRecord is 32 bytes");
 
 /* Available funds of one node (SECMOLRA_QueryJDKYZJ). */
 typedef struct JDKYZJRecord {
-  int32_t NodeID;    /* 2071 */
+  int32_t NodeID; /* 2071 */
   int32_t Reserved;
-  double KYZJ;       /* 709 available funds */
+  double KYZJ; /* 709 available funds */
 } JDKYZJRecord;
 SECMOLRA_STATIC_ASSERT(sizeof(JDKYZJRecord) == 16, "JDKYZJRecord is 16 bytes");
 
@@ -327,7 +327,9 @@ SECMOLRA_API int64_t SECMOLRA_TradeLogin(const char* lpKeyName, const char* lpKh
 SECMOLRA_API int64_t SECMOLRA_TradeLoginEx(const char* lpKeyName, CusLoginInfo* info);
 /* Takes the customer back to not logged in (no request to the back end); 1, or -221. */
 SECMOLRA_API int64_t SECMOLRA_TradeLogout(const char* lpKhh);
-/* Token used by later requests of the customer in place of the login's; always true. */
+/* Token used by later requests of the customer in place of the login's; always true. The
+ * token and node tables belong to the running kit: set before SECMOLRA_Init, they are not
+ * kept. */
 SECMOLRA_API bool SECMOLRA_SetCusToken(const char* lpKhh, int64_t token);
 /* Trade node of the customer; a login resets it, so it serves the requests that follow
  * the login. Always true. */
@@ -358,14 +360,13 @@ SECMOLRA_API int64_t SECMOLRA_FundTransOut(const char* khh, const char* pwd, dou
  * amount above 0, both nodes 1 or more and different; otherwise -221 "非法参数". A null
  * zjzh or remark is sent empty. */
 SECMOLRA_API int64_t SECMOLRA_FundTransBetweenNodes(int32_t systemType, const char* khh,
-                                                    const char* zjzh, double amount,
-                                                    int64_t node1, int64_t node2,
-                                                    const char* remark);
+                                                    const char* zjzh, double amount, int64_t node1,
+                                                    int64_t node2, const char* remark);
 /* Sets the fund-allocation ratio between two nodes. systemType must be 4, khh non-empty,
  * both nodes 1 or more and different, neither ratio negative; otherwise -221 "非法参数". */
-SECMOLRA_API int64_t SECMOLRA_ModifyZJHBCL(int32_t systemType, const char* khh,
-                                           const char* zjzh, int64_t node1, int64_t node2,
-                                           double ratio1, double ratio2, const char* remark);
+SECMOLRA_API int64_t SECMOLRA_ModifyZJHBCL(int32_t systemType, const char* khh, const char* zjzh,
+                                           int64_t node1, int64_t node2, double ratio1,
+                                           double ratio2, const char* remark);
 
 /* ---- queries ---- */
 /* @exports-queries@ */
@@ -411,24 +412,23 @@ SECMOLRA_API int32_t PYSECMOLRA_QueryCusNodeinfo(const char* lpKeyName, const ch
 /* Plain-array form of SECMOLRA_QueryFundInfo. */
 SECMOLRA_API int64_t PYSECMOLRA_QueryFundInfo(const char* khh, FundRecord* records, int32_t cap);
 /* Plain-array form of SECMOLRA_QueryAccInfo. */
-SECMOLRA_API int64_t PYSECMOLRA_QueryAccInfo(const char* khh, AccountRecord* records,
-                                             int32_t cap);
+SECMOLRA_API int64_t PYSECMOLRA_QueryAccInfo(const char* khh, AccountRecord* records, int32_t cap);
 /* Plain-array form of SECMOLRA_QueryOrders. */
 SECMOLRA_API int64_t PYSECMOLRA_QueryOrders(const char* khh, int32_t nType, int32_t nSortType,
-                                            int32_t nRowcount, int32_t nBrowindex,
-                                            const char* jys, const char* zqdm, int64_t lWth,
-                                            OrderRecord* records, int32_t cap);
+                                            int32_t nRowcount, int32_t nBrowindex, const char* jys,
+                                            const char* zqdm, int64_t lWth, OrderRecord* records,
+                                            int32_t cap);
 /* Plain-array form of SECMOLRA_QueryMatchs. */
 SECMOLRA_API int64_t PYSECMOLRA_QueryMatchs(const char* khh, int32_t nType, int32_t nSortType,
-                                            int32_t nRowcount, int32_t nBrowindex,
-                                            const char* jys, const char* zqdm, int64_t lWth,
-                                            MatchRecord* records, int32_t cap);
+                                            int32_t nRowcount, int32_t nBrowindex, const char* jys,
+                                            const char* zqdm, int64_t lWth, MatchRecord* records,
+                                            int32_t cap);
 /* Plain-array form of SECMOLRA_QueryPositions. */
 SECMOLRA_API int64_t PYSECMOLRA_QueryPositions(const char* khh, int32_t nSortType,
                                                int32_t nRowcount, int32_t nBrowindex,
-                                               const char* gdh, const char* jys,
-                                               const char* zqdm, int32_t exeflag,
-                                               PositionRecord* records, int32_t cap);
+                                               const char* gdh, const char* jys, const char* zqdm,
+                                               int32_t exeflag, PositionRecord* records,
+                                               int32_t cap);
 /* Plain-array form of SECMOLRA_QueryPSQY. */
 SECMOLRA_API int64_t PYSECMOLRA_QueryPSQY(const char* khh, const char* jys, const char* gdh,
                                           PSQYRecord* records, int32_t cap);
@@ -449,29 +449,28 @@ SECMOLRA_API int64_t PYSECMOLRA_QueryETFShare(const char* khh, const char* jjdm,
  * values are cut. Category refusals are -222 before the customer is looked up. */
 
 /* Ordinary buy or sell order (19001). */
-SECMOLRA_API int64_t SECMOLRA_OrderEntrust(const char* lpKhh, const char* lpJys,
-                                           const char* lpZqdm, int32_t nJylb, int64_t lWtsl,
-                                           double lfWtjg, int64_t lDdlx, const char* lpGdh);
+SECMOLRA_API int64_t SECMOLRA_OrderEntrust(const char* lpKhh, const char* lpJys, const char* lpZqdm,
+                                           int32_t nJylb, int64_t lWtsl, double lfWtjg,
+                                           int64_t lDdlx, const char* lpGdh);
 /* Ordinary order, customer as record. */
 SECMOLRA_API int64_t SECMOLRA_OrderEntrustEx(CusLoginInfo* info, const char* lpJys,
                                              const char* lpZqdm, int32_t nJylb, int64_t lWtsl,
                                              double lfWtjg, int64_t lDdlx);
 /* Ordinary order, asynchronous. */
 SECMOLRA_API int64_t SECMOLRA_OrderEntrust_ASync(const char* lpKhh, const char* lpJys,
-                                                 const char* lpZqdm, int32_t nJylb,
-                                                 int64_t lWtsl, double lfWtjg, int64_t lDdlx,
-                                                 const char* lpGdh, int64_t nKFSBDBH);
+                                                 const char* lpZqdm, int32_t nJylb, int64_t lWtsl,
+                                                 double lfWtjg, int64_t lDdlx, const char* lpGdh,
+                                                 int64_t nKFSBDBH);
 /* Ordinary order, customer as record, asynchronous. */
 SECMOLRA_API int64_t SECMOLRA_OrderEntrustEx_ASync(CusLoginInfo* info, const char* lpJys,
-                                                   const char* lpZqdm, int32_t nJylb,
-                                                   int64_t lWtsl, double lfWtjg, int64_t lDdlx,
-                                                   int64_t nKFSBDBH);
+                                                   const char* lpZqdm, int32_t nJylb, int64_t lWtsl,
+                                                   double lfWtjg, int64_t lDdlx, int64_t nKFSBDBH);
 
 /* ETF subscription (nJylb 29, 19013) or redemption (30, 19014); others -222
  * "仅支持[JYLB_ETFG,JYLB_ETFSH]". lpStep may be null (up to 21 bytes sent). */
-SECMOLRA_API int64_t SECMOLRA_ETFEntrust(const char* lpKhh, const char* lpJys,
-                                         const char* lpZqdm, int32_t nJylb, int32_t lWtsl,
-                                         const char* lpGdh, const char* lpStep);
+SECMOLRA_API int64_t SECMOLRA_ETFEntrust(const char* lpKhh, const char* lpJys, const char* lpZqdm,
+                                         int32_t nJylb, int32_t lWtsl, const char* lpGdh,
+                                         const char* lpStep);
 /* ETF subscription or redemption, customer as record. */
 SECMOLRA_API int64_t SECMOLRA_ETFEntrustEx(CusLoginInfo* info, const char* lpJys,
                                            const char* lpZqdm, int32_t nJylb, int32_t lWtsl,
@@ -483,9 +482,8 @@ SECMOLRA_API int64_t SECMOLRA_ETFEntrust_ASync(const char* lpKhh, const char* lp
                                                int64_t nKFSBDBH);
 /* ETF subscription or redemption, customer as record, asynchronous. */
 SECMOLRA_API int64_t SECMOLRA_ETFEntrustEx_ASync(CusLoginInfo* info, const char* lpJys,
-                                                 const char* lpZqdm, int32_t nJylb,
-                                                 int32_t lWtsl, const char* lpStep,
-                                                 int64_t nKFSBDBH);
+                                                 const char* lpZqdm, int32_t nJylb, int32_t lWtsl,
+                                                 const char* lpStep, int64_t nKFSBDBH);
 
 /* ETF basket entrust: buys the constituents of nUnits creation units of the ETF lpEtfCode.
  * In order, each refusal recorded under "ETFBasketEntrust": the ETF's basic information
@@ -508,9 +506,9 @@ SECMOLRA_API int64_t SECMOLRA_ETFBasketEntrustEx(CusLoginInfo* info, const char*
                                                  double lfPrice, int64_t lDdlx);
 
 /* Repurchase (19042); nJylb 4 or 5, others -222 "仅支持[JYLB_HGRQ,JYLB_HGRZ]". */
-SECMOLRA_API int64_t SECMOLRA_ZQHGEntrust(const char* lpKhh, const char* lpJys,
-                                          const char* lpZqdm, int32_t nJylb, int32_t lWtsl,
-                                          double lfWtjg, int64_t lDdlx, const char* lpGdh);
+SECMOLRA_API int64_t SECMOLRA_ZQHGEntrust(const char* lpKhh, const char* lpJys, const char* lpZqdm,
+                                          int32_t nJylb, int32_t lWtsl, double lfWtjg,
+                                          int64_t lDdlx, const char* lpGdh);
 /* Repurchase, customer as record. */
 SECMOLRA_API int64_t SECMOLRA_ZQHGEntrustEx(CusLoginInfo* info, const char* lpJys,
                                             const char* lpZqdm, int32_t nJylb, int32_t lWtsl,
@@ -522,16 +520,15 @@ SECMOLRA_API int64_t SECMOLRA_ZQHGEntrust_ASync(const char* lpKhh, const char* l
                                                 int64_t nKFSBDBH);
 /* Repurchase, customer as record, asynchronous. */
 SECMOLRA_API int64_t SECMOLRA_ZQHGEntrustEx_ASync(CusLoginInfo* info, const char* lpJys,
-                                                  const char* lpZqdm, int32_t nJylb,
-                                                  int32_t lWtsl, double lfWtjg, int64_t lDdlx,
-                                                  int64_t nKFSBDBH);
+                                                  const char* lpZqdm, int32_t nJylb, int32_t lWtsl,
+                                                  double lfWtjg, int64_t lDdlx, int64_t nKFSBDBH);
 
 /* Pledge in/out for repurchase (19043); nJylb 37 or 38, others -222. */
 SECMOLRA_API int64_t SECMOLRA_ZQHGCrk(const char* lpKhh, const char* lpJys, const char* lpZqdm,
                                       int32_t nJylb, int32_t lWtsl, const char* lpGdh);
 /* Pledge in/out, customer as record. */
-SECMOLRA_API int64_t SECMOLRA_ZQHGCrkEx(CusLoginInfo* info, const char* lpJys,
-                                        const char* lpZqdm, int32_t nJylb, int32_t lWtsl);
+SECMOLRA_API int64_t SECMOLRA_ZQHGCrkEx(CusLoginInfo* info, const char* lpJys, const char* lpZqdm,
+                                        int32_t nJylb, int32_t lWtsl);
 /* Pledge in/out, asynchronous. */
 SECMOLRA_API int64_t SECMOLRA_ZQHGCrk_ASync(const char* lpKhh, const char* lpJys,
                                             const char* lpZqdm, int32_t nJylb, int32_t lWtsl,
@@ -550,10 +547,9 @@ SECMOLRA_API int64_t SECMOLRA_FXYW(const char* lpKhh, const char* lpJys, const c
 SECMOLRA_API int64_t SECMOLRA_FXYWEx(CusLoginInfo* info, const char* lpJys, const char* lpZqdm,
                                      int32_t nJylb, int64_t lWtsl, double lwtjg, int64_t lDdlx);
 /* Issuance business, asynchronous. */
-SECMOLRA_API int64_t SECMOLRA_FXYW_ASync(const char* lpKhh, const char* lpJys,
-                                         const char* lpZqdm, int32_t nJylb, int64_t lWtsl,
-                                         double lwtjg, int64_t lDdlx, const char* lpGdh,
-                                         int64_t nKFSBDBH);
+SECMOLRA_API int64_t SECMOLRA_FXYW_ASync(const char* lpKhh, const char* lpJys, const char* lpZqdm,
+                                         int32_t nJylb, int64_t lWtsl, double lwtjg, int64_t lDdlx,
+                                         const char* lpGdh, int64_t nKFSBDBH);
 /* Issuance business, customer as record, asynchronous. */
 SECMOLRA_API int64_t SECMOLRA_FXYWEx_ASync(CusLoginInfo* info, const char* lpJys,
                                            const char* lpZqdm, int32_t nJylb, int64_t lWtsl,
@@ -581,19 +577,18 @@ SECMOLRA_API int64_t SECMOLRA_Lof(const char* lpKhh, const char* lpJys, const ch
 SECMOLRA_API int64_t SECMOLRA_LofEx(CusLoginInfo* info, const char* lpJys, const char* lpZqdm,
                                     int32_t nJylb, int32_t lWtsl, double lwtjg, char flag);
 /* Listed fund, asynchronous. */
-SECMOLRA_API int64_t SECMOLRA_Lof_ASync(const char* lpKhh, const char* lpJys,
-                                        const char* lpZqdm, int32_t nJylb, int32_t lWtsl,
-                                        double lwtjg, char flag, const char* lpGdh,
-                                        int64_t nKFSBDBH);
+SECMOLRA_API int64_t SECMOLRA_Lof_ASync(const char* lpKhh, const char* lpJys, const char* lpZqdm,
+                                        int32_t nJylb, int32_t lWtsl, double lwtjg, char flag,
+                                        const char* lpGdh, int64_t nKFSBDBH);
 /* Listed fund, customer as record, asynchronous. */
-SECMOLRA_API int64_t SECMOLRA_LofEx_ASync(CusLoginInfo* info, const char* lpJys,
-                                          const char* lpZqdm, int32_t nJylb, int32_t lWtsl,
-                                          double lwtjg, char flag, int64_t nKFSBDBH);
+SECMOLRA_API int64_t SECMOLRA_LofEx_ASync(CusLoginInfo* info, const char* lpJys, const char* lpZqdm,
+                                          int32_t nJylb, int32_t lWtsl, double lwtjg, char flag,
+                                          int64_t nKFSBDBH);
 
 /* After-hours priced trading (19131); categories are not checked. */
-SECMOLRA_API int64_t SECMOLRA_PHDJEntrust(const char* lpKhh, const char* lpJys,
-                                          const char* lpZqdm, int32_t nJylb, int64_t lWtsl,
-                                          double lfWtjg, int64_t lDdlx, const char* lpGdh);
+SECMOLRA_API int64_t SECMOLRA_PHDJEntrust(const char* lpKhh, const char* lpJys, const char* lpZqdm,
+                                          int32_t nJylb, int64_t lWtsl, double lfWtjg,
+                                          int64_t lDdlx, const char* lpGdh);
 /* After-hours priced trading, customer as record. */
 SECMOLRA_API int64_t SECMOLRA_PHDJEntrustEx(CusLoginInfo* info, const char* lpJys,
                                             const char* lpZqdm, int32_t nJylb, int64_t lWtsl,
@@ -605,9 +600,8 @@ SECMOLRA_API int64_t SECMOLRA_PHDJEntrust_ASync(const char* lpKhh, const char* l
                                                 int64_t nKFSBDBH);
 /* After-hours priced trading, customer as record, asynchronous. */
 SECMOLRA_API int64_t SECMOLRA_PHDJEntrustEx_ASync(CusLoginInfo* info, const char* lpJys,
-                                                  const char* lpZqdm, int32_t nJylb,
-                                                  int64_t lWtsl, double lfWtjg, int64_t lDdlx,
-                                                  int64_t nKFSBDBH);
+                                                  const char* lpZqdm, int32_t nJylb, int64_t lWtsl,
+                                                  double lfWtjg, int64_t lDdlx, int64_t nKFSBDBH);
 
 /* Non-trading business (key/value; nJylb 212 -> 19090, 11/12 -> 19091, 76/77 -> 19092,
  * others -222). */
@@ -618,14 +612,13 @@ SECMOLRA_API int64_t SECMOLRA_FJY(const char* lpKhh, const char* lpJys, const ch
 SECMOLRA_API int64_t SECMOLRA_FJYEx(CusLoginInfo* info, const char* lpJys, const char* lpZqdm,
                                     int32_t nJylb, int64_t lWtsl, double lwtjg, int64_t lDdlx);
 /* Non-trading business, asynchronous. */
-SECMOLRA_API int64_t SECMOLRA_FJY_ASync(const char* lpKhh, const char* lpJys,
-                                        const char* lpZqdm, int32_t nJylb, int64_t lWtsl,
-                                        double lwtjg, int64_t lDdlx, const char* lpGdh,
-                                        int64_t nKFSBDBH);
+SECMOLRA_API int64_t SECMOLRA_FJY_ASync(const char* lpKhh, const char* lpJys, const char* lpZqdm,
+                                        int32_t nJylb, int64_t lWtsl, double lwtjg, int64_t lDdlx,
+                                        const char* lpGdh, int64_t nKFSBDBH);
 /* Non-trading business, customer as record, asynchronous. */
-SECMOLRA_API int64_t SECMOLRA_FJYEx_ASync(CusLoginInfo* info, const char* lpJys,
-                                          const char* lpZqdm, int32_t nJylb, int64_t lWtsl,
-                                          double lwtjg, int64_t lDdlx, int64_t nKFSBDBH);
+SECMOLRA_API int64_t SECMOLRA_FJYEx_ASync(CusLoginInfo* info, const char* lpJys, const char* lpZqdm,
+                                          int32_t nJylb, int64_t lWtsl, double lwtjg, int64_t lDdlx,
+                                          int64_t nKFSBDBH);
 
 /* ---- withdrawals ---- */
 /* @exports-withdrawals@ */
@@ -637,81 +630,90 @@ SECMOLRA_API int64_t SECMOLRA_FJYEx_ASync(CusLoginInfo* info, const char* lpJys,
  * more. Synchronous forms return the withdrawal's own order number. */
 /* Ordinary withdrawal by order number (19002). */
 SECMOLRA_API int64_t SECMOLRA_OrderWithdraw(const char* lpKhh, const char* lpJys, int64_t nCxwth);
-SECMOLRA_API int64_t SECMOLRA_OrderWithdrawEx(CusLoginInfo* info, const char* lpJys, int64_t nCxwth);
-SECMOLRA_API int64_t SECMOLRA_OrderWithdraw_ASync(const char* lpKhh, const char* lpJys, int64_t nCxwth,
-                                           int64_t nKFSBDBH);
+SECMOLRA_API int64_t SECMOLRA_OrderWithdrawEx(CusLoginInfo* info, const char* lpJys,
+                                              int64_t nCxwth);
+SECMOLRA_API int64_t SECMOLRA_OrderWithdraw_ASync(const char* lpKhh, const char* lpJys,
+                                                  int64_t nCxwth, int64_t nKFSBDBH);
 SECMOLRA_API int64_t SECMOLRA_OrderWithdrawEx_ASync(CusLoginInfo* info, const char* lpJys,
-                                             int64_t nCxwth, int64_t nKFSBDBH);
+                                                    int64_t nCxwth, int64_t nKFSBDBH);
 /* Ordinary withdrawal by the order's request number (19002). */
-SECMOLRA_API int64_t SECMOLRA_OrderWithdrawByKFSBDBH(const char* lpKhh, const char* lpJys, int64_t nCXKFSBDBH);
-SECMOLRA_API int64_t SECMOLRA_OrderWithdrawByKFSBDBHEx(CusLoginInfo* info, const char* lpJys, int64_t nCXKFSBDBH);
-SECMOLRA_API int64_t SECMOLRA_OrderWithdrawByKFSBDBH_ASync(const char* lpKhh, const char* lpJys, int64_t nCXKFSBDBH,
-                                           int64_t nKFSBDBH);
+SECMOLRA_API int64_t SECMOLRA_OrderWithdrawByKFSBDBH(const char* lpKhh, const char* lpJys,
+                                                     int64_t nCXKFSBDBH);
+SECMOLRA_API int64_t SECMOLRA_OrderWithdrawByKFSBDBHEx(CusLoginInfo* info, const char* lpJys,
+                                                       int64_t nCXKFSBDBH);
+SECMOLRA_API int64_t SECMOLRA_OrderWithdrawByKFSBDBH_ASync(const char* lpKhh, const char* lpJys,
+                                                           int64_t nCXKFSBDBH, int64_t nKFSBDBH);
 SECMOLRA_API int64_t SECMOLRA_OrderWithdrawByKFSBDBHEx_ASync(CusLoginInfo* info, const char* lpJys,
-                                             int64_t nCXKFSBDBH, int64_t nKFSBDBH);
+                                                             int64_t nCXKFSBDBH, int64_t nKFSBDBH);
 /* ETF withdrawal by order number (19020). */
 SECMOLRA_API int64_t SECMOLRA_ETFWithdraw(const char* lpKhh, const char* lpJys, int64_t nCxwth);
 SECMOLRA_API int64_t SECMOLRA_ETFWithdrawEx(CusLoginInfo* info, const char* lpJys, int64_t nCxwth);
-SECMOLRA_API int64_t SECMOLRA_ETFWithdraw_ASync(const char* lpKhh, const char* lpJys, int64_t nCxwth,
-                                           int64_t nKFSBDBH);
+SECMOLRA_API int64_t SECMOLRA_ETFWithdraw_ASync(const char* lpKhh, const char* lpJys,
+                                                int64_t nCxwth, int64_t nKFSBDBH);
 SECMOLRA_API int64_t SECMOLRA_ETFWithdrawEx_ASync(CusLoginInfo* info, const char* lpJys,
-                                             int64_t nCxwth, int64_t nKFSBDBH);
+                                                  int64_t nCxwth, int64_t nKFSBDBH);
 /* ETF withdrawal by the order's request number (19020). */
-SECMOLRA_API int64_t SECMOLRA_ETFWithdrawByKFSBDBH(const char* lpKhh, const char* lpJys, int64_t nCXKFSBDBH);
-SECMOLRA_API int64_t SECMOLRA_ETFWithdrawByKFSBDBHEx(CusLoginInfo* info, const char* lpJys, int64_t nCXKFSBDBH);
-SECMOLRA_API int64_t SECMOLRA_ETFWithdrawByKFSBDBH_ASync(const char* lpKhh, const char* lpJys, int64_t nCXKFSBDBH,
-                                           int64_t nKFSBDBH);
+SECMOLRA_API int64_t SECMOLRA_ETFWithdrawByKFSBDBH(const char* lpKhh, const char* lpJys,
+                                                   int64_t nCXKFSBDBH);
+SECMOLRA_API int64_t SECMOLRA_ETFWithdrawByKFSBDBHEx(CusLoginInfo* info, const char* lpJys,
+                                                     int64_t nCXKFSBDBH);
+SECMOLRA_API int64_t SECMOLRA_ETFWithdrawByKFSBDBH_ASync(const char* lpKhh, const char* lpJys,
+                                                         int64_t nCXKFSBDBH, int64_t nKFSBDBH);
 SECMOLRA_API int64_t SECMOLRA_ETFWithdrawByKFSBDBHEx_ASync(CusLoginInfo* info, const char* lpJys,
-                                             int64_t nCXKFSBDBH, int64_t nKFSBDBH);
+                                                           int64_t nCXKFSBDBH, int64_t nKFSBDBH);
 /* Repurchase withdrawal by order number (19044). */
 SECMOLRA_API int64_t SECMOLRA_ZQHGWithdraw(const char* lpKhh, const char* lpJys, int64_t nCxwth);
 SECMOLRA_API int64_t SECMOLRA_ZQHGWithdrawEx(CusLoginInfo* info, const char* lpJys, int64_t nCxwth);
-SECMOLRA_API int64_t SECMOLRA_ZQHGWithdraw_ASync(const char* lpKhh, const char* lpJys, int64_t nCxwth,
-                                           int64_t nKFSBDBH);
+SECMOLRA_API int64_t SECMOLRA_ZQHGWithdraw_ASync(const char* lpKhh, const char* lpJys,
+                                                 int64_t nCxwth, int64_t nKFSBDBH);
 SECMOLRA_API int64_t SECMOLRA_ZQHGWithdrawEx_ASync(CusLoginInfo* info, const char* lpJys,
-                                             int64_t nCxwth, int64_t nKFSBDBH);
+                                                   int64_t nCxwth, int64_t nKFSBDBH);
 /* Repurchase withdrawal by the order's request number (19044). */
-SECMOLRA_API int64_t SECMOLRA_ZQHGWithdrawByKFSBDBH(const char* lpKhh, const char* lpJys, int64_t nCXKFSBDBH);
-SECMOLRA_API int64_t SECMOLRA_ZQHGWithdrawByKFSBDBHEx(CusLoginInfo* info, const char* lpJys, int64_t nCXKFSBDBH);
-SECMOLRA_API int64_t SECMOLRA_ZQHGWithdrawByKFSBDBH_ASync(const char* lpKhh, const char* lpJys, int64_t nCXKFSBDBH,
-                                           int64_t nKFSBDBH);
+SECMOLRA_API int64_t SECMOLRA_ZQHGWithdrawByKFSBDBH(const char* lpKhh, const char* lpJys,
+                                                    int64_t nCXKFSBDBH);
+SECMOLRA_API int64_t SECMOLRA_ZQHGWithdrawByKFSBDBHEx(CusLoginInfo* info, const char* lpJys,
+                                                      int64_t nCXKFSBDBH);
+SECMOLRA_API int64_t SECMOLRA_ZQHGWithdrawByKFSBDBH_ASync(const char* lpKhh, const char* lpJys,
+                                                          int64_t nCXKFSBDBH, int64_t nKFSBDBH);
 SECMOLRA_API int64_t SECMOLRA_ZQHGWithdrawByKFSBDBHEx_ASync(CusLoginInfo* info, const char* lpJys,
-                                             int64_t nCXKFSBDBH, int64_t nKFSBDBH);
+                                                            int64_t nCXKFSBDBH, int64_t nKFSBDBH);
 /* Listed-fund withdrawal by order number (19026). */
 SECMOLRA_API int64_t SECMOLRA_LOFWithdraw(const char* lpKhh, const char* lpJys, int64_t nCxwth);
 SECMOLRA_API int64_t SECMOLRA_LOFWithdrawEx(CusLoginInfo* info, const char* lpJys, int64_t nCxwth);
-SECMOLRA_API int64_t SECMOLRA_LOFWithdraw_ASync(const char* lpKhh, const char* lpJys, int64_t nCxwth,
-                                           int64_t nKFSBDBH);
+SECMOLRA_API int64_t SECMOLRA_LOFWithdraw_ASync(const char* lpKhh, const char* lpJys,
+                                                int64_t nCxwth, int64_t nKFSBDBH);
 SECMOLRA_API int64_t SECMOLRA_LOFWithdrawEx_ASync(CusLoginInfo* info, const char* lpJys,
-                                             int64_t nCxwth, int64_t nKFSBDBH);
+                                                  int64_t nCxwth, int64_t nKFSBDBH);
 /* Listed-fund withdrawal by the order's request number (19026). */
-SECMOLRA_API int64_t SECMOLRA_LOFWithdrawByKFSBDBH(const char* lpKhh, const char* lpJys, int64_t nCXKFSBDBH);
-SECMOLRA_API int64_t SECMOLRA_LOFWithdrawByKFSBDBHEx(CusLoginInfo* info, const char* lpJys, int64_t nCXKFSBDBH);
-SECMOLRA_API int64_t SECMOLRA_LOFWithdrawByKFSBDBH_ASync(const char* lpKhh, const char* lpJys, int64_t nCXKFSBDBH,
-                                           int64_t nKFSBDBH);
+SECMOLRA_API int64_t SECMOLRA_LOFWithdrawByKFSBDBH(const char* lpKhh, const char* lpJys,
+                                                   int64_t nCXKFSBDBH);
+SECMOLRA_API int64_t SECMOLRA_LOFWithdrawByKFSBDBHEx(CusLoginInfo* info, const char* lpJys,
+                                                     int64_t nCXKFSBDBH);
+SECMOLRA_API int64_t SECMOLRA_LOFWithdrawByKFSBDBH_ASync(const char* lpKhh, const char* lpJys,
+                                                         int64_t nCXKFSBDBH, int64_t nKFSBDBH);
 SECMOLRA_API int64_t SECMOLRA_LOFWithdrawByKFSBDBHEx_ASync(CusLoginInfo* info, const char* lpJys,
-                                             int64_t nCXKFSBDBH, int64_t nKFSBDBH);
+                                                           int64_t nCXKFSBDBH, int64_t nKFSBDBH);
 /* After-hours priced withdrawal by order number (19002, own reply). */
 SECMOLRA_API int64_t SECMOLRA_PHDJWithdraw(const char* lpKhh, const char* lpJys, int64_t nCxwth);
 SECMOLRA_API int64_t SECMOLRA_PHDJWithdrawEx(CusLoginInfo* info, const char* lpJys, int64_t nCxwth);
-SECMOLRA_API int64_t SECMOLRA_PHDJWithdraw_ASync(const char* lpKhh, const char* lpJys, int64_t nCxwth,
-                                           int64_t nKFSBDBH);
+SECMOLRA_API int64_t SECMOLRA_PHDJWithdraw_ASync(const char* lpKhh, const char* lpJys,
+                                                 int64_t nCxwth, int64_t nKFSBDBH);
 SECMOLRA_API int64_t SECMOLRA_PHDJWithdrawEx_ASync(CusLoginInfo* info, const char* lpJys,
-                                             int64_t nCxwth, int64_t nKFSBDBH);
+                                                   int64_t nCxwth, int64_t nKFSBDBH);
 /* Issuance-business withdrawal (key/value 19052). */
 SECMOLRA_API int64_t SECMOLRA_FXYWWithdraw(const char* lpKhh, const char* lpJys, int64_t nCxwth);
 SECMOLRA_API int64_t SECMOLRA_FXYWWithdrawEx(CusLoginInfo* info, const char* lpJys, int64_t nCxwth);
-SECMOLRA_API int64_t SECMOLRA_FXYWWithdraw_ASync(const char* lpKhh, const char* lpJys, int64_t nCxwth,
-                                           int64_t nKFSBDBH);
+SECMOLRA_API int64_t SECMOLRA_FXYWWithdraw_ASync(const char* lpKhh, const char* lpJys,
+                                                 int64_t nCxwth, int64_t nKFSBDBH);
 SECMOLRA_API int64_t SECMOLRA_FXYWWithdrawEx_ASync(CusLoginInfo* info, const char* lpJys,
-                                             int64_t nCxwth, int64_t nKFSBDBH);
+                                                   int64_t nCxwth, int64_t nKFSBDBH);
 /* Non-trading-business withdrawal (key/value 19096). */
 SECMOLRA_API int64_t SECMOLRA_FJYWithdraw(const char* lpKhh, const char* lpJys, int64_t nCxwth);
 SECMOLRA_API int64_t SECMOLRA_FJYWithdrawEx(CusLoginInfo* info, const char* lpJys, int64_t nCxwth);
-SECMOLRA_API int64_t SECMOLRA_FJYWithdraw_ASync(const char* lpKhh, const char* lpJys, int64_t nCxwth,
-                                           int64_t nKFSBDBH);
+SECMOLRA_API int64_t SECMOLRA_FJYWithdraw_ASync(const char* lpKhh, const char* lpJys,
+                                                int64_t nCxwth, int64_t nKFSBDBH);
 SECMOLRA_API int64_t SECMOLRA_FJYWithdrawEx_ASync(CusLoginInfo* info, const char* lpJys,
-                                             int64_t nCxwth, int64_t nKFSBDBH);
+                                                  int64_t nCxwth, int64_t nKFSBDBH);
 /* Withdrawal of a whole batch by its serial number (19063); nLSH >= 0, else -221
  * "客户号为空、流水号不能为负". Synchronous: the answer's positive return code; asynchronous:
  * nLSH, which tags the reply. */
@@ -727,49 +729,49 @@ SECMOLRA_API int64_t SECMOLRA_BatchOrderWithdrawEx_ASync(CusLoginInfo* info, int
  * last error. */
 /* Ordinary tradable quantity (19011). */
 SECMOLRA_API int64_t SECMOLRA_TradableQty(const char* lpKhh, const char* lpJys, const char* lpZqdm,
-                                     int32_t nJylb, double lfWtjg, int32_t lDdlx,
-                                     const char* lpGdh);
+                                          int32_t nJylb, double lfWtjg, int32_t lDdlx,
+                                          const char* lpGdh);
 SECMOLRA_API int64_t SECMOLRA_TradableQtyEx(CusLoginInfo* info, const char* lpJys,
-                                       const char* lpZqdm, int32_t nJylb, double lfWtjg,
-                                       int32_t lDdlx);
+                                            const char* lpZqdm, int32_t nJylb, double lfWtjg,
+                                            int32_t lDdlx);
 /* ETF tradable quantity (19024). */
-SECMOLRA_API int64_t SECMOLRA_ETFTradableQty(const char* lpKhh, const char* lpJys, const char* lpZqdm,
-                                     int32_t nJylb, const char* lpGdh);
+SECMOLRA_API int64_t SECMOLRA_ETFTradableQty(const char* lpKhh, const char* lpJys,
+                                             const char* lpZqdm, int32_t nJylb, const char* lpGdh);
 SECMOLRA_API int64_t SECMOLRA_ETFTradableQtyEx(CusLoginInfo* info, const char* lpJys,
-                                       const char* lpZqdm, int32_t nJylb);
+                                               const char* lpZqdm, int32_t nJylb);
 /* Repurchase tradable quantity (19045). */
-SECMOLRA_API int64_t SECMOLRA_ZQHGTradableQty(const char* lpKhh, const char* lpJys, const char* lpZqdm,
-                                     int32_t nJylb, const char* lpGdh);
+SECMOLRA_API int64_t SECMOLRA_ZQHGTradableQty(const char* lpKhh, const char* lpJys,
+                                              const char* lpZqdm, int32_t nJylb, const char* lpGdh);
 SECMOLRA_API int64_t SECMOLRA_ZQHGTradableQtyEx(CusLoginInfo* info, const char* lpJys,
-                                       const char* lpZqdm, int32_t nJylb);
+                                                const char* lpZqdm, int32_t nJylb);
 /* Listed-fund tradable quantity (19028); nJylb 41, 42, 43, 47, 48, others -222. */
-SECMOLRA_API int64_t SECMOLRA_LOFTradableQty(const char* lpKhh, const char* lpJys, const char* lpZqdm,
-                                     int32_t nJylb, double lfWtjg, int32_t lDdlx,
-                                     const char* lpGdh);
+SECMOLRA_API int64_t SECMOLRA_LOFTradableQty(const char* lpKhh, const char* lpJys,
+                                             const char* lpZqdm, int32_t nJylb, double lfWtjg,
+                                             int32_t lDdlx, const char* lpGdh);
 SECMOLRA_API int64_t SECMOLRA_LOFTradableQtyEx(CusLoginInfo* info, const char* lpJys,
-                                       const char* lpZqdm, int32_t nJylb, double lfWtjg,
-                                       int32_t lDdlx);
+                                               const char* lpZqdm, int32_t nJylb, double lfWtjg,
+                                               int32_t lDdlx);
 /* After-hours priced tradable quantity (19133). */
-SECMOLRA_API int64_t SECMOLRA_PHDJTradableQty(const char* lpKhh, const char* lpJys, const char* lpZqdm,
-                                     int32_t nJylb, double lfWtjg, int32_t lDdlx,
-                                     const char* lpGdh);
+SECMOLRA_API int64_t SECMOLRA_PHDJTradableQty(const char* lpKhh, const char* lpJys,
+                                              const char* lpZqdm, int32_t nJylb, double lfWtjg,
+                                              int32_t lDdlx, const char* lpGdh);
 SECMOLRA_API int64_t SECMOLRA_PHDJTradableQtyEx(CusLoginInfo* info, const char* lpJys,
-                                       const char* lpZqdm, int32_t nJylb, double lfWtjg,
-                                       int32_t lDdlx);
+                                                const char* lpZqdm, int32_t nJylb, double lfWtjg,
+                                                int32_t lDdlx);
 /* Issuance-business tradable quantity (key/value 19058). */
-SECMOLRA_API int64_t SECMOLRA_FXYWTradableQty(const char* lpKhh, const char* lpJys, const char* lpZqdm,
-                                     int32_t nJylb, double lfWtjg, int32_t lDdlx,
-                                     const char* lpGdh);
+SECMOLRA_API int64_t SECMOLRA_FXYWTradableQty(const char* lpKhh, const char* lpJys,
+                                              const char* lpZqdm, int32_t nJylb, double lfWtjg,
+                                              int32_t lDdlx, const char* lpGdh);
 SECMOLRA_API int64_t SECMOLRA_FXYWTradableQtyEx(CusLoginInfo* info, const char* lpJys,
-                                       const char* lpZqdm, int32_t nJylb, double lfWtjg,
-                                       int32_t lDdlx);
+                                                const char* lpZqdm, int32_t nJylb, double lfWtjg,
+                                                int32_t lDdlx);
 /* Non-trading tradable quantity (key/value 19105); nJylb 11, 12, 76, others -222. */
-SECMOLRA_API int64_t SECMOLRA_FJYTradableQty(const char* lpKhh, const char* lpJys, const char* lpZqdm,
-                                     int32_t nJylb, double lfWtjg, int32_t lDdlx,
-                                     const char* lpGdh);
+SECMOLRA_API int64_t SECMOLRA_FJYTradableQty(const char* lpKhh, const char* lpJys,
+                                             const char* lpZqdm, int32_t nJylb, double lfWtjg,
+                                             int32_t lDdlx, const char* lpGdh);
 SECMOLRA_API int64_t SECMOLRA_FJYTradableQtyEx(CusLoginInfo* info, const char* lpJys,
-                                       const char* lpZqdm, int32_t nJylb, double lfWtjg,
-                                       int32_t lDdlx);
+                                               const char* lpZqdm, int32_t nJylb, double lfWtjg,
+                                               int32_t lDdlx);
 
 #ifdef __cplusplus
 /* ---- exports that fill a std::vector (C++ hosts with the kit's standard library) ---- */
@@ -798,8 +800,7 @@ SECMOLRA_API int64_t SECMOLRA_QueryFundInfo(const char* khh, std::vector<FundRec
 SECMOLRA_API int64_t SECMOLRA_QueryFundInfoEx(CusLoginInfo* info, std::vector<FundRecord>& list);
 /* Shareholder accounts of the customer, one record per exchange account. */
 SECMOLRA_API int64_t SECMOLRA_QueryAccInfo(const char* khh, std::vector<AccountRecord>& list);
-SECMOLRA_API int64_t SECMOLRA_QueryAccInfoEx(CusLoginInfo* info,
-                                             std::vector<AccountRecord>& list);
+SECMOLRA_API int64_t SECMOLRA_QueryAccInfoEx(CusLoginInfo* info, std::vector<AccountRecord>& list);
 /* Allotment rights on exchange jys and shareholder account gdh (sent as given, null as ""). */
 SECMOLRA_API int64_t SECMOLRA_QueryPSQY(const char* khh, const char* jys, const char* gdh,
                                         std::vector<PSQYRecord>& list);
@@ -808,34 +809,31 @@ SECMOLRA_API int64_t SECMOLRA_QueryPSQYEx(CusLoginInfo* info, const char* jys, c
 /* Orders of the day. nType, nSortType, nRowcount (rows per page) and nBrowindex (first row
  * of the page) are passed to the back end; jys, zqdm (null as "") and lWth (0: all) filter. */
 SECMOLRA_API int64_t SECMOLRA_QueryOrders(const char* khh, int32_t nType, int32_t nSortType,
-                                          int32_t nRowcount, int32_t nBrowindex,
-                                          const char* jys, const char* zqdm, int64_t lWth,
+                                          int32_t nRowcount, int32_t nBrowindex, const char* jys,
+                                          const char* zqdm, int64_t lWth,
                                           std::vector<OrderRecord>& list);
-SECMOLRA_API int64_t SECMOLRA_QueryOrdersEx(CusLoginInfo* info, int32_t nType,
-                                            int32_t nSortType, int32_t nRowcount,
-                                            int32_t nBrowindex, const char* jys,
+SECMOLRA_API int64_t SECMOLRA_QueryOrdersEx(CusLoginInfo* info, int32_t nType, int32_t nSortType,
+                                            int32_t nRowcount, int32_t nBrowindex, const char* jys,
                                             const char* zqdm, int64_t lWth,
                                             std::vector<OrderRecord>& list);
 /* Match reports of the day; arguments as SECMOLRA_QueryOrders. */
 SECMOLRA_API int64_t SECMOLRA_QueryMatchs(const char* khh, int32_t nType, int32_t nSortType,
-                                          int32_t nRowcount, int32_t nBrowindex,
-                                          const char* jys, const char* zqdm, int64_t lWth,
+                                          int32_t nRowcount, int32_t nBrowindex, const char* jys,
+                                          const char* zqdm, int64_t lWth,
                                           std::vector<MatchRecord>& list);
-SECMOLRA_API int64_t SECMOLRA_QueryMatchsEx(CusLoginInfo* info, int32_t nType,
-                                            int32_t nSortType, int32_t nRowcount,
-                                            int32_t nBrowindex, const char* jys,
+SECMOLRA_API int64_t SECMOLRA_QueryMatchsEx(CusLoginInfo* info, int32_t nType, int32_t nSortType,
+                                            int32_t nRowcount, int32_t nBrowindex, const char* jys,
                                             const char* zqdm, int64_t lWth,
                                             std::vector<MatchRecord>& list);
 /* Positions; gdh, jys, zqdm filter (null as ""), exeflag is passed to the back end. The Ex
  * form takes the shareholder account from the record's GDH. */
-SECMOLRA_API int64_t SECMOLRA_QueryPositions(const char* khh, int32_t nSortType,
-                                             int32_t nRowcount, int32_t nBrowindex,
-                                             const char* gdh, const char* jys, const char* zqdm,
-                                             int32_t exeflag, std::vector<PositionRecord>& list);
+SECMOLRA_API int64_t SECMOLRA_QueryPositions(const char* khh, int32_t nSortType, int32_t nRowcount,
+                                             int32_t nBrowindex, const char* gdh, const char* jys,
+                                             const char* zqdm, int32_t exeflag,
+                                             std::vector<PositionRecord>& list);
 SECMOLRA_API int64_t SECMOLRA_QueryPositionsEx(CusLoginInfo* info, int32_t nSortType,
                                                int32_t nRowcount, int32_t nBrowindex,
-                                               const char* jys, const char* zqdm,
-                                               int32_t exeflag,
+                                               const char* jys, const char* zqdm, int32_t exeflag,
                                                std::vector<PositionRecord>& list);
 /* ETF shares of fund jjdm (null -221 "非法参数", empty -221 "基金代码不能为空"). */
 SECMOLRA_API int64_t SECMOLRA_QueryETFShare(const char* khh, const char* jjdm,
@@ -855,13 +853,11 @@ SECMOLRA_API int64_t SECMOLRA_QueryJDKYZJ(const char* khh, const char* zjzh,
 /* Batch entrust (19012) of 1 to 100 rows, checked row by row before anything is sent (the
  * first bad row: -221 with its number and value). Returns the number of rows accepted; each
  * row receives its order number and note. */
-SECMOLRA_API int64_t SECMOLRA_BatchOrderEntrust(const char* lpKhh,
-                                                std::vector<BatchOrderRow>& rows,
+SECMOLRA_API int64_t SECMOLRA_BatchOrderEntrust(const char* lpKhh, std::vector<BatchOrderRow>& rows,
                                                 int64_t nWTPCH);
 /* Batch entrust, customer as record. */
 SECMOLRA_API int64_t SECMOLRA_BatchOrderEntrustEx(CusLoginInfo* info,
-                                                  std::vector<BatchOrderRow>& rows,
-                                                  int64_t nWTPCH);
+                                                  std::vector<BatchOrderRow>& rows, int64_t nWTPCH);
 /* Batch entrust, asynchronous: returns nWTPCH, which tags the reply. */
 SECMOLRA_API int64_t SECMOLRA_BatchOrderEntrust_ASync(const char* lpKhh,
                                                       std::vector<BatchOrderRow>& rows,

@@ -12,11 +12,12 @@ LINUX_PACKAGES=(cmake ninja-build g++ libspdlog-dev libfmt-dev rapidjson-dev lib
                 libgtest-dev libbenchmark-dev libsqlite3-dev libasio-dev libcli11-dev)
 # Everything the test suites use besides: the Windows cross build and Wine; for the Python
 # suite pytest, mypy, the wheel tools, venv and pandas (secmolra.frames is tested with it);
-# clang with its runtime libraries for the sanitizer and fuzzing builds; and what the package
-# suite reads packages with (dpkg-shlibdeps, file, pkg-config, llvm-dlltool and llvm-nm, unzip).
+# clang with its runtime libraries for the sanitizer and fuzzing builds; clang-format for the
+# layout check; and what the package suite reads packages with (dpkg-shlibdeps, file,
+# pkg-config, llvm-dlltool and llvm-nm, unzip).
 TEST_PACKAGES=("${LINUX_PACKAGES[@]}" g++-mingw-w64-x86-64-posix wine64 python3-pytest mypy
                python3-build python3-wheel python3-venv python3-pandas clang
-               libclang-rt-14-dev dpkg-dev file pkgconf llvm unzip)
+               libclang-rt-14-dev clang-format dpkg-dev file pkgconf llvm unzip)
 
 say() { printf '\n==> %s\n' "$*"; }
 die() { printf 'error: %s\n' "$*" >&2; exit 1; }
@@ -53,13 +54,15 @@ print_timings() {
 }
 
 # configure_and_build DIR [cmake arguments...]: configures and builds everything in DIR (only
-# the targets named in BUILD_TARGETS when that is set); the
-# tools' output goes to DIR/configure.log and DIR/build.log and is shown when a step fails.
+# the targets named in BUILD_TARGETS when that is set; warnings as errors when MOLRA_WERROR
+# is ON); the tools' output goes to DIR/configure.log and DIR/build.log and is shown when a
+# step fails.
 configure_and_build() {
   local dir=$1
   shift
   mkdir -p "$dir"
-  cmake -S "$ROOT" -B "$dir" -G Ninja "$@" >"$dir/configure.log" 2>&1 || {
+  cmake -S "$ROOT" -B "$dir" -G Ninja ${MOLRA_WERROR:+-DMOLRA_WERROR=$MOLRA_WERROR} "$@" \
+    >"$dir/configure.log" 2>&1 || {
     cat "$dir/configure.log"
     return 1
   }

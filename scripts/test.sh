@@ -7,6 +7,8 @@ source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 source "$(dirname "${BASH_SOURCE[0]}")/package_tests.sh"
 
 SUITES=(linux python asan tsan fuzz windows package)
+# Every build of the test command treats a compiler warning as an error.
+export MOLRA_WERROR=ON
 
 # run_ctest DIR [retry]: runs DIR's tests, keeps the whole output in DIR/ctest.log and shows
 # ctest's summary, or everything when a test failed. With "retry", tests that failed are run
@@ -40,7 +42,19 @@ only_kit_names() {
   [ -z "$bad" ] || { printf '%s exports more than its interface:\n%s\n' "$1" "$bad" | head -n 20; return 1; }
 }
 
+# The sources follow .clang-format, and the kit's layers include downward only.
+FORMATTED_DIRS=(src include sim tests bench fuzz examples)
+check_sources() {
+  local files
+  files=$(cd "$ROOT" && git ls-files "${FORMATTED_DIRS[@]}" | grep -E '\.(cpp|h|c)$')
+  (cd "$ROOT" && clang-format --dry-run --Werror $files) 2>&1 | head -n 40
+  [ "${PIPESTATUS[0]}" -eq 0 ] || return 1
+  python3 "$ROOT/scripts/check_layers.py"
+}
+
 suite_linux() {
+  say "linux: sources (format, layers)"
+  timed "linux sources" check_sources || return 1
   say "linux: build ($OUT/linux, RelWithDebInfo)"
   timed "linux build" build_linux || return 1
   nm -D --defined-only "$OUT/linux/src/libsecmolra.so" | awk '{print $3}' |

@@ -87,7 +87,9 @@ KELSIM_EXPORT int32_t KelSim_CallLog(char* buf, int32_t cap) {
 KELSIM_EXPORT void KelSim_ClearCallLog(void) { sim::ClearCallLog(); }
 KELSIM_EXPORT void KelSim_SetCallLog(bool on) { sim::SetCallLog(on); }
 
-KELSIM_EXPORT void KelSim_FailConnect(const char* addr, int32_t count) { sim::faults().connect.Set(addr, count); }
+KELSIM_EXPORT void KelSim_FailConnect(const char* addr, int32_t count) {
+  sim::faults().connect.Set(addr, count);
+}
 KELSIM_EXPORT void KelSim_FailBind(int32_t count) { sim::faults().bind.Set(count); }
 KELSIM_EXPORT void KelSim_FailAllocSession(int32_t count) { sim::faults().alloc.Set(count); }
 KELSIM_EXPORT void KelSim_FailRun(int32_t count) { sim::faults().run.Set(count); }
@@ -133,7 +135,9 @@ KELSIM_EXPORT void KelSim_RestoreConnection(int64_t conn) {
   sim::PostConnEvent(conn, 0);
 }
 
-KELSIM_EXPORT void KelSim_RaiseConnEvent(int64_t conn, int32_t event) { sim::PostConnEvent(conn, event); }
+KELSIM_EXPORT void KelSim_RaiseConnEvent(int64_t conn, int32_t event) {
+  sim::PostConnEvent(conn, event);
+}
 
 KELSIM_EXPORT void KelSim_SetReconnectDelay(int32_t first_ms, int32_t max_ms) {
   sim::remote::SetReconnectDelay(first_ms, max_ms);
@@ -147,14 +151,16 @@ KELSIM_EXPORT int32_t KelSim_OpenSessions(void) {
 }
 
 KELSIM_EXPORT void KelSim_SetStructAnswer(const char* func, const char* block, int32_t len) {
-  sim::ScriptStruct(Str(func), block && len > 0 ? std::string(block, static_cast<std::size_t>(len)) : std::string());
+  sim::ScriptStruct(Str(func), block && len > 0 ? std::string(block, static_cast<std::size_t>(len))
+                                                : std::string());
   sim::ClearPrepared();
 }
 KELSIM_EXPORT void KelSim_SetAnswerLength(const char* func, int32_t len) {
   sim::ScriptLength(Str(func), len);
   sim::ClearPrepared();
 }
-KELSIM_EXPORT void KelSim_SetKvAnswer(const char* func, int32_t code, const char* msg, const char* rows) {
+KELSIM_EXPORT void KelSim_SetKvAnswer(const char* func, int32_t code, const char* msg,
+                                      const char* rows) {
   sim::ScriptKv(Str(func), code, Str(msg), Str(rows));
   sim::ClearPrepared();
 }
@@ -171,8 +177,11 @@ KELSIM_EXPORT int32_t KelSim_LastRequest(const char* func, char* buf, int32_t ca
   return sim::LastRequest(Str(func), buf, cap);
 }
 
-KELSIM_EXPORT void KelSim_PushRecord(const char* khh, int32_t kind, const char* record, int32_t len) {
-  sim::QueueRawPush(Str(khh), kind, record && len > 0 ? std::string(record, static_cast<std::size_t>(len)) : std::string());
+KELSIM_EXPORT void KelSim_PushRecord(const char* khh, int32_t kind, const char* record,
+                                     int32_t len) {
+  sim::QueueRawPush(
+      Str(khh), kind,
+      record && len > 0 ? std::string(record, static_cast<std::size_t>(len)) : std::string());
 }
 
 KELSIM_EXPORT void KelSim_SetPrice(const char* jys, const char* zqdm, double price) {
@@ -209,7 +218,8 @@ KELSIM_EXPORT void KelSim_SetPushCodes(const char* confirm, const char* report) 
 KELSIM_EXPORT bool KelSim_GetQuote(const char* jys, const char* zqdm, KelSimQuote* out) {
   if (out == nullptr) return false;
   sim::wire::ControlAnswer a;
-  if (!AtServer(Msg(Op::GetQuote, jys, zqdm), &a)) a.ok = sim::exchange().GetQuote(Str(jys), Str(zqdm), &a.quote);
+  if (!AtServer(Msg(Op::GetQuote, jys, zqdm), &a))
+    a.ok = sim::exchange().GetQuote(Str(jys), Str(zqdm), &a.quote);
   if (a.ok) *out = sim::ToRecord(a.quote);
   return a.ok;
 }
@@ -220,7 +230,9 @@ KELSIM_EXPORT bool KelSim_SetQuote(const KelSimQuote* quote) {
   sim::wire::ControlAnswer a;
   return AtServer(m, &a) ? a.ok : sim::exchange().SetQuote(m.quote);
 }
-KELSIM_EXPORT void KelSim_SetQuoteCallback(KelSimQuoteFn fn, void* ctx) { sim::SetQuoteCallback(fn, ctx); }
+KELSIM_EXPORT void KelSim_SetQuoteCallback(KelSimQuoteFn fn, void* ctx) {
+  sim::SetQuoteCallback(fn, ctx);
+}
 KELSIM_EXPORT bool KelSim_Advance(int64_t ms) {
   sim::wire::ControlMsg m = Msg(Op::Advance);
   m.n = ms;

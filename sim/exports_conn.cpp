@@ -1,8 +1,8 @@
 // Connections, their events, and sessions.
 #include <atomic>
 
-#include "host.h"
 #include "faults.h"
+#include "host.h"
 #include "kel_exports.h"
 #include "remote.h"
 
@@ -38,7 +38,8 @@ kel::int64 ConnectToServer(const std::string& addr, kel::int32 timeout_s) {
 
 }  // namespace
 
-KEL_EXPORT kel::int64 Kel_Connect(const char* addr, const char* user, const char* pwd, kel::int32 timeoutSeconds) {
+KEL_EXPORT kel::int64 Kel_Connect(const char* addr, const char* user, const char* pwd,
+                                  kel::int32 timeoutSeconds) {
   LogCall("Kel_Connect", addr, user, pwd, timeoutSeconds);
   std::string a = addr ? addr : "";
   std::string down = sim::exchange().running() ? std::string() : sim::exchange().failure();

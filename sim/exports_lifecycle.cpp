@@ -78,9 +78,12 @@ KEL_EXPORT bool Kel_WriteLog(bool enable) {
   return true;
 }
 
-KEL_EXPORT void Kel_SetAppInfo(const char* app, const char* extra) { LogCall("Kel_SetAppInfo", app, extra); }
+KEL_EXPORT void Kel_SetAppInfo(const char* app, const char* extra) {
+  LogCall("Kel_SetAppInfo", app, extra);
+}
 
-KEL_EXPORT void Kel_SetCertFile(const char* file, const char* pwd, const char* a, const char* b, kel::int32 flag) {
+KEL_EXPORT void Kel_SetCertFile(const char* file, const char* pwd, const char* a, const char* b,
+                                kel::int32 flag) {
   LogCall("Kel_SetCertFile", file, pwd, a, b, flag);
 }
 

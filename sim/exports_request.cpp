@@ -1,8 +1,8 @@
 // Building a request on a session, and sending it synchronously or asynchronously.
 #include <cstdio>
 
-#include "bench.h"
 #include "backend/block.h"
+#include "bench.h"
 #include "dispatch.h"
 #include "faults.h"
 #include "kel_exports.h"
@@ -106,7 +106,8 @@ KEL_EXPORT kel::int32 Kel_GetNodeId(kel::int64 session) {
 }
 KEL_EXPORT bool Kel_SetSysInfo(kel::int64 session, kel::int32 kind, kel::int32 fieldId) {
   LogCall("Kel_SetSysInfo", session, kind, fieldId);
-  return sim::WithSession(session, [&](sim::Session& s) { s.set.sysinfo.emplace_back(kind, fieldId); });
+  return sim::WithSession(session,
+                          [&](sim::Session& s) { s.set.sysinfo.emplace_back(kind, fieldId); });
 }
 KEL_EXPORT kel::int64 Kel_GetToken(kel::int64 session) {
   LogCall("Kel_GetToken", session);
@@ -145,18 +146,22 @@ KEL_EXPORT bool Kel_SetInt64(kel::int64 session, kel::int32 fieldId, kel::int64 
   LogCall("Kel_SetInt64", session, fieldId, value);
   return SetField(session, fieldId, std::to_string(value));
 }
-KEL_EXPORT bool Kel_SetDouble(kel::int64 session, kel::int32 fieldId, double value, kel::int32 precision) {
+KEL_EXPORT bool Kel_SetDouble(kel::int64 session, kel::int32 fieldId, double value,
+                              kel::int32 precision) {
   LogCall("Kel_SetDouble", session, fieldId, value, precision);
   char buf[512];
-  std::snprintf(buf, sizeof buf, "%.*f", precision < 0 ? 6 : (precision > 20 ? 20 : precision), value);
+  std::snprintf(buf, sizeof buf, "%.*f", precision < 0 ? 6 : (precision > 20 ? 20 : precision),
+                value);
   return SetField(session, fieldId, buf);
 }
-KEL_EXPORT bool Kel_SetString(kel::int64 session, kel::int32 fieldId, const char* value, kel::int32 len) {
+KEL_EXPORT bool Kel_SetString(kel::int64 session, kel::int32 fieldId, const char* value,
+                              kel::int32 len) {
   LogCall("Kel_SetString", session, fieldId, len);
   if (value == nullptr || len < 0) return SetField(session, fieldId, "");
   return SetField(session, fieldId, std::string(value, static_cast<std::size_t>(len)));
 }
-KEL_EXPORT bool Kel_SetItemBuf(kel::int64 session, kel::int32 fieldId, const char* data, kel::int32 len) {
+KEL_EXPORT bool Kel_SetItemBuf(kel::int64 session, kel::int32 fieldId, const char* data,
+                               kel::int32 len) {
   LogCall("Kel_SetItemBuf", session, fieldId, len);
   if (data == nullptr || len < 0) return false;
   return SetField(session, fieldId, std::string(data, static_cast<std::size_t>(len)));

@@ -30,7 +30,8 @@ KEL_EXPORT bool Kel_SetSubsCondi(kel::int64 session, const char* condition) {
   return true;
 }
 
-KEL_EXPORT bool Kel_Subscribe(kel::int64 session, kel::int64* subscriptionId, kel::SubscribeFn fn, void* ctx) {
+KEL_EXPORT bool Kel_Subscribe(kel::int64 session, kel::int64* subscriptionId, kel::SubscribeFn fn,
+                              void* ctx) {
   LogCall("Kel_Subscribe", session, sim::Ptr{reinterpret_cast<const void*>(fn)});
   sim::SessionPtr s = sim::core().FindSession(session);
   if (!s || s->req.func.empty()) return false;

@@ -134,8 +134,8 @@ typedef struct KelSimLevel {
 typedef struct KelSimQuote {
   char jys[4];
   char zqdm[12];
-  int32_t date;     /* trade date, YYYYMMDD */
-  int32_t time_ms;  /* the clock's time of day when the market last changed, in ms */
+  int32_t date;    /* trade date, YYYYMMDD */
+  int32_t time_ms; /* the clock's time of day when the market last changed, in ms */
   double last;
   double prev_close;
   double upper_limit;

@@ -105,7 +105,8 @@ void QueueBackendPush(PendingPush p) {
   });
 }
 
-void QueueServerPush(std::int64_t conn, const std::string& khh, int kind, std::string plain, std::string structured) {
+void QueueServerPush(std::int64_t conn, const std::string& khh, int kind, std::string plain,
+                     std::string structured) {
   auto body = std::make_shared<PushBody>();
   body->plain = std::move(plain);
   body->structured = std::move(structured);

@@ -16,7 +16,8 @@ namespace sim {
 void QueueBackendPush(PendingPush p);
 // A push a server sent on a connection, for that connection's subscriptions: its record in
 // the layout of subscriptions with a handler and in the structured one.
-void QueueServerPush(std::int64_t conn, const std::string& khh, int kind, std::string plain, std::string structured);
+void QueueServerPush(std::int64_t conn, const std::string& khh, int kind, std::string plain,
+                     std::string structured);
 // A record given by the control interface, delivered as it is in both paths, to every
 // connection's subscriptions.
 void QueueRawPush(const std::string& khh, int kind, std::string record);

@@ -1,7 +1,7 @@
 #include "remote.h"
 
-#include <asio.hpp>
 #include <algorithm>
+#include <asio.hpp>
 #if !defined(_WIN32)
 #include <poll.h>
 #include <sys/socket.h>
@@ -134,7 +134,11 @@ bool SendAll(tcp::socket::native_handle_type fd, const std::string& data, int se
 class Link : public std::enable_shared_from_this<Link> {
  public:
   Link(std::int64_t conn, std::string host, std::uint16_t port)
-      : conn_(conn), host_(std::move(host)), port_(port), sock_(net().io()), timer_(net().io()),
+      : conn_(conn),
+        host_(std::move(host)),
+        port_(port),
+        sock_(net().io()),
+        timer_(net().io()),
         backoff_(g_first_ms.load()) {}
 
   // ---- caller threads ----
@@ -177,7 +181,8 @@ class Link : public std::enable_shared_from_this<Link> {
       std::lock_guard<std::mutex> lock(m_);
       held_ = held;
     }
-    asio::post(net().io(), [self = shared_from_this(), held] { held ? self->BreakNow() : self->RestoreNow(); });
+    asio::post(net().io(),
+               [self = shared_from_this(), held] { held ? self->BreakNow() : self->RestoreNow(); });
   }
 
   void Close() {
@@ -207,11 +212,13 @@ class Link : public std::enable_shared_from_this<Link> {
     timer_.async_wait([self = shared_from_this(), gen = gen_](const asio::error_code& e) {
       if (!e && gen == self->gen_) self->Drop("timed out");
     });
-    asio::async_connect(sock_, found, [self = shared_from_this(), gen = gen_](const asio::error_code& e, const tcp::endpoint&) {
-      if (gen != self->gen_) return;
-      if (e) return self->Drop("refused");
-      self->Handshake();
-    });
+    asio::async_connect(
+        sock_, found,
+        [self = shared_from_this(), gen = gen_](const asio::error_code& e, const tcp::endpoint&) {
+          if (gen != self->gen_) return;
+          if (e) return self->Drop("refused");
+          self->Handshake();
+        });
   }
 
  private:
@@ -228,7 +235,8 @@ class Link : public std::enable_shared_from_this<Link> {
     {
       std::lock_guard<std::mutex> w(write_m_);
       sent = SendAll(sock_.native_handle(),
-                     wire::Encode(wire::Hello{}) + wire::Encode(wire::Interest{handshake_id_, InterestOf(conn_)}),
+                     wire::Encode(wire::Hello{}) +
+                         wire::Encode(wire::Interest{handshake_id_, InterestOf(conn_)}),
                      kConnectSeconds);
     }
     if (!sent) return Drop("refused");
@@ -236,7 +244,8 @@ class Link : public std::enable_shared_from_this<Link> {
   }
 
   void Read() {
-    sock_.async_read_some(asio::buffer(chunk_), [self = shared_from_this(), gen = gen_](const asio::error_code& e, std::size_t n) {
+    sock_.async_read_some(asio::buffer(chunk_), [self = shared_from_this(), gen = gen_](
+                                                    const asio::error_code& e, std::size_t n) {
       if (gen != self->gen_) return;
       if (e) return self->Drop("closed by the server");
       self->in_.Add(self->chunk_.data(), n);
@@ -257,7 +266,8 @@ class Link : public std::enable_shared_from_this<Link> {
     wire::Type type;
     std::uint64_t id = 0;
     if (wire::PeekId(body, &type, &id)) {
-      if (state_ == State::Handshake && id == handshake_id_ && type == wire::Type::Answer) return Established();
+      if (state_ == State::Handshake && id == handshake_id_ && type == wire::Type::Answer)
+        return Established();
       return Answered(id, body);
     }
     if (!wire::TypeOf(body, &type)) return Drop("sent a malformed frame");
@@ -268,13 +278,15 @@ class Link : public std::enable_shared_from_this<Link> {
     }
     if (type == wire::Type::Welcome && state_ == State::Handshake) {
       wire::Welcome w;
-      if (!wire::Decode(body, &w) || w.version != wire::kVersion) return Drop("refused: the server speaks another protocol");
+      if (!wire::Decode(body, &w) || w.version != wire::kVersion)
+        return Drop("refused: the server speaks another protocol");
       confirm_func_ = w.confirm_func;
       report_func_ = w.report_func;
       return;
     }
     std::string why;
-    if (type == wire::Type::Refuse && wire::DecodeRefuse(body, &why)) return Drop("refused: " + why);
+    if (type == wire::Type::Refuse && wire::DecodeRefuse(body, &why))
+      return Drop("refused: " + why);
     Drop("sent an unexpected frame");
   }
 
@@ -375,7 +387,8 @@ class Link : public std::enable_shared_from_this<Link> {
     timer_.expires_after(backoff_);
     backoff_ = std::min(backoff_ * 2, Ms(std::max(g_first_ms.load(), g_max_ms.load())));
     timer_.async_wait([self = shared_from_this(), gen = gen_](const asio::error_code& e) {
-      if (!e && gen == self->gen_ && self->state_ == State::Down) self->Connect(kConnectSeconds, false);
+      if (!e && gen == self->gen_ && self->state_ == State::Down)
+        self->Connect(kConnectSeconds, false);
     });
   }
 
@@ -479,7 +492,8 @@ bool RoundTrip(std::int64_t conn, Build build, std::int32_t timeout_s, std::stri
   });
   if (!sent) return false;
   std::unique_lock<std::mutex> lock(w->m);
-  if (!w->cv.wait_for(lock, std::chrono::seconds(timeout_s > 0 ? timeout_s : kCallSeconds), [&] { return w->done.load(); })) {
+  if (!w->cv.wait_for(lock, std::chrono::seconds(timeout_s > 0 ? timeout_s : kCallSeconds),
+                      [&] { return w->done.load(); })) {
     lock.unlock();
     link->Forget(id);
     return false;
@@ -540,7 +554,8 @@ void Restore(std::int64_t conn) {
   if (auto link = FindLink(conn)) link->Hold(false);
 }
 
-bool Call(std::int64_t conn, const Request& req, std::int32_t node_id, std::int32_t timeout_s, Answer* ans) {
+bool Call(std::int64_t conn, const Request& req, std::int32_t node_id, std::int32_t timeout_s,
+          Answer* ans) {
   std::string body;
   auto build = [&](std::uint64_t id) { return wire::Encode(wire::RequestMsg{id, node_id, req}); };
   wire::AnswerMsg a;
@@ -549,7 +564,8 @@ bool Call(std::int64_t conn, const Request& req, std::int32_t node_id, std::int3
   return true;
 }
 
-bool Send(std::int64_t conn, const Request& req, std::int32_t node_id, std::function<void(bool, Answer)> done) {
+bool Send(std::int64_t conn, const Request& req, std::int32_t node_id,
+          std::function<void(bool, Answer)> done) {
   std::shared_ptr<Link> link = FindLink(conn);
   if (!link) return false;
   std::uint64_t id = link->NextId();
@@ -559,7 +575,8 @@ bool Send(std::int64_t conn, const Request& req, std::int32_t node_id, std::func
     wire::AnswerMsg a;
     if (body != nullptr && wire::Decode(*body, &a)) return done(true, std::move(a.ans));
     Answer lost;
-    lost.Fail(-1, "the connection to the simulated back end's server was lost before the answer came");
+    lost.Fail(-1,
+              "the connection to the simulated back end's server was lost before the answer came");
     done(false, std::move(lost));
   });
 }
@@ -589,7 +606,8 @@ bool Control(const wire::ControlMsg& msg, wire::ControlAnswer* answer) {
     return wire::Encode(m);
   };
   *answer = wire::ControlAnswer();
-  if (!RoundTrip(conn, build, kCallSeconds, &body) || !wire::Decode(body, answer)) answer->ok = false;
+  if (!RoundTrip(conn, build, kCallSeconds, &body) || !wire::Decode(body, answer))
+    answer->ok = false;
   return true;
 }
 

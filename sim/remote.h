@@ -35,10 +35,12 @@ void Restore(std::int64_t conn);
 
 // Sends a request and waits for its answer (at most timeout_s; 0: 30 s); false when it could
 // not be sent or no answer came.
-bool Call(std::int64_t conn, const Request& req, std::int32_t node_id, std::int32_t timeout_s, Answer* ans);
+bool Call(std::int64_t conn, const Request& req, std::int32_t node_id, std::int32_t timeout_s,
+          Answer* ans);
 // Sends a request; `done` gets the answer, or false and a failure answer when it was lost, on
 // the network thread. False when it cannot be sent (done is then never called).
-bool Send(std::int64_t conn, const Request& req, std::int32_t node_id, std::function<void(bool, Answer)> done);
+bool Send(std::int64_t conn, const Request& req, std::int32_t node_id,
+          std::function<void(bool, Answer)> done);
 // Tells the server which customers' pushes the connection wants now (its subscriptions'),
 // and waits for it to take note; false when the connection is down.
 bool UpdateInterest(std::int64_t conn);

@@ -80,8 +80,8 @@ struct Core {
   Worker pushes;
 
   std::int64_t NewHandle() { return next_handle++; }
-  SessionPtr FindSession(std::int64_t id);            // takes the lock
-  Connection* FindConnLocked(std::int64_t id);         // lock held by the caller
+  SessionPtr FindSession(std::int64_t id);      // takes the lock
+  Connection* FindConnLocked(std::int64_t id);  // lock held by the caller
 };
 
 Core& core();

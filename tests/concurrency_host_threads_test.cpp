@@ -9,8 +9,9 @@
 #include <thread>
 #include <vector>
 
-#include "api/last_error.h"
 #include "comm/kel_api.h"
+#include "core/errors.h"
+#include "core/text.h"
 #include "support/host_callbacks.h"
 #include "support/login_fixture.h"
 #include "support/trade_fixture.h"
@@ -63,7 +64,8 @@ TEST_F(TradeTest, ThreadsFailingAtOnceEachReadTheirOwnError) {
     std::int64_t code;
     std::string message;
   };
-  const Failure kFailures[] = {{"1001", -202, "发起会话失败"}, {"7777", 0, "客户未连接登录，无法获取连接"}};
+  const Failure kFailures[] = {{"1001", -202, Gbk("发起会话失败")},
+                               {"7777", 0, Gbk("客户未连接登录，无法获取连接")}};
   constexpr int kRounds = 1000;
   std::atomic<int> foreign{0};
   Rendezvous rendezvous;
@@ -87,7 +89,8 @@ TEST_F(TradeTest, ThreadsFailingAtOnceEachReadTheirOwnError) {
   // The process-wide record holds whichever failure came last.
   std::string msg;
   const std::int64_t code = LastError(&msg);
-  EXPECT_TRUE((code == -202 && msg == "发起会话失败") || (code == 0 && msg == kFailures[1].message))
+  EXPECT_TRUE((code == -202 && msg == Gbk("发起会话失败")) ||
+              (code == 0 && msg == kFailures[1].message))
       << code << " " << msg;
 }
 
@@ -119,7 +122,8 @@ TEST_F(LoginTest, TwoThreadsLoggingOneCustomerInAtOnceSubscribeItOnce) {
     const char* password;
     std::int32_t node;  // 1002 has two nodes: it names one
   };
-  const Customer kCustomers[] = {{"1001", "111111", -1}, {"1002", "222222", 1}, {"1003", "333333", -1}};
+  const Customer kCustomers[] = {
+      {"1001", "111111", -1}, {"1002", "222222", 1}, {"1003", "333333", -1}};
   for (const Customer& c : kCustomers) {
     g_subscription_requests = 0;
     std::atomic<int> logged_in{0};

@@ -97,8 +97,10 @@ void Trade(const Customer& c, std::int64_t base, int rounds, Plan& plan) {
     }
     if (SECMOLRA_OrderEntrust_ASync(c.khh, "SH", "600000", 1, 100, 9.5, 0, c.gdh, rest) == rest) {
       plan.resting.push_back(rest);
-      if (SECMOLRA_OrderWithdrawByKFSBDBH_ASync(c.khh, "SH", rest, wd) == wd) plan.withdrawals.push_back(wd);
-      else ++plan.failures;
+      if (SECMOLRA_OrderWithdrawByKFSBDBH_ASync(c.khh, "SH", rest, wd) == wd)
+        plan.withdrawals.push_back(wd);
+      else
+        ++plan.failures;
     } else {
       ++plan.failures;
     }

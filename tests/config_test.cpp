@@ -4,8 +4,8 @@
 #include <cstring>
 #include <string>
 
-#include "api/kit_state.h"
 #include "config/ini_file.h"
+#include "core/context.h"
 #include "secmolra.h"
 #include "support/test_support.h"
 
@@ -13,13 +13,17 @@ using namespace molra;
 using namespace molra::test;
 
 TEST(IniValues, BooleanRules) {
-  struct Case { const char* value; bool dflt; bool expected; };
+  struct Case {
+    const char* value;
+    bool dflt;
+    bool expected;
+  };
   const Case cases[] = {
-      {"1", false, true},   {"t", false, true},    {"True", false, true}, {"y", false, true},
-      {"Yes", false, true}, {"on", false, true},   {"ON", false, true},   {"0", true, false},
-      {"f", true, false},   {"No", true, false},   {"off", true, false},  {"of", true, false},
-      {"OF", true, false},  {"x", true, true},     {"x", false, false},   {"", true, true},
-      {"o", true, true},    {"ox", false, false},  {" 1", false, false},
+      {"1", false, true},   {"t", false, true},   {"True", false, true}, {"y", false, true},
+      {"Yes", false, true}, {"on", false, true},  {"ON", false, true},   {"0", true, false},
+      {"f", true, false},   {"No", true, false},  {"off", true, false},  {"of", true, false},
+      {"OF", true, false},  {"x", true, true},    {"x", false, false},   {"", true, true},
+      {"o", true, true},    {"ox", false, false}, {" 1", false, false},
   };
   for (const Case& c : cases) EXPECT_EQ(ParseIniBool(c.value, c.dflt), c.expected) << c.value;
   EXPECT_TRUE(ParseIniBool(nullptr, true));
@@ -28,8 +32,8 @@ TEST(IniValues, BooleanRules) {
 TEST(IniValues, IntegerRules) {
   const std::string zeros63(63, '0');  // values longer than 63 characters give the default
   const std::pair<std::string, long> cases[] = {
-      {"12", 12}, {"-3", -3}, {"0x1A", 26}, {"0X1a", 26}, {"0x", 4},  {"12abc", 4},
-      {"", 4},    {"11", 11}, {zeros63 + "7", 4},        {zeros63.substr(1) + "7", 7}};
+      {"12", 12},   {"-3", -3}, {"0x1A", 26}, {"0X1a", 26},       {"0x", 4},
+      {"12abc", 4}, {"", 4},    {"11", 11},   {zeros63 + "7", 4}, {zeros63.substr(1) + "7", 7}};
   for (const auto& [value, expected] : cases) {
     EXPECT_EQ(ParseIniLong(value.c_str(), 4), expected) << value;
   }
@@ -54,20 +58,20 @@ TEST(IniFileLocation, ProfilePathIsJoinedWithoutSeparator) {
 
 TEST(GlobalSection, MissingFileGivesDefaults) {
   SECMOLRA_SetProfilePath((MakeTempDir() + "/").c_str());
-  EXPECT_TRUE(CommInit());
-  EXPECT_FALSE(Global().struct_push_msg);
-  EXPECT_EQ(Global().confirm_msg_func, "DM0003");
-  EXPECT_EQ(Global().report_msg_func, "DM0004");
+  const PushSettings push = CommInit();
+  EXPECT_FALSE(push.struct_push_msg);
+  EXPECT_EQ(push.confirm_msg_func, "DM0003");
+  EXPECT_EQ(push.report_msg_func, "DM0004");
 }
 
 TEST(GlobalSection, SectionsAndKeysIgnoreCaseAndTheFileIsReadAfresh) {
   std::string dir = WriteIni("[global]\nstructpushmsg=Yes\nconfirmmsgfunc=1234\n");
-  EXPECT_TRUE(CommInit());
-  EXPECT_TRUE(Global().struct_push_msg);
-  EXPECT_EQ(Global().confirm_msg_func, "1234");
-  EXPECT_EQ(Global().report_msg_func, "DM0004");
+  PushSettings push = CommInit();
+  EXPECT_TRUE(push.struct_push_msg);
+  EXPECT_EQ(push.confirm_msg_func, "1234");
+  EXPECT_EQ(push.report_msg_func, "DM0004");
   WriteFile(dir + "molra.ini", "[GLOBAL]\nStructPushMsg=of\n");
-  EXPECT_TRUE(CommInit());
-  EXPECT_FALSE(Global().struct_push_msg);
-  EXPECT_EQ(Global().confirm_msg_func, "DM0003");
+  push = CommInit();
+  EXPECT_FALSE(push.struct_push_msg);
+  EXPECT_EQ(push.confirm_msg_func, "DM0003");
 }

@@ -1,20 +1,24 @@
-// Reading connection sections into profiles and building a set from a key and its backup.
+// Reading connection sections into profiles.
+#include "config/conn_profile.h"
+
 #include <gtest/gtest.h>
 
 #include <cstring>
 #include <string>
 
-#include "api/kit_state.h"
-#include "comm/conn_pool.h"
-#include "config/conn_profile.h"
-#include "conn_fake_kel.h"
+#include "secmolra.h"
 #include "support/test_support.h"
 
 using namespace molra::test;
 
 namespace {
 
-using fake::UseIni;
+// molra.ini with `text` in a fresh profile path.
+void UseIni(const std::string& text) {
+  const std::string dir = MakeTempDir() + "/";
+  WriteFile(dir + "molra.ini", text);
+  SECMOLRA_SetProfilePath(dir.c_str());
+}
 
 molra::ConnProfile Read(const char* section, molra::ConnSectionInfo* info = nullptr) {
   molra::ConnProfile p;
@@ -33,18 +37,17 @@ TEST(ConnProfile, SectionWithOnlyAddrTakesEveryDefault) {
   UseIni("[K]\naddr=1.2.3.4:1\n");
   molra::ConnSectionInfo info;
   molra::ConnProfile p = Read("K", &info);
-  for (auto s : {FIELD(p, addr), FIELD(p, trade_addr), FIELD(p, subscribe_addr), FIELD(p, query_addr)}) {
+  for (auto s :
+       {FIELD(p, addr), FIELD(p, trade_addr), FIELD(p, subscribe_addr), FIELD(p, query_addr)}) {
     EXPECT_EQ(s, "1.2.3.4:1");
   }
   EXPECT_TRUE(p.trade_addr_defaulted);
-  EXPECT_EQ(FIELD(p, yybbh), "0");
   EXPECT_TRUE(p.use3rd);
   EXPECT_FALSE(p.use_traders);
   EXPECT_FALSE(p.cancel_resub);
-  EXPECT_EQ(p.reserved, 0);
-  for (auto s : {FIELD(p, name), FIELD(p, auth_name), FIELD(p, auth_pwd), FIELD(p, app_name),
-                 FIELD(p, wtgy), FIELD(p, node), FIELD(p, backup), FIELD(p, exchange),
-                 FIELD(p, cert_file), FIELD(p, cert_pwd), FIELD(p, ca_file), FIELD(p, app_ver)}) {
+  for (auto s :
+       {FIELD(p, name), FIELD(p, auth_name), FIELD(p, auth_pwd), FIELD(p, app_name), FIELD(p, wtgy),
+        FIELD(p, backup), FIELD(p, exchange), FIELD(p, cert_file), FIELD(p, cert_pwd)}) {
     EXPECT_EQ(s, "");
   }
   EXPECT_EQ(info.system_type, 4);
@@ -66,29 +69,25 @@ TEST(ConnProfile, SubscribeAndQueryDefaultToTheTradeAddressNotTheManagementOne) 
 
 TEST(ConnProfile, EveryKeyLandsInItsField) {
   UseIni(
-      "[k]\nname=N\nauthname=U\nAUTHPWD=P\naddr=a\nsubscribeaddr=s\nAppName=APP\nyybbh=12\n"
-      "wtgy=G\nnode=ND\nbackup=B\nCertFile=c.pem\nCertPwd=cp\nCA=ca.pem\nAppVer=1.0\n"
-      "exchange=SH\nSystemType=0x1A\n");
+      "[k]\nname=N\nauthname=U\nAUTHPWD=P\naddr=a\nsubscribeaddr=s\nAppName=APP\n"
+      "wtgy=G\nbackup=B\nCertFile=c.pem\nCertPwd=cp\nexchange=SH\nSystemType=0x1A\n");
   molra::ConnSectionInfo info;
   molra::ConnProfile p = Read("K", &info);  // sections and keys ignore case
   const std::pair<std::string, const char*> fields[] = {
-      {FIELD(p, name), "N"},          {FIELD(p, auth_name), "U"},      {FIELD(p, auth_pwd), "P"},
-      {FIELD(p, subscribe_addr), "s"}, {FIELD(p, query_addr), "a"},     {FIELD(p, app_name), "APP"},
-      {FIELD(p, yybbh), "12"},        {FIELD(p, wtgy), "G"},           {FIELD(p, node), "ND"},
-      {FIELD(p, backup), "B"},        {FIELD(p, cert_file), "c.pem"},  {FIELD(p, cert_pwd), "cp"},
-      {FIELD(p, ca_file), "ca.pem"},  {FIELD(p, app_ver), "1.0"},      {FIELD(p, exchange), "SH"}};
+      {FIELD(p, name), "N"},           {FIELD(p, auth_name), "U"},  {FIELD(p, auth_pwd), "P"},
+      {FIELD(p, subscribe_addr), "s"}, {FIELD(p, query_addr), "a"}, {FIELD(p, app_name), "APP"},
+      {FIELD(p, wtgy), "G"},           {FIELD(p, backup), "B"},     {FIELD(p, cert_file), "c.pem"},
+      {FIELD(p, cert_pwd), "cp"},      {FIELD(p, exchange), "SH"}};
   for (const auto& [got, want] : fields) EXPECT_EQ(got, want) << "field expected " << want;
   EXPECT_EQ(info.system_type, 26);
 }
 
 TEST(ConnProfile, ValuesAreCutToTheFieldWidthWithoutTerminator) {
-  std::string name33(33, 'n'), backup25(25, 'b'), yybbh16(16, '7');
-  UseIni("[K]\nName=" + name33 + "\nAuthname=U\nbackup=" + backup25 + "\nyybbh=" + yybbh16 +
-         "\nexchange=SHAX\n");
+  std::string name33(33, 'n'), backup25(25, 'b');
+  UseIni("[K]\nName=" + name33 + "\nAuthname=U\nbackup=" + backup25 + "\nexchange=SHAX\n");
   molra::ConnProfile p = Read("K");
   EXPECT_EQ(std::string(p.name, 33), name33);  // full: no NUL inside the field
   EXPECT_EQ(std::string(p.backup, 20), std::string(20, 'b'));
-  EXPECT_EQ(std::string(p.yybbh, 16), yybbh16);
   EXPECT_EQ(std::string(p.exchange, 3), "SHA");
   EXPECT_EQ(p.use3rd, true);  // the field after exchange is untouched by the cut
 }
@@ -99,9 +98,12 @@ TEST(ConnProfile, BooleansFollowTheIniRulesWithTheirOwnDefaults) {
       "[B]\nuse3rd=of\nusetraders=x\ncancelkelresub=on\n"
       "[C]\nuse3rd=x\nusetraders=ON\ncancelkelresub=0\n");
   // Unrecognised values take the default: true for use3rd (C), false for usetraders (B).
-  struct Row { const char* section; bool use3rd, use_traders, cancel_resub; };
-  for (const Row& r : {Row{"A", false, true, true}, Row{"B", false, false, true},
-                       Row{"C", true, true, false}}) {
+  struct Row {
+    const char* section;
+    bool use3rd, use_traders, cancel_resub;
+  };
+  for (const Row& r :
+       {Row{"A", false, true, true}, Row{"B", false, false, true}, Row{"C", true, true, false}}) {
     molra::ConnProfile p = Read(r.section);
     EXPECT_EQ(p.use3rd, r.use3rd) << r.section;
     EXPECT_EQ(p.use_traders, r.use_traders) << r.section;
@@ -130,63 +132,11 @@ TEST(ConnProfile, SystemTypeBadNumbersGiveFour) {
 }
 
 TEST(ConnProfile, MissingFileGivesDefaults) {
-  molra::Kit().SetProfilePath(MakeTempDir() + "/");
+  SECMOLRA_SetProfilePath((MakeTempDir() + "/").c_str());
   molra::ConnSectionInfo info;
   molra::ConnProfile p = Read("K", &info);
   EXPECT_EQ(FIELD(p, addr), "");
-  EXPECT_EQ(FIELD(p, yybbh), "0");
   EXPECT_TRUE(p.use3rd);
   EXPECT_TRUE(p.trade_addr_defaulted);
   EXPECT_EQ(info.system_type, 4);
-}
-
-TEST(ConnSetBuild, ReadsBackupAndSetsEachPositiveSystemTypeAsTransportDefault) {
-  fake::Install();
-  UseIni("[K]\naddr=p\nbackup=BK\nSystemType=4\n[BK]\naddr=b\nSystemType=4\nConnWithUA=true\n");
-  KelComm::KelConn set("K", 0);
-  EXPECT_EQ(fake::Calls(), "Kel_SetDefaultSystemId(4)\nKel_SetDefaultSystemId(4)\n");
-  EXPECT_EQ(std::string(set.primary.addr), "p");
-  EXPECT_EQ(std::string(set.backup.addr), "b");
-  EXPECT_EQ(set.system_type, 4);
-  EXPECT_EQ(set.profiles_consistent, 1);
-  EXPECT_TRUE(set.connect_with_ua);  // from either section
-  EXPECT_EQ(set.active_profile, 0u);
-  EXPECT_EQ(set.ActiveProfile(), &set.primary);
-  EXPECT_EQ(set.key, "K");
-  EXPECT_EQ(set.kind, 0u);
-}
-
-TEST(ConnSetBuild, BackupWithAnotherSystemTypeMarksProfilesInconsistent) {
-  fake::Install();
-  UseIni("[K]\naddr=p\nbackup=BK\nSystemType=4\n[BK]\nSystemType=0\n");
-  KelComm::KelConn set("K", 0);
-  EXPECT_EQ(set.profiles_consistent, -1);
-  EXPECT_EQ(set.system_type, 0);                                  // the last section read
-  EXPECT_EQ(fake::Calls(), "Kel_SetDefaultSystemId(4)\n");  // 0 is not positive
-}
-
-TEST(ConnSetBuild, NoBackupLeavesBackupZeroedAndEmptyKeyReadsNothing) {
-  fake::Install();
-  UseIni("[K]\naddr=p\n");
-  KelComm::KelConn set("K", 0);
-  molra::ConnProfile zero{};
-  EXPECT_EQ(std::memcmp(&set.backup, &zero, sizeof zero), 0);
-  fake::ClearCalls();
-  KelComm::KelConn none("", 0);
-  EXPECT_EQ(none.system_type, -1);
-  EXPECT_EQ(none.profiles_consistent, 1);
-  EXPECT_EQ(none.ActiveProfile(), nullptr);
-  EXPECT_EQ(fake::Calls(), "");
-}
-
-TEST(ConnSetBuild, EditsToTheFileTakeEffectForTheNextSet) {
-  fake::Install();
-  std::string dir = MakeTempDir();
-  molra::Kit().SetProfilePath(dir + "/");
-  WriteFile(dir + "/molra.ini", "[K]\naddr=first\n");
-  KelComm::KelConn a("K", 0);
-  WriteFile(dir + "/molra.ini", "[K]\naddr=second\n");
-  KelComm::KelConn b("K", 0);
-  EXPECT_EQ(std::string(a.primary.addr), "first");
-  EXPECT_EQ(std::string(b.primary.addr), "second");
 }

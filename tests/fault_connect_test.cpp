@@ -18,7 +18,8 @@ namespace {
 struct ConnectFault {
   const char* role;   // names the test case
   const char* addr;   // the connection that fails
-  int opened_before;  // connections opened before it, in the order management, trade, query, subscribe
+  int opened_before;  // connections opened before it, in the order management, trade, query,
+                      // subscribe
 };
 
 const ConnectFault kConnectFaults[] = {{"Management", "127.0.0.1:9101", 0},
@@ -39,7 +40,8 @@ TEST_P(ConnectFaults, LoginReportsTheFailedConnectAndKeepsNothingOpen) {
     EXPECT_EQ(LastError(), 0);
     EXPECT_EQ(LastErrorText(), std::string("connect failed.connect to ") + f.addr +
                                    " timed out[key:T,addr:" + f.addr + "]\n");
-    EXPECT_EQ(Count(Sim::Get().CallLog(), "Kel_Connect("), static_cast<std::size_t>(f.opened_before + 1));
+    EXPECT_EQ(Count(Sim::Get().CallLog(), "Kel_Connect("),
+              static_cast<std::size_t>(f.opened_before + 1));
     EXPECT_EQ(FAULT_SIM(KelSim_ConnectionCount)(), 0) << "the dropped set closes what it opened";
     EXPECT_EQ(FAULT_SIM(KelSim_OpenSessions)(), 0);
     FAULT_SIM(KelSim_FailConnect)(f.addr, 0);
@@ -50,7 +52,9 @@ TEST_P(ConnectFaults, LoginReportsTheFailedConnectAndKeepsNothingOpen) {
 }
 
 INSTANTIATE_TEST_SUITE_P(EveryConnection, ConnectFaults, ::testing::ValuesIn(kConnectFaults),
-                         [](const ::testing::TestParamInfo<ConnectFault>& p) { return std::string(p.param.role); });
+                         [](const ::testing::TestParamInfo<ConnectFault>& p) {
+                           return std::string(p.param.role);
+                         });
 
 TEST_F(LoginTest, BindFailureFailsTheLoginAndALaterLoginBinds) {
   StartDefault();

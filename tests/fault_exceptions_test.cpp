@@ -17,6 +17,7 @@
 #endif
 
 #include "comm/kel_api.h"
+#include "core/context.h"
 #include "push/push_handlers.h"
 #include "support/host_callbacks.h"
 #include "support/trade_fixture.h"
@@ -51,7 +52,7 @@ class Exceptions : public TradeTest {
   // The log holds the export's record and the exception's text.
   void ExpectCaught(const std::string& name, const std::string& record) {
     const std::string log = LogText();
-    EXPECT_NE(log.find(name + "：" + record), std::string::npos) << name;
+    EXPECT_NE(log.find(name + Gbk("：") + record), std::string::npos) << name;
     EXPECT_NE(log.find(name + " exception: " + kThrown), std::string::npos) << name;
   }
   std::int32_t OpenSessions() { return KELSIM(KelSim_OpenSessions)(); }
@@ -77,7 +78,9 @@ TEST_F(Exceptions, AnExportThatCatchesOneFailsWithInternalErrorAndReleasesItsSes
       {"SECMOLRA_OrderEntrust", [] { kel::api.Kel_Run = ThrowingSession; },
        [] { return SECMOLRA_OrderEntrust("1001", "SH", "600000", 1, 100, 10.0, 0, kGdhSH); }, -299},
       {"SECMOLRA_OrderEntrust_ASync", [] { kel::api.Kel_Write = ThrowingSession; },
-       [] { return SECMOLRA_OrderEntrust_ASync("1001", "SH", "600000", 1, 100, 10.0, 0, kGdhSH, 5); },
+       [] {
+         return SECMOLRA_OrderEntrust_ASync("1001", "SH", "600000", 1, 100, 10.0, 0, kGdhSH, 5);
+       },
        -299},
       {"SECMOLRA_QueryFundInfo", [] { kel::api.Kel_Run = ThrowingSession; },
        [&rows] { return PYSECMOLRA_QueryFundInfo("1001", rows, 4); }, -299},
@@ -96,8 +99,8 @@ TEST_F(Exceptions, AnExportThatCatchesOneFailsWithInternalErrorAndReleasesItsSes
     EXPECT_EQ(result, c.failure) << c.name;
     std::string msg;
     EXPECT_EQ(LastError(&msg), -299) << c.name;
-    EXPECT_EQ(msg, "内部错误") << c.name;
-    ExpectCaught(c.name, "内部错误");
+    EXPECT_EQ(msg, Gbk("内部错误")) << c.name;
+    ExpectCaught(c.name, Gbk("内部错误"));
     EXPECT_EQ(OpenSessions(), 0) << c.name;
   }
 }
@@ -111,8 +114,8 @@ TEST_F(Exceptions, AReplyHandlerThatCatchesOneRecordsAnswerErrorDeliversNothingA
   EXPECT_TRUE(host.Functions().empty());
   std::string msg;
   EXPECT_EQ(LastError(&msg), -205);
-  EXPECT_EQ(msg, "内部错误");
-  ExpectCaught("Sc_Order_AsyncFuncProcess", "内部错误");
+  EXPECT_EQ(msg, Gbk("内部错误"));
+  ExpectCaught("Sc_Order_AsyncFuncProcess", Gbk("内部错误"));
   EXPECT_EQ(OpenSessions(), 0);
   // The kit still works.
   ASSERT_EQ(SECMOLRA_OrderEntrust_ASync("1001", "SH", "600000", 1, 100, 10.0, 0, kGdhSH, 10), 10);
@@ -140,11 +143,12 @@ TEST_F(Exceptions, PushesAndConnectionEventsThatThrowAreLoggedAndDropped) {
   // A host callback that throws inside the structured handler, on a thread of its own.
   SECMOLRA_SetMsgCallback(ThrowingHost);
   char structured[415] = {};
-  std::thread([&structured] { molra::ScStructMsgProc(nullptr, 0, sizeof structured, structured); })
-      .join();
+  molra::PushSettings push;
+  std::thread([&] { molra::ScStructMsgProc(&push, 0, sizeof structured, structured); }).join();
   SECMOLRA_SetMsgCallback(nullptr);
   const std::string log = LogText();
-  for (const char* name : {"ScOrderMsgProcess", "KelComm::KelConn::on_conn_event", "ScStructMsgProc"}) {
+  for (const char* name :
+       {"ScOrderMsgProcess", "KelComm::KelConn::on_conn_event", "ScStructMsgProc"}) {
     EXPECT_NE(log.find(std::string(name) + " exception: " + kThrown), std::string::npos) << name;
   }
   EXPECT_EQ(OpenSessions(), 0);

@@ -19,11 +19,11 @@
 #include <vector>
 
 #include "comm/kel_api.h"
-#include "log/log.h"
+#include "core/log.h"
 #include "push/push_handlers.h"
-#include "push/replies.h"
 #include "support/json_fields.h"
 #include "support/trade_fixture.h"
+#include "trade/replies.h"
 
 using namespace molra::test;
 
@@ -37,7 +37,8 @@ std::atomic<bool> g_in_callback{false};
 
 void OnFunction(const char*, const char* json, std::int32_t) {
   g_in_callback = true;
-  if (int ms = g_callback_sleep_ms.exchange(0); ms > 0) std::this_thread::sleep_for(std::chrono::milliseconds(ms));
+  if (int ms = g_callback_sleep_ms.exchange(0); ms > 0)
+    std::this_thread::sleep_for(std::chrono::milliseconds(ms));
   std::lock_guard<std::mutex> lock(g_mutex);
   ++g_replies[JsonNumber(json, "KFSBDBH")];
 }
@@ -98,7 +99,7 @@ TEST_F(ExitFaults, PushesAndCallsAfterExit) {
   EXPECT_EQ(g_pushes.load(), 0) << "the subscriptions went with the connections";
   EXPECT_EQ(KELSIM(KelSim_SubscriptionCount)("1001"), 0);
   EXPECT_EQ(SECMOLRA_OrderEntrust("1001", "SH", "600000", 1, 100, 10.0, 0, kGdhSH), -203);
-  EXPECT_EQ(Message(), "客户未登录");
+  EXPECT_EQ(Message(), Gbk("客户未登录"));
   EXPECT_EQ(SendOrder(9), -203);
   EXPECT_EQ(KELSIM(KelSim_OpenSessions)(), 0);
   EXPECT_TRUE(SECMOLRA_Exit()) << "a second exit does nothing";
@@ -110,8 +111,10 @@ TEST_F(ExitFaults, PushesAndCallsAfterExit) {
 // another's message, so codes and messages are checked each against its own list.)
 const std::set<std::int64_t> kCodesAroundExit = {-203, -202, -204, 0};
 const std::set<std::string> kMessagesAroundExit = {
-    "客户未登录",           "客户未连接登录，无法获取连接", "未连接，无法发起会话", "发起会话失败",
-    "发送请求失败",         "认证管理连接已失效",           "交易、订阅连接已失效",
+    Gbk("客户未登录"),           Gbk("客户未连接登录，无法获取连接"),
+    Gbk("未连接，无法发起会话"), Gbk("发起会话失败"),
+    Gbk("发送请求失败"),         Gbk("认证管理连接已失效"),
+    Gbk("交易、订阅连接已失效"),
 };
 
 TEST_F(ExitFaults, CallsOnOtherThreadsWhileOneExitsFailCleanly) {
@@ -128,10 +131,18 @@ TEST_F(ExitFaults, CallsOnOtherThreadsWhileOneExitsFailCleanly) {
       std::vector<FundRecord> funds;
       std::int64_t r = 0;
       switch ((orders ? 0 : 2) + i % 2) {
-        case 0: r = SECMOLRA_OrderEntrust("1001", "SH", "600000", 1, 100, 10.0, 0, kGdhSH); break;
-        case 1: r = SendOrder(1000 + i); break;
-        case 2: r = SECMOLRA_TradableQty("1001", "SH", "600000", 2, 10.0, 0, kGdhSH); break;
-        default: r = SECMOLRA_QueryFundInfo("1001", funds); break;
+        case 0:
+          r = SECMOLRA_OrderEntrust("1001", "SH", "600000", 1, 100, 10.0, 0, kGdhSH);
+          break;
+        case 1:
+          r = SendOrder(1000 + i);
+          break;
+        case 2:
+          r = SECMOLRA_TradableQty("1001", "SH", "600000", 2, 10.0, 0, kGdhSH);
+          break;
+        default:
+          r = SECMOLRA_QueryFundInfo("1001", funds);
+          break;
       }
       std::string msg;
       if (r <= 0) LastError(&msg);
@@ -157,8 +168,10 @@ TEST_F(ExitFaults, CallsOnOtherThreadsWhileOneExitsFailCleanly) {
   for (auto& t : threads) t.join();
   KELSIM(KelSim_WaitIdle)();
 
-  for (const auto& [code, n] : codes) EXPECT_TRUE(kCodesAroundExit.count(code)) << code << " x" << n;
-  for (const auto& [msg, n] : messages) EXPECT_TRUE(kMessagesAroundExit.count(msg)) << msg << " x" << n;
+  for (const auto& [code, n] : codes)
+    EXPECT_TRUE(kCodesAroundExit.count(code)) << code << " x" << n;
+  for (const auto& [msg, n] : messages)
+    EXPECT_TRUE(kMessagesAroundExit.count(msg)) << msg << " x" << n;
   EXPECT_GT(successes, 0) << "calls went through before the exit";
   EXPECT_GT(codes[-203], 0) << "and were refused after it";
   EXPECT_EQ(KELSIM(KelSim_OpenSessions)(), 0) << "every session is released";
@@ -207,11 +220,13 @@ struct LateTransportThread {
       molra::ScStructMsgProc(nullptr, 77, 3, nullptr);
     }).join();
     if (spdlog::logger* l = molra::g_logger.load()) l->flush();
-    const bool ok = SECMOLRA_GetLastError(nullptr) == -205 &&
-                    FileHolds(g_late_log, "Sc_Order_AsyncFuncProcess：应答数据包不正确1") &&
-                    FileHolds(g_late_log, "ScStructMsgProc received unknow message. func:77 datalen:3");
+    const bool ok =
+        SECMOLRA_GetLastError(nullptr) == -205 &&
+        FileHolds(g_late_log, Gbk("Sc_Order_AsyncFuncProcess：应答数据包不正确1").c_str()) &&
+        FileHolds(g_late_log, "ScStructMsgProc received unknow message. func:77 datalen:3");
     if (!ok) {
-      std::fprintf(stderr, "a transport thread at process end found the kit's log or error record gone\n");
+      std::fprintf(stderr,
+                   "a transport thread at process end found the kit's log or error record gone\n");
       std::_Exit(3);
     }
   }

@@ -6,8 +6,10 @@
 #include <string>
 #include <thread>
 
-#include "api/kit_state.h"
-#include "api/last_error.h"
+#include "core/context.h"
+#include "core/errors.h"
+#include "core/messages.h"
+#include "core/text.h"
 #include "secmolra.h"
 #include "support/test_support.h"
 
@@ -19,7 +21,23 @@ static_assert(offsetof(CusLoginInfo, Node) == 77, "node at 77");
 static_assert(offsetof(CusLoginInfo, Token) == 333, "token at 333");
 static_assert(offsetof(CusLoginInfo, ErrorCode) == 341, "account error code at 341");
 static_assert(offsetof(CusLoginInfo, ErrorMsg) == 349, "account error message at 349");
-static_assert(offsetof(BatchOrderRow, Wth) == 45 && offsetof(BatchOrderRow, Msg) == 53, "batch row");
+static_assert(offsetof(BatchOrderRow, Wth) == 45 && offsetof(BatchOrderRow, Msg) == 53,
+              "batch row");
+
+// Every text of the kit's table: the bytes it compiles are the GBK of the text it shows.
+TEST(Messages, EveryRowsBytesAreTheGbkOfItsText) {
+  struct Row {
+    const char* name;
+    const char* text;
+    const char* gbk;
+  };
+  const Row rows[] = {
+#define MOLRA_ROW(name, text, gbk) {#name, text, gbk},
+      MOLRA_MESSAGES(MOLRA_ROW)
+#undef MOLRA_ROW
+  };
+  for (const Row& r : rows) EXPECT_EQ(Gbk(r.text), r.gbk) << r.name;
+}
 
 TEST(LastError, IsZeroAndEmptyBeforeAnyErrorReadingDoesNotClearAndNullMessageIsEmpty) {
   char buf[64];
@@ -87,35 +105,23 @@ TEST(LastError, ShortMessageZeroFillsTheAccountField) {
   for (std::size_t i = 3; i < sizeof acc.ErrorMsg; ++i) ASSERT_EQ(acc.ErrorMsg[i], 0) << i;
 }
 
-TEST(BoundedCopy, ExactWidthLeavesNoTerminator) {
-  char field[4];
-  molra::CopyField(field, "abcd");
-  EXPECT_EQ(std::string(field, 4), "abcd");
-  molra::CopyField(field, "abcdef");
-  EXPECT_EQ(std::string(field, 4), "abcd");
-  molra::CopyField(field, "a");
-  EXPECT_EQ(std::string(field, 4), std::string("a\0\0\0", 4));
-  molra::CopyField(field, nullptr);
-  EXPECT_EQ(std::string(field, 4), std::string(4, '\0'));
-}
-
 TEST(Setters, SetNodeRefusesNullAndAcceptsEmpty) {
   EXPECT_TRUE(SECMOLRA_SetNode("node-a"));
   EXPECT_FALSE(SECMOLRA_SetNode(nullptr));
-  EXPECT_EQ(molra::Kit().Node(), "node-a");
+  EXPECT_EQ(molra::Host().Node(), "node-a");
   EXPECT_TRUE(SECMOLRA_SetNode(""));
-  EXPECT_EQ(molra::Kit().Node(), "");
+  EXPECT_EQ(molra::Host().Node(), "");
 }
 
 TEST(Setters, SetWTFSKeepsThePreviousMethodWhenTheTransportRefusesAndSetKelWriteLogForwards) {
   ASSERT_TRUE(SECMOLRA_Init());
   Sim::Get().Reset();
   EXPECT_TRUE(SECMOLRA_SetWTFS("32"));
-  EXPECT_EQ(molra::Kit().Wtfs(), "32");
+  EXPECT_EQ(molra::Host().Wtfs(), "32");
   EXPECT_NE(Sim::Get().CallLog().find("Kel_SetDefaultInfo(,32,,)"), std::string::npos);
   Sim::Get().Fn<void (*)(bool)>("KelSim_SetDefaultInfoResult")(false);
   EXPECT_FALSE(SECMOLRA_SetWTFS("64"));
-  EXPECT_EQ(molra::Kit().Wtfs(), "32");
+  EXPECT_EQ(molra::Host().Wtfs(), "32");
   Sim::Get().ClearCallLog();
   EXPECT_TRUE(SECMOLRA_SetKelWriteLog(false));
   EXPECT_EQ(Sim::Get().CallLog(), "Kel_WriteLog(0)\n");
@@ -125,7 +131,7 @@ TEST(Setters, SetWTFSKeepsThePreviousMethodWhenTheTransportRefusesAndSetKelWrite
 TEST(Setters, SetWTFSBeforeInitIsRefusedWithoutCallingTheTransport) {
   EXPECT_FALSE(SECMOLRA_SetWTFS("32"));
   EXPECT_FALSE(SECMOLRA_SetKelWriteLog(true));
-  EXPECT_EQ(molra::Kit().Wtfs(), "");
+  EXPECT_EQ(molra::Host().Wtfs(), "");
 }
 
 static void Cb1(const char*, const char*, int32_t) {}
@@ -133,8 +139,8 @@ static void Cb1(const char*, const char*, int32_t) {}
 TEST(Setters, CallbackSettersStoreAndSwitchOff) {
   SECMOLRA_SetMsgCallback(Cb1);
   SECMOLRA_SetFuncCallback(Cb1);
-  EXPECT_EQ(molra::Kit().msg_callback.load(), &Cb1);
-  EXPECT_EQ(molra::Kit().func_callback.load(), &Cb1);
+  EXPECT_EQ(molra::Host().msg_callback.load(), &Cb1);
+  EXPECT_EQ(molra::Host().func_callback.load(), &Cb1);
   SECMOLRA_SetMsgCallback(nullptr);
-  EXPECT_EQ(molra::Kit().msg_callback.load(), nullptr);
+  EXPECT_EQ(molra::Host().msg_callback.load(), nullptr);
 }

@@ -6,7 +6,7 @@
 
 #include "comm/conn_pool.h"
 #include "comm/kel_api.h"
-#include "log/log.h"
+#include "core/log.h"
 #include "secmolra.h"
 #include "support/test_support.h"
 
@@ -14,7 +14,9 @@ using namespace molra::test;
 
 namespace {
 
-std::string TodayLog(const std::string& dir) { return ReadFile(dir + "/molra_" + Today() + ".log"); }
+std::string TodayLog(const std::string& dir) {
+  return ReadFile(dir + "/molra_" + Today() + ".log");
+}
 
 void FlushLog() {
   if (auto* l = molra::g_logger.load()) l->flush();
@@ -24,7 +26,7 @@ void FlushLog() {
 
 TEST(Lifecycle, InitWithoutTransportFailsWithStagedRecordAndLogsTheBinderError) {
   std::string logdir = MakeTempDir();
-  ChangeDir(MakeTempDir());  // no kelapi50.dll here
+  ChangeDir(MakeTempDir());                      // no kelapi50.dll here
   WriteFile("kelapi.dll", "not the transport");  // a differently named file is not tried
   SECMOLRA_SetLogPath(logdir.c_str());
   EXPECT_FALSE(SECMOLRA_Init());
@@ -33,7 +35,7 @@ TEST(Lifecycle, InitWithoutTransportFailsWithStagedRecordAndLogsTheBinderError) 
   EXPECT_EQ(LastError(&msg), 0);
   EXPECT_EQ(msg, "");
   FlushLog();
-  EXPECT_NE(TodayLog(logdir).find("加载kelapi.dll失败，错误码："), std::string::npos);
+  EXPECT_NE(TodayLog(logdir).find(Gbk("加载kelapi.dll失败，错误码：")), std::string::npos);
   // Not initialised: a retry goes through start-up again and fails again.
   EXPECT_FALSE(SECMOLRA_Init());
 }
@@ -49,7 +51,7 @@ TEST(Lifecycle, TransportLackingItsLastEntryIsRefusedWithEveryOtherEntryBound) {
     EXPECT_NE(slots[i], nullptr) << kel::kEntryPointNames[i];
   }
   FlushLog();
-  EXPECT_NE(TodayLog(logdir).find("加载接口Kel_AnsIsMulti失败，错误码："), std::string::npos);
+  EXPECT_NE(TodayLog(logdir).find(Gbk("加载接口Kel_AnsIsMulti失败，错误码：")), std::string::npos);
 }
 
 TEST(Lifecycle, BindsAll123EntryPointsInTableOrder) {
@@ -76,24 +78,24 @@ TEST(Lifecycle, InitStartsTheTransportInOrder) {
   EXPECT_EQ(Sim::Get().CallLog(),
             "Kel_Initialize()\nKel_SetDefaultSystemId(4)\nKel_SetDefaultNodeId(0)\n"
             "Kel_SetLogPath()\n");
-  EXPECT_NE(molra::Pool(), nullptr);
+  EXPECT_NE(KitPool(), nullptr);
   SECMOLRA_Exit();
 }
 
 TEST(Lifecycle, SecondInitRepeatsNothingAndInitAfterExitLeavesTheTransportTornDown) {
   ASSERT_TRUE(SECMOLRA_Init());
-  molra::ConnPool* pool = molra::Pool();
+  molra::ConnPool* pool = KitPool();
   Sim::Get().ClearCallLog();
   EXPECT_TRUE(SECMOLRA_Init());
   EXPECT_EQ(Sim::Get().CallLog(), "");
-  EXPECT_EQ(molra::Pool(), pool);
+  EXPECT_EQ(KitPool(), pool);
   EXPECT_TRUE(SECMOLRA_Exit());
   EXPECT_NE(Sim::Get().CallLog().find("Kel_Uninitialize()"), std::string::npos);
-  EXPECT_EQ(molra::Pool(), nullptr);
+  EXPECT_EQ(KitPool(), nullptr);
   Sim::Get().ClearCallLog();
   EXPECT_TRUE(SECMOLRA_Init());
   EXPECT_EQ(Sim::Get().CallLog(), "");
-  EXPECT_EQ(molra::Pool(), nullptr);
+  EXPECT_EQ(KitPool(), nullptr);
   EXPECT_TRUE(SECMOLRA_Exit());  // nothing left to tear down
   EXPECT_EQ(Sim::Get().CallLog(), "");
 }

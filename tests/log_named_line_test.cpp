@@ -1,15 +1,14 @@
 // The named-field log line that replaced fmt's dynamic named arguments: the same text as
 // fmt for every kind of value, and refusals where fmt would have thrown.
-#include <gtest/gtest.h>
-
 #include <fmt/args.h>
 #include <fmt/format.h>
+#include <gtest/gtest.h>
 
 #include <cstdint>
 #include <string>
 #include <vector>
 
-#include "log/named_line.h"
+#include "trade/named_line.h"
 
 namespace {
 
@@ -83,7 +82,8 @@ TEST(NamedLine, RefusesWhatFmtWouldRefuse) {
 TEST(NamedLine, FieldsBeyondTheLimitAreDropped) {
   molra::NamedLine line;
   std::vector<std::string> names;
-  for (int i = 0; i < molra::NamedLine::kMaxFields + 2; ++i) names.push_back("f" + std::to_string(i));
+  for (int i = 0; i < molra::NamedLine::kMaxFields + 2; ++i)
+    names.push_back("f" + std::to_string(i));
   for (int i = 0; i < molra::NamedLine::kMaxFields + 2; ++i) line.Add(names[i].c_str(), i);
   bool ok = false;
   EXPECT_EQ(Line(line, "{f0}-{f19}", &ok), "0-19");

@@ -1,10 +1,11 @@
 // The daily log: its file, its line format and the write-log switch.
+#include "core/log.h"
+
 #include <gtest/gtest.h>
 
 #include <regex>
 #include <string>
 
-#include "log/log.h"
 #include "secmolra.h"
 #include "support/test_support.h"
 
@@ -34,12 +35,14 @@ TEST(Log, NestedDirectoryIsCreatedAndLinesFollowThePattern) {
   std::string dir = MakeTempDir() + "/a/b";
   SECMOLRA_SetLogPath(dir.c_str());
   ASSERT_TRUE(SECMOLRA_Init());
-  SECMOLRA_SetLastError(-9, "坏了", "Fn", nullptr);
+  SECMOLRA_SetLastError(-9, Gbk("坏了").c_str(), "Fn", nullptr);
   std::string text = TodayLog(dir);
   // Local time with microseconds, logger name, level, message; every line ends in CR LF.
-  std::regex line(R"(\[\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\.\d{6}\] \[MOLRA\] \[error\] Fn：坏了\r\n)");
+  std::regex line(R"(\[\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\.\d{6}\] \[MOLRA\] \[error\] Fn)" +
+                  Gbk("：坏了") + R"(\r\n)");
   EXPECT_TRUE(std::regex_search(text, line)) << text;
-  EXPECT_NE(text.find("[info] CommInit success. StructPushMsg:false ConfirmMsgFunc:DM0003 ReportMsgFunc:DM0004\r\n"),
+  EXPECT_NE(text.find("[info] CommInit success. StructPushMsg:false ConfirmMsgFunc:DM0003 "
+                      "ReportMsgFunc:DM0004\r\n"),
             std::string::npos)
       << text;
   SECMOLRA_Exit();
@@ -84,7 +87,7 @@ TEST(Log, LinesAfterExitStillReachTheFile) {
   ASSERT_TRUE(SECMOLRA_Init());
   SECMOLRA_Exit();
   SECMOLRA_SetLastError(-1, "after exit", "Fn", nullptr);
-  EXPECT_NE(TodayLog(dir).find("Fn：after exit"), std::string::npos);
+  EXPECT_NE(TodayLog(dir).find(Gbk("Fn：after exit")), std::string::npos);
 }
 
 TEST(Log, CallbackSettersEchoThePointer) {

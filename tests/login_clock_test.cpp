@@ -1,9 +1,10 @@
 // The time texts, the server-time measurement that login runs, and the clock exports.
 #include <cstring>
 
+#include "account/server_clock.h"
+#include "core/context.h"
 #include "support/login_fixture.h"
 #include "util/dynlib.h"
-#include "util/server_time.h"
 #include "util/time_text.h"
 
 using namespace molra::test;
@@ -117,7 +118,7 @@ TEST_F(LoginTest, SystemDateWithNobodyLoggedInIs202AndTriesAgain) {
   SECMOLRA_SetLastError(0, "", nullptr, nullptr);
   EXPECT_EQ(SECMOLRA_GetSystemDate(), 0);
   EXPECT_EQ(LastError(), -202);
-  EXPECT_EQ(Count(Log(), "[error] GetCurTime："), 2u);
+  EXPECT_EQ(Count(Log(), Gbk("[error] GetCurTime：")), 2u);
   EXPECT_EQ(Sim::Get().CallLog(), "");
 }
 
@@ -133,7 +134,9 @@ TEST_F(LoginTest, LoginMeasuresDateAndOffsetOnTheManagementConnection) {
     SECMOLRA_GetReviseTime(buf);
     as_long = SECMOLRA_GetReviseTimeAsLong();
     stable = LocalReading() == before;
-    if (stable) EXPECT_EQ(molra::TimeOffsetMs(), before - 34215000 - 250);
+    if (stable) {
+      EXPECT_EQ(molra::CurrentKit()->clock.offset_ms.load(), before - 34215000 - 250);
+    }
   }
   ASSERT_TRUE(stable);
   // Revised = local reading - (local reading - server time - correction).
@@ -179,22 +182,27 @@ TEST_F(LoginTest, SystemDateNotPositiveInTheAnswerIsAskedAgain) {
   EXPECT_GT(SECMOLRA_GetSystemDate(), 20000000);
 }
 
-TEST_F(LoginTest, ServerTimeFailuresAreRecordedUnderGetCurTime) {
+TEST_F(LoginTest, ServerTimeFailuresNameGetCurTime) {
   StartDefault();
   ASSERT_GT(SECMOLRA_TradeLogin("T", "1001", "111111"), 0) << LastErrorText();
-  int64_t offset = molra::TimeOffsetMs();
-  LOGIN_SIM_FN(KelSim_FailRun)(1);
-  EXPECT_FALSE(molra::GetCurTime());
-  EXPECT_EQ(LastError(), -204);
-  EXPECT_EQ(LastErrorText(), "发送请求失败");
-  LOGIN_SIM_FN(KelSim_FailAllocSession)(1);
-  EXPECT_FALSE(molra::GetCurTime());
-  EXPECT_EQ(LastError(), -202);
-  EXPECT_EQ(LastErrorText(), "发起会话失败");
-  // A refused query changes nothing.
+  int64_t offset = molra::CurrentKit()->clock.offset_ms.load();
+  const struct {
+    void (*arm)(std::int32_t);
+    std::int64_t code;
+    const char* message;
+  } faults[] = {{LOGIN_SIM_FN(KelSim_FailRun), -204, "发送请求失败"},
+                {LOGIN_SIM_FN(KelSim_FailAllocSession), -202, "发起会话失败"}};
+  for (const auto& f : faults) {
+    f.arm(1);
+    molra::Status measured = molra::MeasureServerTime(molra::CurrentKit());
+    ASSERT_FALSE(measured);
+    EXPECT_EQ(measured.failure().code, f.code);
+    EXPECT_EQ(measured.failure().message, Gbk(f.message));
+    EXPECT_STREQ(measured.failure().where, "GetCurTime");
+  }
+  // A refused query changes nothing and is no failure.
   LOGIN_SIM_FN(KelSim_SetKvAnswer)("A00001", -3, "busy", "578=1|1219=01:00:00");
-  EXPECT_FALSE(molra::GetCurTime());
-  EXPECT_EQ(molra::TimeOffsetMs(), offset);
-  EXPECT_NE(Log().find("GetCurTime：发送请求失败"), std::string::npos);
+  EXPECT_TRUE(molra::MeasureServerTime(molra::CurrentKit()));
+  EXPECT_EQ(molra::CurrentKit()->clock.offset_ms.load(), offset);
   EXPECT_EQ(LOGIN_SIM_FN(KelSim_OpenSessions)(), 0);
 }

@@ -3,7 +3,7 @@
 #include <cstring>
 #include <vector>
 
-#include "account/registry.h"
+#include "core/context.h"
 #include "support/login_fixture.h"
 
 using namespace molra::test;
@@ -13,15 +13,17 @@ TEST_F(LoginTest, TradeLoginRefusesNullOrEmptyKeyOrCustomerBeforeConnecting) {
   const char* const kEmpty = "配置名、客户号、交易密码不能为空";
   const struct {
     const char *key, *khh, *pwd, *message;
-  } cases[] = {{nullptr, "1001", "111111", "非法参数"}, {"T", nullptr, "111111", "非法参数"},
-               {"T", "1001", nullptr, "非法参数"},     {"", "1001", "111111", kEmpty},
+  } cases[] = {{nullptr, "1001", "111111", "非法参数"},
+               {"T", nullptr, "111111", "非法参数"},
+               {"T", "1001", nullptr, "非法参数"},
+               {"", "1001", "111111", kEmpty},
                {"T", "", "111111", kEmpty}};
   for (const auto& c : cases) {
     SCOPED_TRACE("case " + std::to_string(&c - cases));
     SECMOLRA_SetLastError(0, "", nullptr, nullptr);
     EXPECT_EQ(SECMOLRA_TradeLogin(c.key, c.khh, c.pwd), -221);
     EXPECT_EQ(LastError(), -221);
-    EXPECT_EQ(LastErrorText(), c.message);
+    EXPECT_EQ(LastErrorText(), Gbk(c.message));
   }
   EXPECT_EQ(Sim::Get().CallLog(), "");
 }
@@ -29,19 +31,19 @@ TEST_F(LoginTest, TradeLoginRefusesNullOrEmptyKeyOrCustomerBeforeConnecting) {
 TEST_F(LoginTest, EmptyPasswordPassesTheExportAndIsRefusedByTheLogin) {
   StartDefault();
   EXPECT_EQ(SECMOLRA_TradeLogin("T", "1001", ""), -221);
-  EXPECT_EQ(LastErrorText(), "客户号或密码为空");
+  EXPECT_EQ(LastErrorText(), Gbk("客户号或密码为空"));
   // It got as far as the connection set, and no request went out.
   std::string calls = Sim::Get().CallLog();
   EXPECT_NE(calls.find("Kel_Connect(127.0.0.1:9101"), std::string::npos);
   EXPECT_EQ(calls.find("Kel_Run"), std::string::npos);
-  EXPECT_NE(Log().find("AccountInfo::Login：客户号或密码为空"), std::string::npos);
+  EXPECT_NE(Log().find(Gbk("AccountInfo::Login：客户号或密码为空")), std::string::npos);
 }
 
 TEST_F(LoginTest, MissingConfigurationFileIsReportedWithItsFullPath) {
   StartDefault();
   std::remove((profile_ + "molra.ini").c_str());
   EXPECT_EQ(SECMOLRA_TradeLogin("T", "1001", "111111"), -206);
-  EXPECT_EQ(LastErrorText(), "读取配置文件[" + profile_ + "molra.ini]失败");
+  EXPECT_EQ(LastErrorText(), Gbk("读取配置文件[") + profile_ + Gbk("molra.ini]失败"));
   std::vector<CusNodeInfo> list;
   EXPECT_EQ(SECMOLRA_QueryCusNodeinfo("T", "1001", list), -206);
   EXPECT_TRUE(list.empty());
@@ -51,7 +53,7 @@ TEST_F(LoginTest, MissingConfigurationFileIsReportedWithItsFullPath) {
 TEST_F(LoginTest, KeyOfAnotherSystemTypeIsUnknown) {
   StartDefault("", "SystemType=5\n");
   EXPECT_EQ(SECMOLRA_TradeLogin("T", "1001", "111111"), -223);
-  EXPECT_EQ(LastErrorText(), "未知系统类型");
+  EXPECT_EQ(LastErrorText(), Gbk("未知系统类型"));
   std::vector<CusNodeInfo> list;
   EXPECT_EQ(SECMOLRA_QueryCusNodeinfo("T", "1001", list), -223);
   EXPECT_EQ(Sim::Get().CallLog().find("Kel_Connect"), std::string::npos);
@@ -75,26 +77,26 @@ TEST_F(LoginTest, ConnectionFailureReturnsTheStagedCodeAndMessage) {
   std::string m = LastErrorText();
   EXPECT_EQ(m.rfind("connect failed.", 0), 0u) << m;
   EXPECT_NE(m.find("[key:T,addr:127.0.0.1:9102]"), std::string::npos) << m;
-  EXPECT_EQ(molra::Registry().DefaultKhh(0), "");
+  EXPECT_EQ(Customers().DefaultKhh(0), "");
 }
 
 TEST_F(LoginTest, TradeLoginExChecksItsRecord) {
   StartDefault();
   CusLoginInfo info{};
   EXPECT_EQ(SECMOLRA_TradeLoginEx(nullptr, &info), -221);
-  EXPECT_EQ(LastErrorText(), "非法参数");
+  EXPECT_EQ(LastErrorText(), Gbk("非法参数"));
   EXPECT_EQ(SECMOLRA_TradeLoginEx("T", nullptr), -221);
-  EXPECT_EQ(LastErrorText(), "非法参数");
+  EXPECT_EQ(LastErrorText(), Gbk("非法参数"));
   EXPECT_EQ(SECMOLRA_TradeLoginEx("T", &info), -221);
-  EXPECT_EQ(LastErrorText(), "配置名、客户号、交易密码不能为空");
+  EXPECT_EQ(LastErrorText(), Gbk("配置名、客户号、交易密码不能为空"));
   std::strcpy(info.KHH, "1001");
   EXPECT_EQ(SECMOLRA_TradeLoginEx("", &info), -221);
-  EXPECT_EQ(LastErrorText(), "配置名、客户号、交易密码不能为空");
+  EXPECT_EQ(LastErrorText(), Gbk("配置名、客户号、交易密码不能为空"));
   // KHH given, password empty: refused by the login, and the record gets its own copy.
   EXPECT_EQ(SECMOLRA_TradeLoginEx("T", &info), -221);
-  EXPECT_EQ(LastErrorText(), "客户号或密码为空");
+  EXPECT_EQ(LastErrorText(), Gbk("客户号或密码为空"));
   EXPECT_EQ(V(info.ErrorCode), -221);
-  EXPECT_STREQ(info.ErrorMsg, "客户号或密码为空");
+  EXPECT_STREQ(info.ErrorMsg, Gbk("客户号或密码为空").c_str());
 }
 
 TEST_F(LoginTest, TradeLoginExReadsAFullWidthUnterminatedCustomerNumber) {
@@ -114,18 +116,18 @@ TEST_F(LoginTest, TradeLoginExReadsAFullWidthUnterminatedCustomerNumber) {
 TEST_F(LoginTest, LogoutChecksItsArgumentAndResetsTheCustomer) {
   StartDefault();
   EXPECT_EQ(SECMOLRA_TradeLogout(nullptr), -221);
-  EXPECT_EQ(LastErrorText(), "非法参数");
+  EXPECT_EQ(LastErrorText(), Gbk("非法参数"));
   EXPECT_EQ(SECMOLRA_TradeLogout(""), -221);
-  EXPECT_EQ(LastErrorText(), "客户号不能为空");
+  EXPECT_EQ(LastErrorText(), Gbk("客户号不能为空"));
 
   ASSERT_GT(SECMOLRA_TradeLogin("T", "1001", "111111"), 0);
-  ASSERT_NE(molra::Registry().Find(4, "1001"), nullptr);
+  ASSERT_NE(Customers().Find(4, "1001"), nullptr);
   Sim::Get().ClearCallLog();
   EXPECT_EQ(SECMOLRA_TradeLogout("1001"), 1);
-  EXPECT_EQ(molra::Registry().Find(4, "1001"), nullptr);
-  EXPECT_EQ(molra::Registry().DefaultKhh(4), "");
-  EXPECT_EQ(molra::Registry().DefaultConn(4), nullptr);
-  EXPECT_EQ(molra::NodeTable().Get("1001"), 0);
+  EXPECT_EQ(Customers().Find(4, "1001"), nullptr);
+  EXPECT_EQ(Customers().DefaultKhh(4), "");
+  EXPECT_EQ(Customers().DefaultConn(4), nullptr);
+  EXPECT_EQ(Customers().nodes.Get("1001"), 0);
   // Nothing goes to the back end, and the connection set stays in the pool.
   EXPECT_EQ(Sim::Get().CallLog(), "");
   EXPECT_NE(Log().find("SECMOLRA_TradeLogout khh:1001 "), std::string::npos);
@@ -136,9 +138,9 @@ TEST_F(LoginTest, LogoutChecksItsArgumentAndResetsTheCustomer) {
 TEST_F(LoginTest, SetCusTokenAndNodeIdStoreWithoutChecks) {
   StartDefault();
   EXPECT_TRUE(SECMOLRA_SetCusToken("1001", 77));
-  EXPECT_EQ(molra::TokenTable().Get("1001"), 77);
+  EXPECT_EQ(Customers().tokens.Get("1001"), 77);
   EXPECT_TRUE(SECMOLRA_SetCusNodeID("1001", 5));
-  EXPECT_EQ(molra::NodeTable().Get("1001"), 5);
+  EXPECT_EQ(Customers().nodes.Get("1001"), 5);
   EXPECT_TRUE(SECMOLRA_SetCusToken(nullptr, 1));
   EXPECT_TRUE(SECMOLRA_SetCusNodeID(nullptr, 1));
   std::string log = Log();
@@ -171,11 +173,11 @@ TEST_F(LoginTest, QueryCusNodeinfoWithoutAKeyUsesTheCustomersExistingSet) {
   StartDefault();
   std::vector<CusNodeInfo> list;
   EXPECT_EQ(SECMOLRA_QueryCusNodeinfo("T", nullptr, list), -221);
-  EXPECT_EQ(LastErrorText(), "非法参数");
+  EXPECT_EQ(LastErrorText(), Gbk("非法参数"));
   EXPECT_EQ(Sim::Get().CallLog(), "");
   // No set yet: the connection manager's staged failure, code 0.
   EXPECT_EQ(SECMOLRA_QueryCusNodeinfo("", "1003", list), 0);
-  EXPECT_EQ(LastErrorText(), "客户未连接登录，无法获取连接");
+  EXPECT_EQ(LastErrorText(), Gbk("客户未连接登录，无法获取连接"));
   ASSERT_GT(SECMOLRA_TradeLogin("T", "1003", "333333"), 0);
   for (const char* key : {"", static_cast<const char*>(nullptr)}) {
     list.clear();
@@ -193,12 +195,11 @@ TEST_F(LoginTest, QueryCusNodeinfoReportsTheBackEndsRefusal) {
   EXPECT_TRUE(list.empty());
 }
 
-TEST_F(LoginTest, TradeDateWithNobodyLoggedInReportsTheStagedRecord) {
+TEST_F(LoginTest, TradeDateWithNobodyLoggedInIsNotConnected) {
   StartDefault();
-  molra::StageError(0, "客户未连接登录，无法获取连接");
   EXPECT_EQ(SECMOLRA_GetTradeDate(), 0);
-  EXPECT_EQ(LastErrorText(), "客户未连接登录，无法获取连接");
-  EXPECT_NE(Log().find("GetTradeDate：客户未连接登录，无法获取连接"), std::string::npos);
+  EXPECT_EQ(LastErrorText(), Gbk("客户未连接登录，无法获取连接"));
+  EXPECT_NE(Log().find(Gbk("GetTradeDate：客户未连接登录，无法获取连接")), std::string::npos);
 }
 
 TEST_F(LoginTest, TradeDateAsksA00066WithATwoSecondTimeOut) {
@@ -219,12 +220,12 @@ TEST_F(LoginTest, TradeDateFailuresAreRecordedUnderItsName) {
   ASSERT_GT(SECMOLRA_TradeLogin("T", "1001", "111111"), 0);
   LOGIN_SIM_FN(KelSim_FailRun)(1);
   EXPECT_EQ(SECMOLRA_GetTradeDate(), -204);
-  EXPECT_EQ(LastErrorText(), "发送请求失败");
+  EXPECT_EQ(LastErrorText(), Gbk("发送请求失败"));
   LOGIN_SIM_FN(KelSim_SetKvAnswer)("A00066", -7, "no date today", "");
   EXPECT_EQ(SECMOLRA_GetTradeDate(), -7);
   EXPECT_EQ(LastErrorText(), "no date today");
   LOGIN_SIM_FN(KelSim_FailAllocSession)(1);
   EXPECT_EQ(SECMOLRA_GetTradeDate(), -202);
-  EXPECT_EQ(LastErrorText(), "发起会话失败");
-  EXPECT_NE(Log().find("GetTradeDate：发送请求失败"), std::string::npos);
+  EXPECT_EQ(LastErrorText(), Gbk("发起会话失败"));
+  EXPECT_NE(Log().find(Gbk("GetTradeDate：发送请求失败")), std::string::npos);
 }

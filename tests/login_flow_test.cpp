@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "account/account_info.h"
-#include "account/registry.h"
 #include "comm/conn_pool.h"
+#include "core/context.h"
 #include "support/login_fixture.h"
 
 using namespace molra::test;
@@ -36,9 +36,9 @@ std::vector<std::string> LoginCalls(const std::string& log) {
   return out;
 }
 
-const std::vector<std::string> kSysInfoCalls = {
-    "Kel_SetSysInfo(0,2075)", "Kel_SetSysInfo(1,2076)", "Kel_SetSysInfo(4,3800)",
-    "Kel_SetSysInfo(5,3085)", "Kel_SetSysInfo(6,3086)", "Kel_Run()"};
+const std::vector<std::string> kSysInfoCalls = {"Kel_SetSysInfo(0,2075)", "Kel_SetSysInfo(1,2076)",
+                                                "Kel_SetSysInfo(4,3800)", "Kel_SetSysInfo(5,3085)",
+                                                "Kel_SetSysInfo(6,3086)", "Kel_Run()"};
 
 std::vector<std::string> Join(std::vector<std::string> a, const std::vector<std::string>& b) {
   a.insert(a.end(), b.begin(), b.end());
@@ -47,7 +47,9 @@ std::vector<std::string> Join(std::vector<std::string> a, const std::vector<std:
 
 int64_t ConnOf(const char* addr) { return LOGIN_SIM_FN(KelSim_ConnectionByAddr)(addr, 0); }
 
-bool Contains(const std::string& s, const std::string& what) { return s.find(what) != std::string::npos; }
+bool Contains(const std::string& s, const std::string& what) {
+  return s.find(what) != std::string::npos;
+}
 
 // The encoded password of a login request "605=1001|598=<encoded>|781=...".
 std::string EncodedPassword(const std::string& req) {
@@ -77,36 +79,31 @@ TEST_F(LoginTest, DirectFormSendsSettingsAndFieldsInOrderAndRegistersTheCustomer
   std::string req = LastRequest("610301");
   std::string encoded = EncodedPassword(req);
   EXPECT_NE(encoded, "111111");  // the password went out encoded
-  EXPECT_EQ(LoginCalls(calls),
-            Join({"Kel_UniEncode3rd(1001)", "Kel_SetWTFS(7)", "Kel_SetNode(N1)", "Kel_SetNodeId(1)",
-                  "Kel_CreateHead(610301)", "Kel_SetItem(605,1001)", "Kel_SetItem(598," + encoded + ")",
-                  "Kel_SetInt(781,6)", "Kel_SetItem(1264,molra-test)"},
-                 kSysInfoCalls));
+  EXPECT_EQ(LoginCalls(calls), Join({"Kel_UniEncode3rd(1001)", "Kel_SetWTFS(7)", "Kel_SetNode(N1)",
+                                     "Kel_SetNodeId(1)", "Kel_CreateHead(610301)",
+                                     "Kel_SetItem(605,1001)", "Kel_SetItem(598," + encoded + ")",
+                                     "Kel_SetInt(781,6)", "Kel_SetItem(1264,molra-test)"},
+                                    kSysInfoCalls));
   EXPECT_EQ(req, "605=1001|598=" + encoded + "|781=6|1264=molra-test");
   // The node list went first, with the key's exchange short code.
   EXPECT_EQ(LastRequest("D00749"), "605=1001|599=SHA");
   EXPECT_LT(calls.find("D00749"), calls.find("610301"));
-  EXPECT_TRUE(Contains(calls, "Kel_AllocateSession(" + std::to_string(ConnOf("127.0.0.1:9102")) + ")"));
+  EXPECT_TRUE(
+      Contains(calls, "Kel_AllocateSession(" + std::to_string(ConnOf("127.0.0.1:9102")) + ")"));
   EXPECT_EQ(LOGIN_SIM_FN(KelSim_OpenSessions)(), 0);
   EXPECT_TRUE(Contains(Log(), "AccountInfo::Login success. [khh:1001 systype:4 token:" +
                                   std::to_string(token) + "]"));
-  auto rec = molra::Registry().Find(4, "1001");
+  auto rec = Customers().Find(4, "1001");
   ASSERT_NE(rec, nullptr);
-  EXPECT_STREQ(rec->khh, "1001");
-  EXPECT_EQ(std::string(rec->password, sizeof rec->password), std::string(sizeof rec->password, '\0'))
-      << "no clear password is kept after the login";
-  EXPECT_EQ(V(rec->token), token);
-  EXPECT_EQ(V(rec->node_id), 1);
-  EXPECT_EQ(V(rec->wtfs_number), 7);
-  EXPECT_STREQ(rec->wtfs, "7");
-  EXPECT_EQ(V(rec->reserved), 0);
-  EXPECT_EQ(molra::NodeTable().Get("1001"), 1);
-  EXPECT_EQ(molra::Registry().DefaultKhh(0), "1001");
-  EXPECT_EQ(molra::Registry().DefaultKhh(4), "1001");
-  auto conn = molra::Pool()->GetConnection("1001", "");
+  EXPECT_EQ(rec->token, token);
+  EXPECT_EQ(rec->wtfs, "7");
+  EXPECT_EQ(Customers().nodes.Get("1001"), 1);
+  EXPECT_EQ(Customers().DefaultKhh(0), "1001");
+  EXPECT_EQ(Customers().DefaultKhh(4), "1001");
+  auto conn = *KitPool()->GetConnection("1001", "");
   ASSERT_NE(conn, nullptr);
-  EXPECT_EQ(molra::Registry().DefaultConn(4), conn);
-  EXPECT_EQ(molra::Registry().DefaultConn(0), conn);
+  EXPECT_EQ(Customers().DefaultConn(4), conn);
+  EXPECT_EQ(Customers().DefaultConn(0), conn);
 }
 
 TEST_F(LoginTest, AuthenticationFormSendsOperatorCodeSystemTypeAndAppFields) {
@@ -136,7 +133,7 @@ TEST_F(LoginTest, AuthenticationTokenWithLettersIsTheCustomerNumber) {
   StartDefault("", "use3rd=0\n");
   LOGIN_SIM_FN(KelSim_SetKvAnswer)("A00401", 1, "ok", "605=1001|1600=abc");
   EXPECT_EQ(SECMOLRA_TradeLogin("T", "1001", "111111"), 1001);
-  EXPECT_EQ(V(molra::Registry().Find(4, "1001")->token), 1001);
+  EXPECT_EQ(V(Customers().Find(4, "1001")->token), 1001);
   // A numeric text is taken as it stands.
   LOGIN_SIM_FN(KelSim_SetKvAnswer)("A00401", 1, "ok", "605=1001|1600=4711");
   EXPECT_EQ(SECMOLRA_TradeLogin("T", "1001", "111111"), 4711);
@@ -158,7 +155,7 @@ TEST_F(LoginTest, AnswerCodeZeroIsReportedAs220WithTheAnswersMessage) {
   EXPECT_EQ(SECMOLRA_TradeLogin("T", "1001", "111111"), -220);
   EXPECT_EQ(LastError(), 0);
   EXPECT_EQ(LastErrorText(), "nothing to say");
-  EXPECT_EQ(molra::Registry().Find(4, "1001"), nullptr);
+  EXPECT_EQ(Customers().Find(4, "1001"), nullptr);
   EXPECT_EQ(LOGIN_SIM_FN(KelSim_SubscriptionCount)("1001"), 0);
   CusLoginInfo info = Record("1001", "111111", 1);
   EXPECT_EQ(SECMOLRA_TradeLoginEx("T", &info), -220);
@@ -169,33 +166,32 @@ TEST_F(LoginTest, RefusedLoginReturnsTheBackEndsCodeAndKeepsTheNodeWriteBack) {
   EXPECT_EQ(SECMOLRA_TradeLogin("T", "1001", "wrong"), -108);
   EXPECT_EQ(LastError(), -108);
   EXPECT_EQ(LastErrorText(), "wrong trade password");
-  EXPECT_TRUE(Contains(Log(), "AccountInfo::Login：wrong trade password"));
-  EXPECT_EQ(molra::Registry().Find(4, "1001"), nullptr);
-  EXPECT_EQ(molra::Registry().DefaultKhh(0), "");
-  EXPECT_EQ(molra::NodeTable().Get("1001"), 1);
+  EXPECT_TRUE(Contains(Log(), Gbk("AccountInfo::Login：wrong trade password")));
+  EXPECT_EQ(Customers().Find(4, "1001"), nullptr);
+  EXPECT_EQ(Customers().DefaultKhh(0), "");
+  EXPECT_EQ(Customers().nodes.Get("1001"), 1);
   EXPECT_EQ(LOGIN_SIM_FN(KelSim_OpenSessions)(), 0);
 }
 
 TEST_F(LoginTest, TwoTypeFourNodesWithoutAChoiceAre226) {
   StartDefault();
   EXPECT_EQ(SECMOLRA_TradeLogin("T", "1002", "222222"), -226);
-  EXPECT_EQ(LastErrorText(), "客户存在多个节点，未指定交易节点");
+  EXPECT_EQ(LastErrorText(), Gbk("客户存在多个节点，未指定交易节点"));
   EXPECT_EQ(LastRequest("610301"), "<none>");
-  EXPECT_EQ(molra::Registry().Find(4, "1002"), nullptr);
+  EXPECT_EQ(Customers().Find(4, "1002"), nullptr);
 }
 
 TEST_F(LoginTest, TypeFiveNodeIsIgnoredAndTheTypeFourNodeIsUsed) {
   StartDefault();
   ASSERT_GT(SECMOLRA_TradeLogin("T", "1003", "333333"), 0) << LastErrorText();
-  EXPECT_EQ(V(molra::Registry().Find(4, "1003")->node_id), 3);
-  EXPECT_EQ(molra::NodeTable().Get("1003"), 3);
+  EXPECT_EQ(Customers().nodes.Get("1003"), 3);
   EXPECT_TRUE(Contains(LoginCalls(Sim::Get().CallLog())[3], "Kel_SetNodeId(3)"));
 }
 
 TEST_F(LoginTest, NoTypeFourNodeIs227) {
   StartDefault();
   EXPECT_EQ(SECMOLRA_TradeLogin("T", "1004", "444444"), -227);
-  EXPECT_EQ(LastErrorText(), "客户未开通WOQ交易");
+  EXPECT_EQ(LastErrorText(), Gbk("客户未开通WOQ交易"));
 }
 
 TEST_F(LoginTest, SetCusNodeIdIsResetByLoginWhileLoginExWithANodeSkipsTheNodeList) {
@@ -214,8 +210,9 @@ TEST_F(LoginTest, SetCusNodeIdIsResetByLoginWhileLoginExWithANodeSkipsTheNodeLis
   EXPECT_EQ(V(info.NodeID), 2);
   EXPECT_EQ(LastRequest("D00749"), "<none>");
   EXPECT_TRUE(Contains(Sim::Get().CallLog(), "Kel_CreateHead"));
-  EXPECT_EQ(molra::NodeTable().Get("1002"), 2);
-  EXPECT_TRUE(Contains(Log(), "SECMOLRA_TradeLoginEx lpKeyName:T khh:1002 tradenodeID:2 nodeinfo:"));
+  EXPECT_EQ(Customers().nodes.Get("1002"), 2);
+  EXPECT_TRUE(
+      Contains(Log(), "SECMOLRA_TradeLoginEx lpKeyName:T khh:1002 tradenodeID:2 nodeinfo:"));
 }
 
 TEST_F(LoginTest, LoginExWithoutANodeWritesTheResolvedNodeBack) {
@@ -229,7 +226,7 @@ TEST_F(LoginTest, LoginExWithoutANodeWritesTheResolvedNodeBack) {
   ASSERT_GE(calls.size(), 4u);
   EXPECT_EQ(calls[1], "Kel_SetWTFS(32)");
   EXPECT_EQ(calls[2], "Kel_SetNode(NODE-X)");
-  EXPECT_EQ(V(molra::Registry().Find(4, "1003")->wtfs_number), 32);
+  EXPECT_EQ(Customers().Find(4, "1003")->wtfs, "32");
 }
 
 TEST_F(LoginTest, FailedRunOfTheLoginIs204AndReleasesTheSession) {
@@ -237,9 +234,9 @@ TEST_F(LoginTest, FailedRunOfTheLoginIs204AndReleasesTheSession) {
   CusLoginInfo info = Record("1001", "111111", 1);
   LOGIN_SIM_FN(KelSim_FailRun)(1);
   EXPECT_EQ(SECMOLRA_TradeLoginEx("T", &info), -204);
-  EXPECT_EQ(LastErrorText(), "发送请求失败");
+  EXPECT_EQ(LastErrorText(), Gbk("发送请求失败"));
   EXPECT_EQ(V(info.ErrorCode), -204);
-  EXPECT_TRUE(Contains(Log(), "AccountInfo::Login：发送请求失败"));
+  EXPECT_TRUE(Contains(Log(), Gbk("AccountInfo::Login：发送请求失败")));
   EXPECT_EQ(LOGIN_SIM_FN(KelSim_OpenSessions)(), 0);
 }
 
@@ -247,7 +244,7 @@ TEST_F(LoginTest, FailedRunOfTheNodeListIs204UnderItsOwnName) {
   StartDefault();
   LOGIN_SIM_FN(KelSim_FailRun)(1);
   EXPECT_EQ(SECMOLRA_TradeLogin("T", "1001", "111111"), -204);
-  EXPECT_TRUE(Contains(Log(), "AccountInfo::AcctManage::GetAccountJDBH：发送请求失败"));
+  EXPECT_TRUE(Contains(Log(), Gbk("AccountInfo::AcctManage::GetAccountJDBH：发送请求失败")));
   EXPECT_EQ(LOGIN_SIM_FN(KelSim_OpenSessions)(), 0);
 }
 
@@ -256,42 +253,36 @@ TEST_F(LoginTest, NoSessionIs202WithTheStagedMessage) {
   CusLoginInfo info = Record("1001", "111111", 1);
   LOGIN_SIM_FN(KelSim_FailAllocSession)(1);
   EXPECT_EQ(SECMOLRA_TradeLoginEx("T", &info), -202);
-  EXPECT_EQ(LastErrorText(), "发起会话失败");
+  EXPECT_EQ(LastErrorText(), Gbk("发起会话失败"));
   LOGIN_SIM_FN(KelSim_FailAllocSession)(1);
   EXPECT_EQ(SECMOLRA_TradeLogin("T", "1001", "111111"), -202);
-  EXPECT_TRUE(Contains(Log(), "AccountInfo::AcctManage::GetAccountJDBH：发起会话失败"));
-}
-
-TEST_F(LoginTest, LoginWithoutAnAddressRecordIs224) {
-  StartDefault();
-  auto keyless = std::make_shared<KelComm::KelConn>("", 0);
-  CusLoginInfo info = Record("1001", "111111", 1);
-  std::string msg;
-  EXPECT_EQ(molra::AccountInfo::Login(keyless, info, &msg), -224);
-  EXPECT_EQ(msg, "无法获取到连接信息");
-  EXPECT_EQ(LastErrorText(), "无法获取到连接信息");
+  EXPECT_TRUE(Contains(Log(), Gbk("AccountInfo::AcctManage::GetAccountJDBH：发起会话失败")));
 }
 
 TEST_F(LoginTest, AuthenticationFormNeedsTheCustomersSetInThePool) {
   StartDefault("", "use3rd=0\n");
   // A set built from the key but never registered in the pool for this customer.
-  auto loose = std::make_shared<KelComm::KelConn>("T", 0);
+  auto loose = std::make_shared<KelComm::KelConn>("T");
   ASSERT_TRUE(loose->Connect("1001"));
   CusLoginInfo info = Record("1001", "111111", 1);
-  std::string msg;
-  EXPECT_EQ(molra::AccountInfo::Login(loose, info, &msg), -224);
-  EXPECT_EQ(msg, "获取不到连接配置信息");
+  molra::Result<std::int64_t> token = molra::AccountInfo::Login(*molra::CurrentKit(), loose, info);
+  ASSERT_FALSE(token);
+  EXPECT_EQ(token.failure().code, -224);
+  EXPECT_EQ(token.failure().message, Gbk("获取不到连接配置信息"));
   loose->Close();
 }
 
 TEST_F(LoginTest, NodeListOfAnotherSystemTypeIsInvalid) {
   StartDefault();
-  auto conn = std::make_shared<KelComm::KelConn>("T", 0);
+  auto conn = std::make_shared<KelComm::KelConn>("T");
   ASSERT_TRUE(conn->Connect("1001"));
   conn->system_type = 6;
   std::vector<CusNodeInfo> list;
-  EXPECT_EQ(molra::AccountInfo::AcctManage::GetAccountJDBH("1001", *conn, list, 0), -223);
-  EXPECT_EQ(LastErrorText(), "无效系统类型6");
+  molra::Result<std::int64_t> n =
+      molra::AccountInfo::AcctManage::GetAccountJDBH("1001", *conn, list, 0);
+  ASSERT_FALSE(n);
+  EXPECT_EQ(n.failure().code, -223);
+  EXPECT_EQ(n.failure().message, Gbk("无效系统类型6"));
   EXPECT_EQ(LOGIN_SIM_FN(KelSim_OpenSessions)(), 0);
   conn->Close();
 }

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "comm/conn_pool.h"
+#include "core/context.h"
 #include "push/subscribe.h"
 #include "support/login_fixture.h"
 
@@ -26,7 +27,9 @@ void OnMsg(const char*, const char* json, int32_t type) {
   g_delivered.push_back({json ? json : "", type});
 }
 
-std::shared_ptr<KelComm::KelConn> SetOf(const char* khh) { return molra::Pool()->GetConnection(khh, ""); }
+std::shared_ptr<KelComm::KelConn> SetOf(const char* khh) {
+  return *KitPool()->GetConnection(khh, "");
+}
 
 std::string SubscribeConn() {
   return std::to_string(LOGIN_SIM_FN(KelSim_ConnectionByAddr)("127.0.0.1:9104", 0));
@@ -48,8 +51,10 @@ std::string MaskSessions(const std::string& log, const std::string& keep) {
     std::string line = log.substr(i, eol == std::string::npos ? std::string::npos : eol - i);
     i = eol == std::string::npos ? log.size() : eol + 1;
     std::size_t open = line.find('(');
-    std::size_t end = open == std::string::npos ? open : line.find_first_not_of("0123456789", open + 1);
-    if (end != std::string::npos && end > open + 1 && line.substr(open + 1, end - open - 1) != keep) {
+    std::size_t end =
+        open == std::string::npos ? open : line.find_first_not_of("0123456789", open + 1);
+    if (end != std::string::npos && end > open + 1 &&
+        line.substr(open + 1, end - open - 1) != keep) {
       line.replace(open + 1, end - open - 1, "S");
     }
     out += line + "\n";
@@ -66,13 +71,10 @@ TEST_F(LoginTest, PerSubscriptionPathSubscribesBothKindsWithTheirHandlers) {
   std::string calls = MaskSessions(Sim::Get().CallLog(), sub);
   std::string expected = "Kel_IsConnect(" + sub + ")\nKel_AllocateSession(" + sub + ")\n" +
                          SubscriptionCalls("DM0003", "fn") + "Kel_IsConnect(" + sub +
-                         ")\nKel_AllocateSession(" + sub + ")\n" + SubscriptionCalls("DM0004", "fn");
+                         ")\nKel_AllocateSession(" + sub + ")\n" +
+                         SubscriptionCalls("DM0004", "fn");
   EXPECT_NE(calls.find(expected), std::string::npos) << calls;
   EXPECT_EQ(calls.find("Kel_RegGlobalStructPublishFunc"), std::string::npos);
-  auto* slots = SetOf("1001")->ActiveSlots();
-  EXPECT_GE(slots[1], 1);
-  EXPECT_GE(slots[3], 1);
-  EXPECT_NE(slots[1], slots[3]);
   EXPECT_EQ(LOGIN_SIM_FN(KelSim_SubscriptionCount)("1001"), 2);
   std::string log = Log();
   EXPECT_NE(log.find("SubscribeTradeMsg qr subscribe success"), std::string::npos);
@@ -90,7 +92,7 @@ TEST_F(LoginTest, SecondLoginWithPerSubscriptionPushesIsAlreadySubscribed) {
   EXPECT_EQ(Count(log, "cj already subscribe"), 0u);
 }
 
-TEST_F(LoginTest, StructuredPathRegistersTheGlobalHandlerAndSharesTheConfirmationSlot) {
+TEST_F(LoginTest, StructuredPathRegistersTheGlobalHandlerAndSubscribesOnce) {
   StartDefault("StructPushMsg=1\n");
   ASSERT_GT(SECMOLRA_TradeLogin("T", "1001", "111111"), 0);
   std::string sub = SubscribeConn();
@@ -99,9 +101,6 @@ TEST_F(LoginTest, StructuredPathRegistersTheGlobalHandlerAndSharesTheConfirmatio
   ASSERT_NE(reg, std::string::npos) << calls;
   EXPECT_NE(calls.find(SubscriptionCalls("DM0003", "(null)"), reg), std::string::npos) << calls;
   EXPECT_NE(calls.find(SubscriptionCalls("DM0004", "(null)"), reg), std::string::npos) << calls;
-  auto* slots = SetOf("1001")->ActiveSlots();
-  EXPECT_GE(slots[1], 1);
-  EXPECT_EQ(slots[3], 0);  // the match subscription went into the confirmation slot
 
   Sim::Get().ClearCallLog();
   ASSERT_GT(SECMOLRA_TradeLogin("T", "1001", "111111"), 0);
@@ -119,56 +118,17 @@ TEST_F(LoginTest, ConfiguredPushCodesAreSubscribed) {
   EXPECT_NE(calls.find(SubscriptionCalls("CJ0202", "fn")), std::string::npos) << calls;
 }
 
-TEST_F(LoginTest, PushesReachTheMessageCallbackThroughTheSubscriptionHandler) {
-  StartDefault();
-  SECMOLRA_SetMsgCallback(&OnMsg);
-  ASSERT_GT(SECMOLRA_TradeLogin("T", "1001", "111111"), 0);
-  char record[402] = {};
-  std::memcpy(record, "1001", 4);
-  LOGIN_SIM_FN(KelSim_PushRecord)("1001", 0, record, sizeof record);
-  LOGIN_SIM_FN(KelSim_PushRecord)("1002", 1, record, sizeof record);  // someone else's
-  LOGIN_SIM_FN(KelSim_WaitIdle)();
-  std::lock_guard<std::mutex> lock(g_mutex);
-  ASSERT_EQ(g_delivered.size(), 1u);
-  EXPECT_EQ(g_delivered[0].type, 8);
-  EXPECT_NE(g_delivered[0].json.find("1001"), std::string::npos) << g_delivered[0].json;
-}
-
-TEST_F(LoginTest, StructuredPushesReachTheMessageCallbackThroughTheGlobalHandler) {
-  StartDefault("StructPushMsg=on\n");
-  SECMOLRA_SetMsgCallback(&OnMsg);
-  ASSERT_GT(SECMOLRA_TradeLogin("T", "1001", "111111"), 0);
-  char record[415] = {};
-  std::memcpy(record + 13, "1001", 4);
-  LOGIN_SIM_FN(KelSim_PushRecord)("1001", 0, record, sizeof record);
-  LOGIN_SIM_FN(KelSim_WaitIdle)();
-  std::lock_guard<std::mutex> lock(g_mutex);
-  ASSERT_FALSE(g_delivered.empty());
-  EXPECT_EQ(g_delivered[0].type, 8);
-}
-
-TEST_F(LoginTest, MatchSlotAloneStopsTheSubscriptionWithItsOwnLine) {
-  StartDefault();
-  ASSERT_GT(SECMOLRA_TradeLogin("T", "1001", "111111"), 0);
-  auto conn = SetOf("1001");
-  conn->ActiveSlots()[1] = 0;
-  Sim::Get().ClearCallLog();
-  molra::SubscribeTradeMsg("1001", conn);
-  EXPECT_EQ(Sim::Get().CallLog(), "");
-  EXPECT_EQ(Count(Log(), "SubscribeTradeMsg cj already subscribe"), 1u);
-}
-
 TEST_F(LoginTest, FailedSessionLogsTheFailureAndTheOtherKindStillSubscribes) {
   StartDefault();
   ASSERT_GT(SECMOLRA_TradeLogin("T", "1001", "111111"), 0);
   auto conn = SetOf("1001");
-  conn->ActiveSlots()[1] = 0;
-  conn->ActiveSlots()[3] = 0;
+  conn->subscriptions.confirm = 0;  // as after a cancelling recovery
+  conn->subscriptions.match = 0;
   SECMOLRA_SetLastError(0, "", nullptr, nullptr);
   LOGIN_SIM_FN(KelSim_FailAllocSession)(1);
-  molra::SubscribeTradeMsg("1001", conn);
-  EXPECT_EQ(conn->ActiveSlots()[1], 0);
-  EXPECT_GE(conn->ActiveSlots()[3], 1);
+  molra::SubscribeTradeMsg(molra::CurrentKit()->push, "1001", 1, conn);
+  EXPECT_EQ(conn->subscriptions.confirm, 0);
+  EXPECT_GE(conn->subscriptions.match, 1);
   std::string log = Log();
   EXPECT_EQ(Count(log, "SubscribeTradeMsg qr subscribe failed"), 1u);
   EXPECT_EQ(Count(log, "SubscribeTradeMsg cj subscribe success"), 2u);
@@ -176,25 +136,13 @@ TEST_F(LoginTest, FailedSessionLogsTheFailureAndTheOtherKindStillSubscribes) {
   EXPECT_EQ(LOGIN_SIM_FN(KelSim_OpenSessions)(), 0);
 }
 
-TEST_F(LoginTest, SubscriptionUsesTheGroupOfTheActiveProfile) {
-  StartDefault();
-  ASSERT_GT(SECMOLRA_TradeLogin("T", "1001", "111111"), 0);
-  auto conn = SetOf("1001");
-  conn->active_profile = 1;
-  molra::SubscribeTradeMsg("1001", conn);
-  EXPECT_GE(conn->slots[1][1], 1);
-  EXPECT_GE(conn->slots[1][3], 1);
-  EXPECT_EQ(Count(Log(), "already subscribe"), 0u);
-  conn->active_profile = 0;
-}
-
 TEST_F(LoginTest, SubscriptionWithoutACustomerDoesNothing) {
   StartDefault("StructPushMsg=1\n");
   ASSERT_GT(SECMOLRA_TradeLogin("T", "1001", "111111"), 0);
   auto conn = SetOf("1001");
   Sim::Get().ClearCallLog();
-  molra::SubscribeTradeMsg("", conn);
-  molra::SubscribeTradeMsg("1001", nullptr);
+  molra::SubscribeTradeMsg(molra::CurrentKit()->push, "", 0, conn);
+  molra::SubscribeTradeMsg(molra::CurrentKit()->push, "1001", 0, nullptr);
   EXPECT_EQ(Sim::Get().CallLog(),
             "Kel_RegGlobalStructPublishFunc(fn)\nKel_RegGlobalStructPublishFunc(fn)\n");
 }
@@ -215,7 +163,8 @@ std::set<std::string> CancelledIds(const std::string& log) {
 
 // The subscribe connection breaks and comes back with cancelkelresub set: both
 // subscriptions are cancelled and their handles cleared, so the next login subscribes again
-// and pushes arrive again. `size` is the pushed record's layout, `khh_at` its KHH's offset.
+// and the customer's pushes (only its own) reach the message callback again. `size` is the
+// pushed record's layout, `khh_at` its KHH's offset.
 class Resubscription : public LoginTest {
  protected:
   void ExpectAfterACancellingRecovery(int size, int khh_at);
@@ -230,8 +179,6 @@ void Resubscription::ExpectAfterACancellingRecovery(int size, int khh_at) {
   LOGIN_SIM_FN(KelSim_RestoreConnection)(sub);
   LOGIN_SIM_FN(KelSim_WaitIdle)();
   EXPECT_EQ(LOGIN_SIM_FN(KelSim_SubscriptionCount)("1001"), 0) << "both cancelled";
-  EXPECT_EQ(SetOf("1001")->ActiveSlots()[1], 0);
-  EXPECT_EQ(SetOf("1001")->ActiveSlots()[3], 0);
 
   ASSERT_GT(SECMOLRA_TradeLogin("T", "1001", "111111"), 0);
   EXPECT_EQ(LOGIN_SIM_FN(KelSim_SubscriptionCount)("1001"), 2);
@@ -241,9 +188,11 @@ void Resubscription::ExpectAfterACancellingRecovery(int size, int khh_at) {
   std::string record(static_cast<std::size_t>(size), '\0');
   record.replace(static_cast<std::size_t>(khh_at), 4, "1001");
   LOGIN_SIM_FN(KelSim_PushRecord)("1001", 0, record.data(), size);
+  LOGIN_SIM_FN(KelSim_PushRecord)("1002", 1, record.data(), size);  // someone else's
   LOGIN_SIM_FN(KelSim_WaitIdle)();
   std::lock_guard<std::mutex> lock(g_mutex);
-  EXPECT_EQ(g_delivered.size(), 1u);
+  ASSERT_EQ(g_delivered.size(), 1u);
+  EXPECT_EQ(g_delivered[0].type, 8);
 }
 
 }  // namespace

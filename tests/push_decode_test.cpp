@@ -59,8 +59,7 @@ const std::string kSharedHead =
     "\"BZ\":\"RMB\",\"WTJG\":12.5,\"WTSL\":1000,\"CDSL\":0,\"DJZJ\":12512.75,\"CJSL\":0,"
     "\"CJJG\":0.0,\"CJJE\":0.0,\"ZCJSL\":0,\"ZCJJE\":0.0,\"QSZJ\":-3.25,\"JYLB\":200,"
     "\"DDLX\":-1,\"SBJG\":2,\"JGSM\":\"" +
-    kGbkAccepted +
-    "\",\"CXWTH\":0,\"LSH\":987654321,\"WTGY\":\"OP1\",\"QRSJ\":\"093105123\",";
+    kGbkAccepted + "\",\"CXWTH\":0,\"LSH\":987654321,\"WTGY\":\"OP1\",\"QRSJ\":\"093105123\",";
 
 TEST(PushDecode, ConfirmationRecordGivesEveryMemberInOrder) {
   Record r(402);
@@ -85,14 +84,15 @@ TEST(PushDecode, StructuredRecordSkipsItsHeadAndSplitsTheProductSerial) {
 
 TEST(PushDecode, EmptyRecordGivesEmptyTextsAndZeros) {
   Record r(402);
-  EXPECT_EQ(DecodePush(r.data(), false, 8),
-            "{\"TYPE\":8,\"SYS_TYPE\":4,\"KHH\":\"\",\"ZJZH\":\"\",\"WTH\":0,\"YYB\":\"\",\"JYS\":\"\","
-            "\"GDH\":\"\",\"BPGDH\":\"\",\"ZQDM\":\"\",\"ZQLB\":\"\",\"JYDY\":\"\",\"YWLB\":\"\","
-            "\"CXBZ\":\"\",\"CJBH\":\"\",\"CJSJ\":\"\",\"BZ\":\"\",\"WTJG\":0.0,\"WTSL\":0,\"CDSL\":0,"
-            "\"DJZJ\":0.0,\"CJSL\":0,\"CJJG\":0.0,\"CJJE\":0.0,\"ZCJSL\":0,\"ZCJJE\":0.0,"
-            "\"QSZJ\":0.0,\"JYLB\":0,\"DDLX\":0,\"SBJG\":0,\"JGSM\":\"\",\"CXWTH\":0,\"LSH\":0,"
-            "\"WTGY\":\"\",\"QRSJ\":\"\",\"KFSBDBH\":\"\",\"JYSCPFL\":\"\",\"JYSCPXH\":\"\","
-            "\"MSGCODE\":\"\",\"PARSE_COST\":0}");
+  EXPECT_EQ(
+      DecodePush(r.data(), false, 8),
+      "{\"TYPE\":8,\"SYS_TYPE\":4,\"KHH\":\"\",\"ZJZH\":\"\",\"WTH\":0,\"YYB\":\"\",\"JYS\":\"\","
+      "\"GDH\":\"\",\"BPGDH\":\"\",\"ZQDM\":\"\",\"ZQLB\":\"\",\"JYDY\":\"\",\"YWLB\":\"\","
+      "\"CXBZ\":\"\",\"CJBH\":\"\",\"CJSJ\":\"\",\"BZ\":\"\",\"WTJG\":0.0,\"WTSL\":0,\"CDSL\":0,"
+      "\"DJZJ\":0.0,\"CJSL\":0,\"CJJG\":0.0,\"CJJE\":0.0,\"ZCJSL\":0,\"ZCJJE\":0.0,"
+      "\"QSZJ\":0.0,\"JYLB\":0,\"DDLX\":0,\"SBJG\":0,\"JGSM\":\"\",\"CXWTH\":0,\"LSH\":0,"
+      "\"WTGY\":\"\",\"QRSJ\":\"\",\"KFSBDBH\":\"\",\"JYSCPFL\":\"\",\"JYSCPXH\":\"\","
+      "\"MSGCODE\":\"\",\"PARSE_COST\":0}");
 }
 
 TEST(PushDecode, NegativeNumbersAndTheUnsignedCategory) {
@@ -131,8 +131,8 @@ TEST(PushDecode, TextBytesPassThroughWithOnlyJsonEscapes) {
 TEST(PushDecode, TextsStopAtTheirNulAndNeverRunIntoTheNextField) {
   Record r(402);
   r.Text(0, std::string(13, 'K')).Text(13, "Z");  // KHH full, ZJZH right after
-  r.Text(110, "WX");                            // CXBZ full (2 bytes)
-  r.Text(112, std::string("AB\0CD", 5));        // CJBH: bytes after the NUL are not text
+  r.Text(110, "WX");                              // CXBZ full (2 bytes)
+  r.Text(112, std::string("AB\0CD", 5));          // CJBH: bytes after the NUL are not text
   std::string json = DecodePush(r.data(), false, 8);
   EXPECT_NE(json.find("\"KHH\":\"KKKKKKKKKKKKK\",\"ZJZH\":\"Z\""), std::string::npos) << json;
   EXPECT_NE(json.find("\"CXBZ\":\"WX\",\"CJBH\":\"AB\","), std::string::npos) << json;

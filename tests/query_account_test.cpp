@@ -4,8 +4,8 @@
 #include <cstring>
 #include <string>
 
-#include "account/registry.h"
 #include "comm/conn_pool.h"
+#include "core/context.h"
 #include "support/login_fixture.h"
 #include "support/query_support.h"
 #include "support/sim_api.h"
@@ -33,7 +33,9 @@ class Account : public LoginTest {
     SimKel().Kel_UniEncode3rd(khh, buf, &len);
     return buf;
   }
-  static bool Sent(const char* func) { return LOGIN_SIM_FN(KelSim_LastRequest)(func, nullptr, 0) >= 0; }
+  static bool Sent(const char* func) {
+    return LOGIN_SIM_FN(KelSim_LastRequest)(func, nullptr, 0) >= 0;
+  }
   static int32_t OpenSessions() { return LOGIN_SIM_FN(KelSim_OpenSessions)(); }
   void ExpectError(std::int64_t got, std::int64_t code, const std::string& msg,
                    const std::string& func) {
@@ -81,9 +83,9 @@ TEST_F(Account, PasswordChangeResultIsKey507NotTheAnswerCode) {
 
 TEST_F(Account, PasswordChangeOnAnotherSystemTypeIsNotImplemented) {
   LogIn("1001", "111111");
-  auto conn = molra::Pool()->GetConnection("1001", "");
+  auto conn = *KitPool()->GetConnection("1001", "");
   ASSERT_NE(conn, nullptr);
-  molra::Registry().Register(5, "1001", molra::Registry().Find(4, "1001"));
+  Customers().Register(5, "1001", Customers().Find(4, "1001"));
   conn->system_type = 5;
   ExpectError(SECMOLRA_ModifyPwd("1001", "111111", "1", 0), -222, "功能未实现",
               "AccountInfo::ModifyPwd");
@@ -100,30 +102,31 @@ TEST_F(Account, FundTransferSendsSettingsThenFieldsInOrder) {
   ASSERT_GT(SECMOLRA_TradeLogin("T", "1001", "111111"), 0) << Err();
   Sim::Get().ClearCallLog();
   EXPECT_EQ(SECMOLRA_FundTransIn("1001", "111111", 100.5, "", nullptr, "t6", nullptr), 1) << Err();
-  EXPECT_EQ(LastRequest("610403"),
-            "605=1001|808=100.500000|598=" + Encoded("1001", "111111") + "|781=6|716=|793=|765=t6|730=");
+  EXPECT_EQ(LastRequest("610403"), "605=1001|808=100.500000|598=" + Encoded("1001", "111111") +
+                                       "|781=6|716=|793=|765=t6|730=");
   std::string log = Sim::Get().CallLog();
   std::size_t wtfs = log.find("Kel_SetWTFS(");
   std::size_t node = log.find("Kel_SetNode(");
   std::size_t head = log.find("Kel_CreateHead(");
   ASSERT_NE(wtfs, std::string::npos);
   EXPECT_NE(log.find(",7)", wtfs), std::string::npos);
-  EXPECT_EQ(log.substr(node, log.find('\n', node) - node).substr(log.find(',', node) - node), ",N1)");
+  EXPECT_EQ(log.substr(node, log.find('\n', node) - node).substr(log.find(',', node) - node),
+            ",N1)");
   EXPECT_LT(wtfs, node);
   EXPECT_LT(node, head);
   EXPECT_NE(log.find("610403", head), std::string::npos);
   EXPECT_EQ(SECMOLRA_FundTransOut("1001", "111111", 0.5, "", "", "", "memo"), 1) << Err();
-  EXPECT_EQ(LastRequest("610404"),
-            "605=1001|808=0.500000|598=" + Encoded("1001", "111111") + "|781=6|716=|793=|765=|730=memo");
+  EXPECT_EQ(LastRequest("610404"), "605=1001|808=0.500000|598=" + Encoded("1001", "111111") +
+                                       "|781=6|716=|793=|765=|730=memo");
   EXPECT_NE(Log().find("AccountInfo::FunMDBFundsTransfer success."), std::string::npos);
   EXPECT_EQ(OpenSessions(), 0);
 }
 
 TEST_F(Account, RefusedTransferCarriesTheAnswersCodeAndText) {
   LogIn("1001", "111111");
-  LOGIN_SIM_FN(KelSim_SetKvAnswer)("610404", -103, "可用资金不足", "507=0");
-  ExpectError(SECMOLRA_FundTransOut("1001", "111111", 1e12, "", "", "", ""), -103,
-              "可用资金不足", "AccountInfo::FunMDBFundsTransfer");
+  LOGIN_SIM_FN(KelSim_SetKvAnswer)("610404", -103, Gbk("可用资金不足").c_str(), "507=0");
+  ExpectError(SECMOLRA_FundTransOut("1001", "111111", 1e12, "", "", "", ""), -103, "可用资金不足",
+              "AccountInfo::FunMDBFundsTransfer");
   EXPECT_NE(Log().find("AccountInfo::FunMDBFundsTransfer failed."), std::string::npos);
   EXPECT_EQ(OpenSessions(), 0);
 }
@@ -144,7 +147,8 @@ TEST_F(Account, NodeOperationsSendTheirFieldsAndTheRatioReadsBack) {
   EXPECT_DOUBLE_EQ(V(ratios[0].Ratio2), 0.7);
   // Nodes the customer does not have: the back end refuses under the method's name.
   ExpectError(SECMOLRA_ModifyZJHBCL(4, "1002", "", 1, 3, 0.5, 0.5, ""), -109,
-              "nodes 1 and 3 are not two trading nodes of the customer", "AccountInfo::ModifyZJHBCL");
+              "nodes 1 and 3 are not two trading nodes of the customer",
+              "AccountInfo::ModifyZJHBCL");
 }
 
 TEST_F(Account, FailuresAfterTheLookupNameTheMethodAndReleaseTheSession) {

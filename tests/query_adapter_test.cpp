@@ -1,5 +1,6 @@
 // The plain-array adapters: what is copied for each capacity, the full count returned, and
 // the caller's array left alone on an error.
+#include <algorithm>
 #include <cstring>
 #include <string>
 #include <vector>
@@ -34,37 +35,22 @@ const char* kFiveAccounts =
 
 }  // namespace
 
-TEST_F(Adapter, CapacityTwoOfFiveCopiesTwoAndReturnsFive) {
+// Records 0 .. min(cap, count) - 1 are copied, the rest of the array is left alone, and the
+// full count is returned whatever the capacity.
+TEST_F(Adapter, EachCapacityCopiesWhatFitsAndReturnsTheFullCount) {
   LOGIN_SIM_FN(KelSim_SetKvAnswer)("D00734", 0, "", kFiveAccounts);
-  AccountRecord recs[5];
-  Fill(recs);
-  EXPECT_EQ(PYSECMOLRA_QueryAccInfo("1001", recs, 2), 5);
   std::vector<AccountRecord> list;
   ASSERT_EQ(SECMOLRA_QueryAccInfo("1001", list), 5);
-  EXPECT_EQ(std::memcmp(&recs[0], &list[0], sizeof recs[0]), 0);
-  EXPECT_EQ(std::memcmp(&recs[1], &list[1], sizeof recs[1]), 0);
-  EXPECT_STREQ(recs[1].GDH, "A1");
-  for (int i = 2; i < 5; ++i) EXPECT_TRUE(Untouched(recs[i])) << i;
-}
-
-TEST_F(Adapter, CapacityZeroOrNegativeCopiesNothingAndStillCounts) {
-  LOGIN_SIM_FN(KelSim_SetKvAnswer)("D00734", 0, "", kFiveAccounts);
-  AccountRecord recs[1];
-  Fill(recs);
-  EXPECT_EQ(PYSECMOLRA_QueryAccInfo("1001", recs, 0), 5);
-  EXPECT_EQ(PYSECMOLRA_QueryAccInfo("1001", recs, -3), 5);
+  for (const std::int32_t cap : {2, 0, -3, 8}) {
+    SCOPED_TRACE(cap);
+    AccountRecord recs[8];
+    Fill(recs);
+    EXPECT_EQ(PYSECMOLRA_QueryAccInfo("1001", recs, cap), 5);
+    const int copied = cap < 0 ? 0 : std::min(cap, 5);
+    for (int i = 0; i < copied; ++i) EXPECT_EQ(std::memcmp(&recs[i], &list[i], sizeof recs[i]), 0);
+    for (int i = copied; i < 8; ++i) EXPECT_TRUE(Untouched(recs[i])) << i;
+  }
   EXPECT_EQ(PYSECMOLRA_QueryAccInfo("1001", nullptr, 4), 5);
-  EXPECT_TRUE(Untouched(recs[0]));
-}
-
-TEST_F(Adapter, LargerCapacityCopiesOnlyWhatTheQueryProduced) {
-  // The simulated back end's own positions of 1001: five securities.
-  PositionRecord recs[8];
-  Fill(recs);
-  EXPECT_EQ(PYSECMOLRA_QueryPositions("1001", 0, 0, 0, nullptr, nullptr, nullptr, 0, recs, 8), 5);
-  EXPECT_STREQ(recs[0].KHH, "1001");
-  EXPECT_STREQ(recs[4].KHH, "1001");
-  EXPECT_TRUE(Untouched(recs[5]));
 }
 
 TEST_F(Adapter, FailingQueryLeavesTheArrayAsItWas) {
@@ -84,7 +70,8 @@ TEST_F(Adapter, FailingQueryLeavesTheArrayAsItWas) {
 }
 
 TEST_F(Adapter, ETFShareAdapterRunsTheWorkerAfterItsOwnCheck) {
-  LOGIN_SIM_FN(KelSim_SetKvAnswer)("D00754", 0, "", "9225=510050|9218=1\n9225=510050|9218=2\n9225=510050|9218=3");
+  LOGIN_SIM_FN(KelSim_SetKvAnswer)
+  ("D00754", 0, "", "9225=510050|9218=1\n9225=510050|9218=2\n9225=510050|9218=3");
   ETFShareRecord recs[2];
   Fill(recs);
   Sim::Get().ClearCallLog();

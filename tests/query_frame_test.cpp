@@ -116,40 +116,10 @@ TEST_F(QueryFrame, ExFormNodeIdAboveZeroWinsOverTheNodeTable) {
   EXPECT_EQ(NodeIdCalls(), (std::vector<std::string>{"2", "5", "1", "2", "2"}));
 }
 
-TEST_F(QueryFrame, NodeIdIsSetAfterTheHeadAndBeforeTheFields) {
-  LogIn();
-  Script("DQ0003", 0, "", "");
-  std::vector<FundRecord> list;
-  SECMOLRA_QueryFundInfo("1001", list);
-  std::string log = Sim::Get().CallLog();
-  std::size_t head = log.find("Kel_CreateHead(");
-  std::size_t node = log.find("Kel_SetNodeId(");
-  std::size_t khh = log.find("Kel_SetItem(", node);
-  std::size_t run = log.find("Kel_Run(");
-  ASSERT_NE(head, std::string::npos);
-  EXPECT_LT(head, node);
-  EXPECT_LT(node, khh);
-  EXPECT_LT(khh, run);
-  EXPECT_NE(log.find("Kel_AllocateSession("), std::string::npos);
-}
-
-TEST_F(QueryFrame, LoggedOutCustomerGetsNotLoggedInWhileItsSetStaysInThePool) {
-  LogIn();
-  ASSERT_EQ(SECMOLRA_TradeLogout("1001"), 1);
-  ASSERT_NE(molra::Pool()->GetConnection("1001", ""), nullptr);
-  std::vector<FundRecord> list(1);
-  ExpectError(SECMOLRA_QueryFundInfo("1001", list), -203, "客户未登录", "QueryZjxx");
-  EXPECT_TRUE(list.empty());
-  std::vector<PSQYRecord> psqy;
-  ExpectError(SECMOLRA_QueryPSQY("1001", "SH", "A1", psqy), -203, "客户未登录", "QueryPSQY");
-  EXPECT_EQ(SECMOLRA_BeginQuery("1001", "DQ0003", ""), -203);
-  EXPECT_EQ(Sim::Get().CallLog().find("Kel_Run("), std::string::npos);
-}
-
 TEST_F(QueryFrame, RequestFieldsOfEveryQueryInOrder) {
   LogIn();
-  for (const char* f : {"DQ0003", "D00734", "D00985", "D00751", "D00752", "D00753", "D00754",
-                        "910005", "910006"}) {
+  for (const char* f :
+       {"DQ0003", "D00734", "D00985", "D00751", "D00752", "D00753", "D00754", "910005", "910006"}) {
     Script(f, 0, "", "");
   }
   std::vector<FundRecord> fund;
@@ -173,7 +143,8 @@ TEST_F(QueryFrame, RequestFieldsOfEveryQueryInOrder) {
   EXPECT_EQ(LastRequest("DQ0003"), "605=1001|988=1|533=1");
   EXPECT_EQ(LastRequest("D00734"), "605=1001|618=0|590=30000000");
   EXPECT_EQ(LastRequest("D00985"), "605=1001|571=A123|599=SH");
-  EXPECT_EQ(LastRequest("D00751"), "605=1001|599=SH|719=600000|681=77|9220=1|9221=2|9222=50|9223=3");
+  EXPECT_EQ(LastRequest("D00751"),
+            "605=1001|599=SH|719=600000|681=77|9220=1|9221=2|9222=50|9223=3");
   EXPECT_EQ(LastRequest("D00752"), "605=1001|599=|719=|681=0|9220=4|9221=5|9222=6|9223=7");
   EXPECT_EQ(LastRequest("D00753"),
             "605=1001|571=A123|599=SZ|719=000001|9221=1|9222=20|9223=0|9224=9");
@@ -188,10 +159,11 @@ TEST_F(QueryFrame, PositionsExTakesTheShareholderAccountFromTheRecord) {
   CusLoginInfo q{};
   std::strcpy(q.KHH, "1001");
   std::memcpy(q.GDH, "A12345678901", 12);  // full width, no terminator
-  q.NodeID = 0x7f;                          // the byte after GDH is not part of it
+  q.NodeID = 0x7f;                         // the byte after GDH is not part of it
   std::vector<PositionRecord> pos;
   SECMOLRA_QueryPositionsEx(&q, 0, 10, 0, "SH", "", 0, pos);
-  EXPECT_EQ(LastRequest("D00753"), "605=1001|571=A12345678901|599=SH|719=|9221=0|9222=10|9223=0|9224=0");
+  EXPECT_EQ(LastRequest("D00753"),
+            "605=1001|571=A12345678901|599=SH|719=|9221=0|9222=10|9223=0|9224=0");
 }
 
 TEST_F(QueryFrame, OrderRowFillsEveryFieldAtItsOffsetAndCutsLongTexts) {
@@ -226,50 +198,6 @@ TEST_F(QueryFrame, OrderRowFillsEveryFieldAtItsOffsetAndCutsLongTexts) {
   EXPECT_EQ(Text(r.ZJZH, 31), "F001");
   EXPECT_EQ(Text(r.BZ, 4), "HKD");
   EXPECT_EQ(std::string(r.Reserved, 100), std::string(100, '\0'));
-}
-
-TEST_F(QueryFrame, MatchPositionAndETFRowsFillTheirRecords) {
-  LogIn();
-  Script("D00752", 0, "", "605=1001|681=9|9202=50|9203=9.5|9204=475|9207=C77|9208=10:00:01|9157=5");
-  Script("D00753", 0, "", "605=1001|719=000001|9211=1000|9212=600|9213=8.5|9219=9|9214=9000|9215=500");
-  Script("D00754", 0, "", "605=1001|9225=510050|719=600000|9218=1200\n605=1001|9225=510050|719=600036|9218=300");
-  std::vector<MatchRecord> m;
-  std::vector<PositionRecord> p;
-  std::vector<ETFShareRecord> e;
-  ASSERT_EQ(SECMOLRA_QueryMatchs("1001", 0, 0, 10, 0, "", "", 0, m), 1);
-  EXPECT_EQ(V(m[0].WTH), 9);
-  EXPECT_EQ(V(m[0].CJSL), 50);
-  EXPECT_EQ(V(m[0].CJJE), 475.0);
-  EXPECT_EQ(Text(m[0].CJBH, 31), "C77");
-  EXPECT_EQ(Text(m[0].CJSJ, 13), "10:00:01");
-  EXPECT_EQ(V(m[0].KFSBDBH), 5);
-  ASSERT_EQ(SECMOLRA_QueryPositions("1001", 0, 10, 0, "", "", "", 0, p), 1);
-  EXPECT_EQ(V(p[0].GFYE), 1000);
-  EXPECT_EQ(V(p[0].KMSL), 600);
-  EXPECT_EQ(V(p[0].CBJ), 8.5);
-  EXPECT_EQ(V(p[0].ZXJ), 9.0);
-  EXPECT_EQ(V(p[0].ZXSZ), 9000.0);
-  EXPECT_EQ(V(p[0].FDYK), 500.0);
-  ASSERT_EQ(SECMOLRA_QueryETFShare("1001", "510050", e), 2);
-  EXPECT_EQ(Text(e[1].ZQDM, 9), "600036");
-  EXPECT_EQ(V(e[1].FESL), 300);
-  EXPECT_EQ(Text(e[0].JJDM, 9), "510050");
-}
-
-TEST_F(QueryFrame, NodeFundQueriesReadTheirRows) {
-  LogIn();
-  Script("910005", 0, "", "935=1|936=2|940=0.3|941=0.7");
-  Script("910006", 0, "", "2071=1|709=500.5\n2071=2|709=20");
-  std::vector<ZJHBCLRecord> ratio;
-  std::vector<JDKYZJRecord> funds;
-  ASSERT_EQ(SECMOLRA_QueryZJHBCL("1001", "", ratio), 1) << Err();
-  EXPECT_EQ(V(ratio[0].Node1), 1);
-  EXPECT_EQ(V(ratio[0].Node2), 2);
-  EXPECT_EQ(V(ratio[0].Ratio2), 0.7);
-  ASSERT_EQ(SECMOLRA_QueryJDKYZJ("1001", "", funds), 2) << Err();
-  EXPECT_EQ(V(funds[1].NodeID), 2);
-  EXPECT_EQ(V(funds[0].KYZJ), 500.5);
-  EXPECT_EQ(V(funds[0].Reserved), 0);
 }
 
 namespace {
@@ -311,7 +239,9 @@ TEST_F(QueryFrame, PSQYRereadsTheCodeBeforeEveryRowAndKeepsRowsWithNegativeState
   EXPECT_EQ(Text(list[1].GDH, 12), "");  // an absent text is empty, not the previous row's
   std::string log = Sim::Get().CallLog();
   std::size_t n = 0;
-  for (std::size_t p = log.find("Kel_GetCode("); p != std::string::npos; p = log.find("Kel_GetCode(", p + 1)) ++n;
+  for (std::size_t p = log.find("Kel_GetCode("); p != std::string::npos;
+       p = log.find("Kel_GetCode(", p + 1))
+    ++n;
   EXPECT_EQ(n, 3u);
   EXPECT_EQ(log.find("Kel_GetLong(" + std::string(",507")), std::string::npos);
 }
@@ -322,13 +252,13 @@ TEST_F(QueryFrame, TransportAndAnswerFailuresReleaseTheSession) {
   LOGIN_SIM_FN(KelSim_FailRun)(1);
   ExpectError(SECMOLRA_QueryFundInfo("1001", list), -204, "发送请求失败", "QueryZjxx");
   EXPECT_EQ(OpenSessions(), 0);
-  Script("DQ0003", -103, "资金不足", "605=1001|709=1");
+  Script("DQ0003", -103, Gbk("资金不足").c_str(), "605=1001|709=1");
   ExpectError(SECMOLRA_QueryFundInfo("1001", list), -103, "资金不足", "QueryZjxx");
   EXPECT_TRUE(list.empty());
   EXPECT_EQ(OpenSessions(), 0);
   LOGIN_SIM_FN(KelSim_FailAllocSession)(1);
   EXPECT_EQ(SECMOLRA_QueryFundInfo("1001", list), -202);
-  EXPECT_EQ(Err(), "发起会话失败");
+  EXPECT_EQ(Err(), Gbk("发起会话失败"));
   EXPECT_EQ(OpenSessions(), 0);
 }
 
@@ -380,10 +310,10 @@ TEST_F(QueryFrame, CursorLeftOpenAtExitIsDroppedWithoutCallingTheTransport) {
 
 TEST_F(QueryFrame, CursorOnARefusedAnswerIsNoCursor) {
   LogIn();
-  Script("ZD0002", -5, "无此表", "");
+  Script("ZD0002", -5, Gbk("无此表").c_str(), "");
   ExpectError(SECMOLRA_BeginQuery("1001", "ZD0002", nullptr), -5, "无此表", "SECMOLRA_BeginQuery");
   EXPECT_EQ(OpenSessions(), 0);
   // A customer with no connection set: the staged code 0, never a cursor id.
   EXPECT_EQ(SECMOLRA_BeginQuery("4444", "ZD0002", nullptr), 0);
-  EXPECT_EQ(Err(), "客户未连接登录，无法获取连接");
+  EXPECT_EQ(Err(), Gbk("客户未连接登录，无法获取连接"));
 }

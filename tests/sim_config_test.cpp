@@ -86,7 +86,8 @@ TEST_F(SimConfig, ResetStartsFromTheFileNamedByTheEnvironment) {
   EXPECT_EQ(k.Kel_Connect("10.1.1.1:7001", "", "", 5), 0);
   char buf[512];
   kel::int32 len = sizeof buf;
-  EXPECT_NE(std::string(k.Kel_GetLastErrMsg(buf, &len)).find("cannot read " + dir + "/missing.ini"), std::string::npos);
+  EXPECT_NE(std::string(k.Kel_GetLastErrMsg(buf, &len)).find("cannot read " + dir + "/missing.ini"),
+            std::string::npos);
   SetEnv("KELSIM_CONFIG", "");
   Sim::Get().Reset();
   EXPECT_NE(k.Kel_Connect("127.0.0.1:9101", "", "", 5), 0);

@@ -36,7 +36,9 @@ TEST(SimCsv, RecordsFieldsQuotesAndLineEnds) {
       {"a,b\r\n1,2", {{"a", "b"}, {"1", "2"}}},
       {",,\n", {{"", "", ""}}},
       {"\"x,y\",\"say \"\"hi\"\"\",\"two\nlines\"\n", {{"x,y", "say \"hi\"", "two\nlines"}}},
-      {"\xEF\xBB\xBF" "a\n\n\r\nb\n", {{"a"}, {"b"}}},
+      {"\xEF\xBB\xBF"
+       "a\n\n\r\nb\n",
+       {{"a"}, {"b"}}},
       {"a\"b,c\n", {{"a\"b", "c"}}},  // a quote inside a field is a character
       {"a\n\"open,\n", {{"a"}, {"error: line 2: a quoted field is not closed"}}},
       {"\"a\"b,c\n", {{"error: line 1: text after the closing quote of a field"}}},
@@ -54,7 +56,8 @@ TEST(SimCsv, AFieldWrittenForCsvReadsBackAsItself) {
   }
 }
 
-constexpr const char* kHeader = "time,exchange,code,last,volume,bid1,bid1_volume,ask1,ask1_volume\n";
+constexpr const char* kHeader =
+    "time,exchange,code,last,volume,bid1,bid1_volume,ask1,ask1_volume\n";
 
 std::string ReplayError(const std::string& text) {
   sim::Replay r;
@@ -91,18 +94,27 @@ TEST(SimReplayFile, RefusalsNameTheLineAndTheFault) {
       {"time,exchange,code,last\n", "line 1: no column \"volume\""},
       {"time,exchange,code,last,volume,bid6\n", "line 1: unknown column \"bid6\""},
       {"time,exchange,code,last,volume,volume\n", "line 1: column \"volume\" given twice"},
-      {"time,exchange,code,last,volume,bid2\n", "line 1: \"bid2\" and \"bid2_volume\" come in pairs"},
-      {std::string(kHeader) + "9:30:00,SH,600000,10,1,,,,\n", "line 2: time \"9:30:00\" is not HH:MM:SS[.mmm]"},
+      {"time,exchange,code,last,volume,bid2\n",
+       "line 1: \"bid2\" and \"bid2_volume\" come in pairs"},
+      {std::string(kHeader) + "9:30:00,SH,600000,10,1,,,,\n",
+       "line 2: time \"9:30:00\" is not HH:MM:SS[.mmm]"},
       {std::string(kHeader) + "09:30:60,SH,600000,10,1,,,,\n", "line 2: time \"09:30:60\""},
-      {std::string(kHeader) + "09:30:00,SH,600000,10,1\n", "line 2: 5 fields where the header names 9"},
+      {std::string(kHeader) + "09:30:00,SH,600000,10,1\n",
+       "line 2: 5 fields where the header names 9"},
       {std::string(kHeader) + "09:30:00,SH,600000,0,1,,,,\n", "line 2: last must be above 0"},
-      {std::string(kHeader) + "09:30:00,SH,600000,ten,1,,,,\n", "line 2: last \"ten\" is not a price"},
-      {std::string(kHeader) + "09:30:00,SH,600000,10,-5,,,,\n", "line 2: volume \"-5\" is not a quantity"},
-      {std::string(kHeader) + "09:30:00,SH,600000,10,1,9.99,,,\n", "line 2: bid1 and bid1_volume are given together"},
-      {std::string(kHeader) + "09:30:00,,600000,10,1,,,,\n", "line 2: exchange and code must be given"},
-      {std::string(kHeader) + "\n\n09:30:00,SH,\"600000,10,1,,,,\n", "line 4: a quoted field is not closed"},
+      {std::string(kHeader) + "09:30:00,SH,600000,ten,1,,,,\n",
+       "line 2: last \"ten\" is not a price"},
+      {std::string(kHeader) + "09:30:00,SH,600000,10,-5,,,,\n",
+       "line 2: volume \"-5\" is not a quantity"},
+      {std::string(kHeader) + "09:30:00,SH,600000,10,1,9.99,,,\n",
+       "line 2: bid1 and bid1_volume are given together"},
+      {std::string(kHeader) + "09:30:00,,600000,10,1,,,,\n",
+       "line 2: exchange and code must be given"},
+      {std::string(kHeader) + "\n\n09:30:00,SH,\"600000,10,1,,,,\n",
+       "line 4: a quoted field is not closed"},
   };
-  for (const auto& t : cases) EXPECT_NE(ReplayError(t.text).find(t.error), std::string::npos) << ReplayError(t.text);
+  for (const auto& t : cases)
+    EXPECT_NE(ReplayError(t.text).find(t.error), std::string::npos) << ReplayError(t.text);
 }
 
 // ---- configuration keys ----
@@ -112,7 +124,8 @@ std::string ConfigError(const std::string& text) {
   WriteFile(dir + "/sim.ini", text);
   sim::Config c;
   std::string error;
-  return sim::LoadConfigFile(dir + "/sim.ini", c, &error) ? "(loaded)" : error.substr(error.find(": ") + 2);
+  return sim::LoadConfigFile(dir + "/sim.ini", c, &error) ? "(loaded)"
+                                                          : error.substr(error.find(": ") + 2);
 }
 
 TEST(SimConfigKeys, BadValuesAndUnknownKeysAreRefused) {
@@ -120,15 +133,21 @@ TEST(SimConfigKeys, BadValuesAndUnknownKeysAreRefused) {
     const char* text;
     const char* error;
   } cases[] = {
-      {"[fees]\ncommission_rate = abc\n", "[fees] commission_rate = abc: expected a number from 0 to 0.1"},
+      {"[fees]\ncommission_rate = abc\n",
+       "[fees] commission_rate = abc: expected a number from 0 to 0.1"},
       {"[fees]\ncomission_rate = 0.0003\n", "[fees] has no key comission_rate"},
-      {"[fees]\nstamp_duty_rate = 0.2\n", "[fees] stamp_duty_rate = 0.2: expected a number from 0 to 0.1"},
+      {"[fees]\nstamp_duty_rate = 0.2\n",
+       "[fees] stamp_duty_rate = 0.2: expected a number from 0 to 0.1"},
       {"[market]\nclock = fast\n", "[market] clock = fast: expected a number from 0.001 to 1e+06"},
       {"[market]\nstart = 25:00:00\n", "[market] start = 25:00:00: expected HH:MM:SS[.mmm]"},
-      {"[market]\nstep_ms = 0\n", "[market] step_ms = 0: expected a whole number from 1 to 86400000"},
-      {"[security.SH.600000]\nkind = bond\n", "[security.SH.600000] kind = bond: expected stock or fund"},
-      {"[security.SH.600000]\ntick = 0\n", "[security.SH.600000] tick = 0: expected a number from 0.001 to 1000"},
-      {"[security.SH.600000]\nlot = 0\n", "[security.SH.600000] lot = 0: expected a whole number from 1 to 1000000"},
+      {"[market]\nstep_ms = 0\n",
+       "[market] step_ms = 0: expected a whole number from 1 to 86400000"},
+      {"[security.SH.600000]\nkind = bond\n",
+       "[security.SH.600000] kind = bond: expected stock or fund"},
+      {"[security.SH.600000]\ntick = 0\n",
+       "[security.SH.600000] tick = 0: expected a number from 0.001 to 1000"},
+      {"[security.SH.600000]\nlot = 0\n",
+       "[security.SH.600000] lot = 0: expected a whole number from 1 to 1000000"},
       {"[security.SH.600000]\nprise = 10\n", "[security.SH.600000] has no key prise"},
   };
   for (const auto& t : cases) EXPECT_EQ(ConfigError(t.text), t.error) << t.text;
@@ -138,7 +157,8 @@ TEST(SimConfigKeys, MarketFeesAndSecuritiesAreRead) {
   std::string dir = MakeTempDir();
   WriteFile(dir + "/sim.ini",
             "[backend]\nstate = run/state.db\n"
-            "[market]\nreplay = day.csv   ; relative to this file\nclock = 120\nstart = 09:15:00.250\nseed = 7\n"
+            "[market]\nreplay = day.csv   ; relative to this file\nclock = 120\nstart = "
+            "09:15:00.250\nseed = 7\n"
             "[fees]\ncommission_rate = 0.0003\ncommission_min = 5\n"
             "[security.SZ.159901]\nprice = 3.2\nprev_close = 3.1\nlimit = 0.2\n"
             "[security.SH.600000]\nkind = fund\nlot = 1\n");

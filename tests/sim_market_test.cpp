@@ -73,15 +73,47 @@ TEST_P(IncomingOrder, TakesTheBookLevelByLevel) {
 INSTANTIATE_TEST_SUITE_P(
     Book, IncomingOrder,
     ::testing::Values(
-        BookCase{"BuyOverTwoLevelsRestsTheRest", 1, 1000, 10.01, 0, 0, {{10.00, 300}, {10.01, 500}, {10.02, 900}},
-                 {{300, 10.00}, {500, 10.01}}, 200, 0},
-        BookCase{"SellOverTwoLevels", 2, 1500, 9.98, 0, 0, {{9.99, 1000}, {9.98, 1000}, {9.97, 1000}},
-                 {{1000, 9.99}, {500, 9.98}}, 0, 0},
-        BookCase{"LimitBelowTheBestAskRestsWhole", 1, 500, 9.99, 0, 0, {{10.00, 300}}, {}, 500, 0},
-        BookCase{"MatchVolumeSplitsALevel", 1, 500, 10.00, 0, 200, {{10.00, 400}}, {{200, 10.00}, {200, 10.00}}, 100,
+        BookCase{"BuyOverTwoLevelsRestsTheRest",
+                 1,
+                 1000,
+                 10.01,
+                 0,
+                 0,
+                 {{10.00, 300}, {10.01, 500}, {10.02, 900}},
+                 {{300, 10.00}, {500, 10.01}},
+                 200,
                  0},
-        BookCase{"MarketBuyTakesTheBookAndTheRestIsWithdrawn", 1, 1000, 0, 1, 0, {{10.00, 300}, {10.05, 200}},
-                 {{300, 10.00}, {200, 10.05}}, 0, 500}),
+        BookCase{"SellOverTwoLevels",
+                 2,
+                 1500,
+                 9.98,
+                 0,
+                 0,
+                 {{9.99, 1000}, {9.98, 1000}, {9.97, 1000}},
+                 {{1000, 9.99}, {500, 9.98}},
+                 0,
+                 0},
+        BookCase{"LimitBelowTheBestAskRestsWhole", 1, 500, 9.99, 0, 0, {{10.00, 300}}, {}, 500, 0},
+        BookCase{"MatchVolumeSplitsALevel",
+                 1,
+                 500,
+                 10.00,
+                 0,
+                 200,
+                 {{10.00, 400}},
+                 {{200, 10.00}, {200, 10.00}},
+                 100,
+                 0},
+        BookCase{"MarketBuyTakesTheBookAndTheRestIsWithdrawn",
+                 1,
+                 1000,
+                 0,
+                 1,
+                 0,
+                 {{10.00, 300}, {10.05, 200}},
+                 {{300, 10.00}, {200, 10.05}},
+                 0,
+                 500}),
     [](const ::testing::TestParamInfo<BookCase>& p) { return std::string(p.param.name); });
 
 // ---- resting orders reached by later quotes ----
@@ -97,7 +129,8 @@ TEST_F(SimRest, RestingOrdersMatchAtTheirOwnPriceByPriceThenTime) {
   Book("600000", 9.90, {{9.84, 100}}, {{9.85, 400}, {9.93, 100}});
   Fills by_order;
   std::vector<long long> who;
-  for (const PushRec& m : Matches()) who.push_back(m.Wth()), by_order.emplace_back(m.Cjsl(), m.Cjjg());
+  for (const PushRec& m : Matches())
+    who.push_back(m.Wth()), by_order.emplace_back(m.Cjsl(), m.Cjjg());
   EXPECT_EQ(who, (std::vector<long long>{b, c2}));
   EXPECT_EQ(by_order, (Fills{{300, 9.95}, {200, 9.95}}));  // 9.93 is out of a's reach
   ForgetPushes();
@@ -132,7 +165,8 @@ class Refusal : public SimTradingTest, public ::testing::WithParamInterface<Refu
   std::string Config() override {
     return "[backend]\ninclude_defaults = true\n"
            "[security.SH.600000]\nprice = 10.80\nprev_close = 10.00\n"
-           "[customer.1001]\npassword = 111111\nposition.1 = SH,600000,10000\nposition.2 = SH,601318,1050\n"
+           "[customer.1001]\npassword = 111111\nposition.1 = SH,600000,10000\nposition.2 = "
+           "SH,601318,1050\n"
            "position.3 = SH,510050,5000\n";
   }
 };
@@ -141,8 +175,11 @@ TEST_P(Refusal, AsTheExchangeWould) {
   const RefusalCase& t = GetParam();
   std::string ans = Entrust(t.zqdm, t.jylb, t.qty, t.price);
   ASSERT_EQ(Code(ans), t.code) << Note(ans);
-  if (t.code == 1) EXPECT_EQ(Pushes().at(0).Sbjg(), t.sbjg);
-  if (t.code < 0) EXPECT_TRUE(Pushes().empty());
+  if (t.code == 1) {
+    EXPECT_EQ(Pushes().at(0).Sbjg(), t.sbjg);
+  } else if (t.code < 0) {
+    EXPECT_TRUE(Pushes().empty());
+  }
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -205,7 +242,8 @@ class Fees : public SimTradingTest, public ::testing::WithParamInterface<FeeCase
 TEST_P(Fees, AreChargedAtEachMatchToTheCent) {
   const FeeCase& t = GetParam();
   bool buy = t.jylb == 1;
-  Book("600000", t.price, buy ? std::vector<KelSimLevel>{} : t.levels, buy ? t.levels : std::vector<KelSimLevel>{});
+  Book("600000", t.price, buy ? std::vector<KelSimLevel>{} : t.levels,
+       buy ? t.levels : std::vector<KelSimLevel>{});
   std::string ans = Entrust("600000", t.jylb, t.qty, t.price);
   ASSERT_EQ(Code(ans), 1) << Note(ans);
   EXPECT_DOUBLE_EQ(ReadDouble(ans, 464), t.djzj);
@@ -222,15 +260,28 @@ INSTANTIATE_TEST_SUITE_P(
     Orders, Fees,
     ::testing::Values(
         // 10,000.00: commission 2.50 raised to 5.00, transfer 0.10.
-        FeeCase{"BuyPaysTheMinimumCommission", 1, 1000, 10.00, {{10.00, 1000}}, {-10005.10}, "989994.90", 10005.10},
+        FeeCase{"BuyPaysTheMinimumCommission",
+                1,
+                1000,
+                10.00,
+                {{10.00, 1000}},
+                {-10005.10},
+                "989994.90",
+                10005.10},
         // 10,340.00: commission 2.585 raised to 5.00, stamp 5.17, transfer 0.1034 -> 0.10.
         FeeCase{"SellPaysStampDuty", 2, 1000, 10.34, {{10.34, 1000}}, {10329.73}, "1010329.73", 0},
         // 1,010.00: stamp 0.505 -> 0.51 (half up), transfer 0.0101 -> 0.01, commission 5.00.
         FeeCase{"HalfACentRoundsUp", 2, 100, 10.10, {{10.10, 100}}, {1004.48}, "1001004.48", 0},
         // 100,000.00 then 300,300.00: commission 25.00, then 100.075 -> 100.08 on the order's
         // 400,300.00 less the 25.00 paid; transfer 1.00 and 3.003 -> 3.00.
-        FeeCase{"CommissionIsOwedOnTheOrdersWholeAmount", 1, 40000, 10.01, {{10.00, 10000}, {10.01, 30000}},
-                {-100026.00, -300378.08}, "599595.92", 400504.10}),
+        FeeCase{"CommissionIsOwedOnTheOrdersWholeAmount",
+                1,
+                40000,
+                10.01,
+                {{10.00, 10000}, {10.01, 30000}},
+                {-100026.00, -300378.08},
+                "599595.92",
+                400504.10}),
     [](const ::testing::TestParamInfo<FeeCase>& p) { return std::string(p.param.name); });
 
 // ---- the trading day ----
@@ -254,8 +305,10 @@ TEST_F(SimDay, BoughtSharesBecomeSellableOnTheNextDayAndOpenOrdersExpire) {
   SIM_FN(KelSim_NewDay)();
   std::vector<PushRec> pushes = Pushes();  // a withdrawal for each open order
   ASSERT_EQ(pushes.size(), 2u);
-  EXPECT_EQ((std::vector<long long>{pushes[0].Cxwth(), pushes[1].Cxwth()}), (std::vector<long long>{buy, sell}));
-  EXPECT_EQ((std::vector<long long>{pushes[0].Cdsl(), pushes[1].Cdsl()}), (std::vector<long long>{100, 500}));
+  EXPECT_EQ((std::vector<long long>{pushes[0].Cxwth(), pushes[1].Cxwth()}),
+            (std::vector<long long>{buy, sell}));
+  EXPECT_EQ((std::vector<long long>{pushes[0].Cdsl(), pushes[1].Cdsl()}),
+            (std::vector<long long>{100, 500}));
   EXPECT_EQ(Position("600000", fid::KMSL), 11000);
   EXPECT_EQ(Fund(fid::FUND_AMOUNT9), "0.00");
   EXPECT_EQ(Fund(fid::FUND_AMOUNT8), Fund(fid::FUND_AMOUNT3));  // the day starts with the balance

@@ -29,7 +29,9 @@ std::string Header(std::uint32_t n) {
   for (int i = 0; i < 4; ++i) h.push_back(static_cast<char>((n >> (8 * i)) & 0xff));
   return h;
 }
-std::string Frame(const std::string& body) { return Header(static_cast<std::uint32_t>(body.size())) + body; }
+std::string Frame(const std::string& body) {
+  return Header(static_cast<std::uint32_t>(body.size())) + body;
+}
 
 // Decodes a body and encodes what it got again.
 using Codec = std::function<bool(const std::string& body, std::string* again)>;
@@ -109,11 +111,13 @@ TEST(SimNetWire, EveryMessageSurvivesAndABodyCutLengthenedOrRetypedIsRefused) {
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.name);
-    ASSERT_EQ(Header(static_cast<std::uint32_t>(c.frame.size() - wire::kHeaderSize)), c.frame.substr(0, 4));
+    ASSERT_EQ(Header(static_cast<std::uint32_t>(c.frame.size() - wire::kHeaderSize)),
+              c.frame.substr(0, 4));
     std::string body = Body(c.frame), again;
     ASSERT_TRUE(c.codec(body, &again));
     EXPECT_EQ(again, c.frame);
-    for (std::size_t n = 0; n < body.size(); ++n) EXPECT_FALSE(c.codec(body.substr(0, n), &again)) << "cut to " << n;
+    for (std::size_t n = 0; n < body.size(); ++n)
+      EXPECT_FALSE(c.codec(body.substr(0, n), &again)) << "cut to " << n;
     EXPECT_FALSE(c.codec(body + '\0', &again));
     for (const Case& other : cases) {
       if (&other == &c) continue;
@@ -130,7 +134,8 @@ TEST(SimNetWire, EveryMessageSurvivesAndABodyCutLengthenedOrRetypedIsRefused) {
 }
 
 TEST(SimNetWire, FramesAreSplitWhereverTheBytesBreak) {
-  std::string stream = wire::Encode(wire::Hello{}) + wire::Encode(wire::Interest{2, {"1001"}}) + wire::EncodeRefuse("");
+  std::string stream = wire::Encode(wire::Hello{}) + wire::Encode(wire::Interest{2, {"1001"}}) +
+                       wire::EncodeRefuse("");
   for (std::size_t piece : {std::size_t{1}, std::size_t{3}, std::size_t{7}, stream.size()}) {
     wire::FrameSplitter in;
     std::vector<std::string> bodies;
@@ -243,7 +248,8 @@ TEST(SimNetServer, AClientThatBreaksTheProtocolLosesItsOwnConnectionOnly) {
   good.Send(wire::Encode(wire::Hello{}));
 
   const std::string hello = wire::Encode(wire::Hello{});
-  std::string bad_magic = Body(hello), cut = Body(wire::Encode(FundQuery(1))), unknown_type = Body(hello);
+  std::string bad_magic = Body(hello), cut = Body(wire::Encode(FundQuery(1))),
+              unknown_type = Body(hello);
   bad_magic[1] = 'X';
   cut.pop_back();
   unknown_type[0] = 99;

@@ -5,6 +5,7 @@
 // with nothing it had answered lost and trading going on; a client sending garbage changes
 // nothing for them; and four hosts of 2,000 asynchronous orders each get every reply and push
 // exactly once.
+#include <gtest/gtest.h>
 #include <netinet/in.h>
 #include <signal.h>
 #include <sys/socket.h>
@@ -18,8 +19,6 @@
 #include <string>
 #include <thread>
 #include <vector>
-
-#include <gtest/gtest.h>
 
 #include "support/child_process.h"
 #include "support/test_support.h"
@@ -39,8 +38,8 @@ Stats Parse(const std::string& line) {
   Stats s;
   std::istringstream in(line);
   std::string word, events;
-  in >> word >> s.replies >> word >> s.dup_replies >> word >> s.failed >> word >> s.pushes >> word >>
-      s.dup_pushes >> word >> events;
+  in >> word >> s.replies >> word >> s.dup_replies >> word >> s.failed >> word >> s.pushes >>
+      word >> s.dup_pushes >> word >> events;
   std::istringstream ev(events);
   for (std::string e; std::getline(ev, e, ',');)
     if (e != "-") s.events.push_back(std::stoi(e));
@@ -64,7 +63,8 @@ class SimNetHosts : public ::testing::Test {
   // molra-simd on `listen` with more arguments; its address from its first line. A port given
   // again is tried a few times: a client's reconnection attempt can meet itself on a free
   // loopback port and hold it for a moment.
-  std::unique_ptr<ChildProcess> StartServer(const std::string& listen, std::vector<std::string> args = {}) {
+  std::unique_ptr<ChildProcess> StartServer(const std::string& listen,
+                                            std::vector<std::string> args = {}) {
     args.insert(args.begin(), {BuildDir() + "/molra-simd", "--listen", listen});
     for (int attempt = 1;; ++attempt) {
       auto server = std::make_unique<ChildProcess>(args);
@@ -78,14 +78,18 @@ class SimNetHosts : public ::testing::Test {
       return server;
     }
   }
-  std::uint16_t port() const { return static_cast<std::uint16_t>(std::stoi(address_.substr(address_.rfind(':') + 1))); }
+  std::uint16_t port() const {
+    return static_cast<std::uint16_t>(std::stoi(address_.substr(address_.rfind(':') + 1)));
+  }
 
   // A host whose connection key "S" has its four connections to the server, logged in as khh;
   // its kit logs into log_dir when one is given.
-  std::unique_ptr<ChildProcess> StartHost(const std::string& khh, const std::string& log_dir = std::string()) {
+  std::unique_ptr<ChildProcess> StartHost(const std::string& khh,
+                                          const std::string& log_dir = std::string()) {
     std::string profile = MakeTempDir();
-    WriteFile(profile + "/molra.ini", "[GLOBAL]\n[S]\nName=S\nSystemType=4\naddr=" + address_ + "\ntradeaddr=" +
-                                          address_ + "\nqueryaddr=" + address_ + "\nsubscribeaddr=" + address_ + "\n");
+    WriteFile(profile + "/molra.ini", "[GLOBAL]\n[S]\nName=S\nSystemType=4\naddr=" + address_ +
+                                          "\ntradeaddr=" + address_ + "\nqueryaddr=" + address_ +
+                                          "\nsubscribeaddr=" + address_ + "\n");
     std::vector<std::string> args = {BuildDir() + "/tests/sim_net_host", profile + "/"};
     if (!log_dir.empty()) args.insert(args.end(), {"--log", log_dir});
     auto host = std::make_unique<ChildProcess>(args);
@@ -122,7 +126,8 @@ void SendGarbage(std::uint16_t port) {
     EXPECT_GT(sent, 0);
     char buf[64];
     ssize_t got = recv(fd, buf, sizeof buf, 0);
-    EXPECT_TRUE(got == 0 || (got < 0 && errno == ECONNRESET)) << "not closed by the server: " << got;
+    EXPECT_TRUE(got == 0 || (got < 0 && errno == ECONNRESET))
+        << "not closed by the server: " << got;
   }
   close(fd);
 }
@@ -192,10 +197,12 @@ TEST_F(SimNetHosts, AServerKilledMidTrafficIsABreakAndARecoveryAndLosesNothingIt
   ASSERT_FALSE(accepted.empty());
   EXPECT_GE(accepted[0], 20);
   EXPECT_EQ(accepted[0] + sa.failed, 300);
-  for (std::size_t i = 1; i < accepted.size(); ++i) EXPECT_EQ(kept.count(accepted[i]), 1u) << accepted[i];
+  for (std::size_t i = 1; i < accepted.size(); ++i)
+    EXPECT_EQ(kept.count(accepted[i]), 1u) << accepted[i];
   // The resting order's later match reaches both hosts, and trading goes on.
   EXPECT_EQ(b->Ask("price 600000 8.99", "price"), "price set");
-  for (ChildProcess* h : {a.get(), b.get()}) EXPECT_NE(h->Ask("wait push 10 " + std::to_string(resting), "replies"), "");
+  for (ChildProcess* h : {a.get(), b.get()})
+    EXPECT_NE(h->Ask("wait push 10 " + std::to_string(resting), "replies"), "");
   for (ChildProcess* h : {a.get(), b.get()}) {
     std::string pushes = h->Ask("stats", "replies");
     EXPECT_EQ(Parse(pushes).dup_pushes, 0);
@@ -204,8 +211,9 @@ TEST_F(SimNetHosts, AServerKilledMidTrafficIsABreakAndARecoveryAndLosesNothingIt
   // The kit bound the customer again to its trade, query and subscribe connections.
   EXPECT_EQ(a->Ask("quit", "bye"), "bye");
   std::string text = ReadFile(log + "/molra_" + Today() + ".log");
+  const std::string line = Gbk("连接重新绑定客户号成功");  // the log is GBK
   std::size_t rebound = 0;
-  for (std::size_t at = text.find("连接重新绑定客户号成功"); at != std::string::npos; at = text.find("连接重新绑定客户号成功", at + 1))
+  for (std::size_t at = text.find(line); at != std::string::npos; at = text.find(line, at + 1))
     ++rebound;
   EXPECT_EQ(rebound, 3u);
   EXPECT_EQ(server->Signal(SIGTERM), 0) << server->output();

@@ -24,7 +24,8 @@ constexpr const char* kInProcess = "127.0.0.1:9102";
 
 // A manual clock on a set date: two back ends started from it answer alike.
 constexpr const char* kManualIni =
-    "[backend]\ninclude_defaults = true\ntrade_date = 20240603\n[market]\nclock = manual\nstart = 09:30:00\n";
+    "[backend]\ninclude_defaults = true\ntrade_date = 20240603\n[market]\nclock = manual\nstart = "
+    "09:30:00\n";
 
 class SimNet : public ::testing::Test {
  protected:
@@ -88,19 +89,33 @@ TEST_F(SimNet, AnswersAndPushesAreThoseOfTheInProcessBackEnd) {
   ASSERT_TRUE(local_pushes.Subscribe(local.conn, "1001"));
   ASSERT_TRUE(remote_pushes.Subscribe(remote.conn, "1001"));
 
-  const std::vector<int> ids = {fid::KHH, 1600, 716, 511, 709, 826, 869, 647, 681, 599, 719, 684, 682, 753};
+  const std::vector<int> ids = {fid::KHH, 1600, 716, 511, 709, 826, 869,
+                                647,      681,  599, 719, 684, 682, 753};
   struct Step {
     const char* what;
     std::function<void(SimClient&, kel::int64 token)> run;
   };
   const std::vector<Step> steps = {
-      {"fund query before login", [](SimClient& c, kel::int64) { c.Kv("DQ0003", {{605, "1001"}}); }},
+      {"fund query before login",
+       [](SimClient& c, kel::int64) {
+         c.Kv("DQ0003", {{605, "1001"}});
+       }},
       {"order that matches", [](SimClient& c, kel::int64 t) { Order(c, t, 1, 1000, 10.00); }},
       {"order that rests", [](SimClient& c, kel::int64 t) { Order(c, t, 1, 100, 9.00); }},
-      {"order refused for its token", [](SimClient& c, kel::int64 t) { Order(c, t + 1, 1, 100, 9.00); }},
-      {"order query", [](SimClient& c, kel::int64) { c.Kv("D00751", {{605, "1001"}}); }},
-      {"position query", [](SimClient& c, kel::int64) { c.Kv("D00753", {{605, "1001"}}); }},
-      {"unknown function", [](SimClient& c, kel::int64) { c.Kv("ZZ9999", {{605, "1001"}}); }},
+      {"order refused for its token",
+       [](SimClient& c, kel::int64 t) { Order(c, t + 1, 1, 100, 9.00); }},
+      {"order query",
+       [](SimClient& c, kel::int64) {
+         c.Kv("D00751", {{605, "1001"}});
+       }},
+      {"position query",
+       [](SimClient& c, kel::int64) {
+         c.Kv("D00753", {{605, "1001"}});
+       }},
+      {"unknown function",
+       [](SimClient& c, kel::int64) {
+         c.Kv("ZZ9999", {{605, "1001"}});
+       }},
   };
   kel::int64 local_token = local.Login("1001", "111111");
   kel::int64 remote_token = remote.Login("1001", "111111");
@@ -120,7 +135,8 @@ TEST_F(SimNet, AnswersAndPushesAreThoseOfTheInProcessBackEnd) {
 TEST_F(SimNet, ConnectionsShareOneExchangeAndEachGetsItsCustomersPushes) {
   PushLog a_pushes, b_pushes, other_pushes;
   NetServer server;
-  SimClient a(server.address().c_str()), b(server.address().c_str()), other(server.address().c_str());
+  SimClient a(server.address().c_str()), b(server.address().c_str()),
+      other(server.address().c_str());
   ASSERT_TRUE(a_pushes.Subscribe(a.conn, "1001"));
   ASSERT_TRUE(b_pushes.Subscribe(b.conn, "1001"));
   ASSERT_TRUE(other_pushes.Subscribe(other.conn, "1002"));
@@ -154,8 +170,8 @@ TEST_F(SimNet, ABreakAskedForClosesTheConnectionUntilRestored) {
   ASSERT_TRUE(events.Await(c.conn, 7));
   EXPECT_FALSE(k.Kel_IsConnect(c.conn));
   EXPECT_FALSE(c.Kv("DQ0003", {{605, "1001"}}));
-  ASSERT_EQ(Code(Order(trader, token, 1, 100, 9.00)), 1);  // its push is lost
-  std::this_thread::sleep_for(std::chrono::milliseconds(100));            // no reconnection meanwhile
+  ASSERT_EQ(Code(Order(trader, token, 1, 100, 9.00)), 1);       // its push is lost
+  std::this_thread::sleep_for(std::chrono::milliseconds(100));  // no reconnection meanwhile
   EXPECT_EQ(events.Count(c.conn, 0), 0);
 
   SIM_FN(KelSim_RestoreConnection)(c.conn);
@@ -224,7 +240,8 @@ TEST_F(SimNet, NoReconnectionWhenAutoReconnectIsOff) {
 class FakeServer {
  public:
   enum class Mode { Silent, Refusing, Swallowing };
-  explicit FakeServer(Mode mode) : mode_(mode), acceptor_(io_, {asio::ip::make_address("127.0.0.1"), 0}), sock_(io_) {
+  explicit FakeServer(Mode mode)
+      : mode_(mode), acceptor_(io_, {asio::ip::make_address("127.0.0.1"), 0}), sock_(io_) {
     Accept();
     thread_ = std::thread([this] { io_.run(); });
   }
@@ -236,7 +253,9 @@ class FakeServer {
     });
     thread_.join();
   }
-  std::string address() const { return "127.0.0.1:" + std::to_string(acceptor_.local_endpoint().port()); }
+  std::string address() const {
+    return "127.0.0.1:" + std::to_string(acceptor_.local_endpoint().port());
+  }
   int requests() const { return requests_; }
   // Closes the client's connection.
   void Drop() {
@@ -269,9 +288,12 @@ class FakeServer {
     sim::wire::Type type;
     sim::wire::TypeOf(body, &type);
     sim::wire::Interest interest;
-    if (type == sim::wire::Type::Hello && mode_ == Mode::Refusing) Write(sim::wire::EncodeRefuse("closed for the test"));
-    if (type == sim::wire::Type::Hello && mode_ == Mode::Swallowing) Write(sim::wire::Encode(sim::wire::Welcome{}));
-    if (type == sim::wire::Type::Interest && mode_ == Mode::Swallowing && sim::wire::Decode(body, &interest)) {
+    if (type == sim::wire::Type::Hello && mode_ == Mode::Refusing)
+      Write(sim::wire::EncodeRefuse("closed for the test"));
+    if (type == sim::wire::Type::Hello && mode_ == Mode::Swallowing)
+      Write(sim::wire::Encode(sim::wire::Welcome{}));
+    if (type == sim::wire::Type::Interest && mode_ == Mode::Swallowing &&
+        sim::wire::Decode(body, &interest)) {
       sim::wire::AnswerMsg ack;
       ack.id = interest.id;
       Write(sim::wire::Encode(ack));
@@ -309,7 +331,8 @@ TEST_F(SimNet, ConnectFailuresSayWhy) {
   for (const Case& c : std::vector<Case>{
            {closed_port, 5, "connect to " + closed_port + " refused"},
            {refusing.address(), 5, "connect to " + refusing.address() + " timed out"},  // the fault
-           {refusing.address(), 5, "connect to " + refusing.address() + " refused: closed for the test"},
+           {refusing.address(), 5,
+            "connect to " + refusing.address() + " refused: closed for the test"},
            {silent.address(), 1, "connect to " + silent.address() + " timed out"},
            {"127.0.0.1:0", 5, "connect to 127.0.0.1:0 refused"},  // not an address at all
        }) {
@@ -360,7 +383,8 @@ TEST_F(SimNet, AnswersLostWithTheConnectionFailTheirRequests) {
   }));
   std::lock_guard<std::mutex> lock(Replies::m);
   EXPECT_EQ(Replies::codes, std::vector<int>{-1});
-  EXPECT_NE(Replies::msgs[0].find("lost before the answer came"), std::string::npos) << Replies::msgs[0];
+  EXPECT_NE(Replies::msgs[0].find("lost before the answer came"), std::string::npos)
+      << Replies::msgs[0];
   k.Kel_ReleaseSession(r);
 }
 

@@ -18,7 +18,6 @@ struct Received {
   bool on_test_thread = false;
   std::thread::id test_thread = std::this_thread::get_id();
 };
-Received* g_rx = nullptr;
 
 bool OnPush(void* ctx, kel::int64 session) {
   auto* rx = static_cast<Received*>(ctx);
@@ -75,8 +74,8 @@ TEST_F(SimPush, SubscriberReceivesItsCustomersConfirmationsInATransportSession) 
   EXPECT_EQ(SIM_FN(KelSim_SubscriptionCount)("1001"), 1);
   std::string rec(402, 'r');
   Push("1001", 0, rec);
-  Push("1002", 0, rec);        // another customer
-  Push("1001", 1, "match");    // a match report: not this subscription's kind
+  Push("1002", 0, rec);      // another customer
+  Push("1001", 1, "match");  // a match report: not this subscription's kind
   std::lock_guard<std::mutex> lock(rx.m);
   ASSERT_EQ(rx.records.size(), 1u);
   EXPECT_EQ(rx.records[0], rec);
@@ -121,12 +120,17 @@ TEST_F(SimPush, UnsubscribeCloseAndBrokenLinkStopDelivery) {
 
 TEST_F(SimPush, BackEndRecordsFollowBothLayouts) {
   k.Kel_RegGlobalStructPublishFunc(&OnStruct, &rx);
-  Subscribe("DM0003", "1001", &OnPush, &rx);    // confirmations as 402-byte bodies
+  Subscribe("DM0003", "1001", &OnPush, &rx);      // confirmations as 402-byte bodies
   Subscribe("DM0004", "1001", nullptr, nullptr);  // matches as 415-byte structured records
   SimClient c;
   kel::int64 token = c.Login("1001", "111111");
   SimBlock b(19001, 137, token, "1001");
-  b.Text(55, 3, "SH").Text(69, 9, "600000").Int(78, 1, 1).Int(79, 4, 200).Double(83, 10.0).Text(120, 17, "77");
+  b.Text(55, 3, "SH")
+      .Text(69, 9, "600000")
+      .Int(78, 1, 1)
+      .Int(79, 4, 200)
+      .Double(83, 10.0)
+      .Text(120, 17, "77");
   std::string ans = c.Run(b);
   long long wth = ReadInt(ans, 443, 8);
   ASSERT_GT(wth, 0);
@@ -145,8 +149,8 @@ TEST_F(SimPush, BackEndRecordsFollowBothLayouts) {
   EXPECT_EQ(ReadInt(qr, 168, 8), 200);
   EXPECT_EQ(ReadText(cj, 13), "1001");
   EXPECT_EQ(ReadInt(cj, 57, 8), wth);
-  EXPECT_EQ(ReadInt(cj, 205, 8), 200);           // matched quantity
-  EXPECT_DOUBLE_EQ(ReadDouble(cj, 213), 10.0);   // match price
+  EXPECT_EQ(ReadInt(cj, 205, 8), 200);          // matched quantity
+  EXPECT_DOUBLE_EQ(ReadDouble(cj, 213), 10.0);  // match price
   EXPECT_EQ(ReadText(cj, 377), "77");
-  EXPECT_EQ(ReadInt(cj, 253, 1), 1);             // category
+  EXPECT_EQ(ReadInt(cj, 253, 1), 1);  // category
 }

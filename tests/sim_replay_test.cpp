@@ -18,7 +18,8 @@ namespace {
 
 // Out of time order on purpose (the SZ line): the file is replayed in time order.
 constexpr const char* kDay =
-    "time,exchange,code,last,volume,bid1,bid1_volume,ask1,ask1_volume,bid2,bid2_volume,ask2,ask2_volume\n"
+    "time,exchange,code,last,volume,bid1,bid1_volume,ask1,ask1_volume,bid2,bid2_volume,ask2,ask2_"
+    "volume\n"
     "09:30:00,SH,600000,10.00,1000,9.99,500,10.01,800,9.98,300,10.02,600\n"
     "09:30:03.500,SH,600000,10.02,1600,10.01,200,10.03,400,,,,\n"
     "09:31:00,SH,600000,9.95,2500,9.94,100,9.95,700,9.93,100,9.96,100\n"
@@ -42,7 +43,8 @@ class Replay : public SimTradingTest {
  protected:
   std::string Config() override {
     WriteFile(dir_ + "/day.csv", kDay);
-    return "[backend]\ninclude_defaults = true\n[market]\nreplay = day.csv\nclock = manual\nstart = 09:30:00\n";
+    return "[backend]\ninclude_defaults = true\n[market]\nreplay = day.csv\nclock = manual\nstart "
+           "= 09:30:00\n";
   }
   void TearDown() override {
     SIM_FN(KelSim_SetQuoteCallback)(nullptr, nullptr);
@@ -64,7 +66,7 @@ TEST_F(Replay, QuotesFollowTheManualClock) {
   EXPECT_EQ(q.volume, 1000);
   EXPECT_EQ(q.bid[1].price, 9.98);
   EXPECT_EQ(q.ask[1].volume, 600);
-  EXPECT_EQ(q.prev_close, 10.00);  // the configured security keeps its previous close
+  EXPECT_EQ(q.prev_close, 10.00);              // the configured security keeps its previous close
   EXPECT_EQ(Quote("000009", "SZ").volume, 0);  // known from the file, not quoted yet
 
   ASSERT_TRUE(SIM_FN(KelSim_Advance)(3000));  // 09:30:03: nothing new yet
@@ -77,7 +79,7 @@ TEST_F(Replay, QuotesFollowTheManualClock) {
   EXPECT_EQ(seen[0].time_ms, k0930 + 3500);
   EXPECT_EQ(seen[0].last, 10.02);
   EXPECT_EQ(seen[0].bid[1].price, 0.0);  // an empty level is no level
-  q = Quote("000009", "SZ");  // a security only the file knows
+  q = Quote("000009", "SZ");             // a security only the file knows
   EXPECT_EQ(q.last, 8.00);
   EXPECT_EQ(q.prev_close, 8.00);
   EXPECT_EQ(q.tick, 0.01);
@@ -122,8 +124,10 @@ TEST_F(Replay, PastMidnightANewDayReplaysTheFileAgain) {
 class RandomWalk : public SimTradingTest {
  protected:
   std::string Config() override {
-    return "[backend]\ninclude_defaults = true\n[market]\nseed = 42\nclock = manual\nstep_ms = 3000\n"
-           "volatility = 0.5\n[security.SH.600000]\nprice = 10\n[security.SH.600036]\nprice = 35\nvolatility = 0\n";
+    return "[backend]\ninclude_defaults = true\n[market]\nseed = 42\nclock = manual\nstep_ms = "
+           "3000\n"
+           "volatility = 0.5\n[security.SH.600000]\nprice = 10\n[security.SH.600036]\nprice = "
+           "35\nvolatility = 0\n";
   }
   std::vector<double> Walk(int steps) {
     std::vector<double> out;
@@ -158,7 +162,8 @@ class SpeedClock : public Replay {
  protected:
   std::string Config() override {
     WriteFile(dir_ + "/day.csv", kDay);
-    return "[backend]\ninclude_defaults = true\n[market]\nreplay = day.csv\nclock = 60\nstart = 09:30:00\n";
+    return "[backend]\ninclude_defaults = true\n[market]\nreplay = day.csv\nclock = 60\nstart = "
+           "09:30:00\n";
   }
 };
 
@@ -168,8 +173,9 @@ TEST_F(SpeedClock, ReplaysTheDayOnTheTransportsOwnThread) {
   {
     // A minute of the day passes in a second of the wall clock.
     std::unique_lock<std::mutex> lock(g_m);
-    ASSERT_TRUE(g_cv.wait_for(lock, std::chrono::seconds(10),
-                              [] { return !g_quotes.empty() && g_quotes.back().time_ms == k0930 + 60000; }));
+    ASSERT_TRUE(g_cv.wait_for(lock, std::chrono::seconds(10), [] {
+      return !g_quotes.empty() && g_quotes.back().time_ms == k0930 + 60000;
+    }));
   }
   std::vector<KelSimQuote> seen = Quotes();
   ASSERT_GE(seen.size(), 3u);

@@ -48,7 +48,8 @@ std::vector<std::string> Numbers(const std::string& out) {
 class SimState : public SimTradingTest {
  protected:
   std::string Config() override {
-    return "[backend]\ninclude_defaults = true\nstate = state.db\n[market]\nclock = manual\nstart = 09:30:00\n";
+    return "[backend]\ninclude_defaults = true\nstate = state.db\n[market]\nclock = manual\nstart "
+           "= 09:30:00\n";
   }
   std::string config() const { return dir_ + "/sim.ini"; }
 };
@@ -113,7 +114,8 @@ TEST_F(KilledProcess, LosesNothingItHadAccepted) {
 std::string ForeignDatabase(const std::string& path) {
   sqlite3* db = nullptr;
   sqlite3_open(path.c_str(), &db);
-  sqlite3_exec(db, "CREATE TABLE notes(text); INSERT INTO notes VALUES ('mine');", nullptr, nullptr, nullptr);
+  sqlite3_exec(db, "CREATE TABLE notes(text); INSERT INTO notes VALUES ('mine');", nullptr, nullptr,
+               nullptr);
   sqlite3_close(db);
   return ReadFile(path);
 }

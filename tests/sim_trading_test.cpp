@@ -1,12 +1,12 @@
 // The simulated back end: login, clock, orders against the market, withdrawals, batch, ETF,
 // queries, tradable quantity and account management.
+#include "support/sim_trading.h"
+
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <ctime>
 #include <vector>
-
-#include "support/sim_trading.h"
 
 using namespace molra::test;
 
@@ -49,7 +49,9 @@ TEST_F(SimTrading, NodeListsTellTradingNodesBySystemType) {
   auto types = [&](const char* khh) {
     EXPECT_TRUE(m.Kv("D00749", {{fid::KHH, khh}}));
     std::string s;
-    for (int r = 0; r < m.Count(); ++r) s += std::to_string(m.Long(fid::NODE_ID, r)) + ":" + std::to_string(m.Long(fid::SYSTEM_TYPE, r)) + " ";
+    for (int r = 0; r < m.Count(); ++r)
+      s += std::to_string(m.Long(fid::NODE_ID, r)) + ":" +
+           std::to_string(m.Long(fid::SYSTEM_TYPE, r)) + " ";
     return s;
   };
   EXPECT_EQ(types("1001"), "1:4 ");
@@ -63,7 +65,9 @@ TEST_F(SimTrading, ServerTimeIsShiftedByTheConfiguredOffset) {
   ASSERT_TRUE(c.Kv("A00001", {}));
   std::string t = c.Text(fid::SERVER_TIME);
   ASSERT_EQ(t.size(), 12u);
-  long long server = ((std::stoll(t.substr(0, 2)) * 60 + std::stoll(t.substr(3, 2))) * 60 + std::stoll(t.substr(6, 2))) * 1000 +
+  long long server = ((std::stoll(t.substr(0, 2)) * 60 + std::stoll(t.substr(3, 2))) * 60 +
+                      std::stoll(t.substr(6, 2))) *
+                         1000 +
                      std::stoll(t.substr(9));
   std::time_t now = std::time(nullptr);
   std::tm tm = *std::localtime(&now);
@@ -100,8 +104,9 @@ TEST_F(SimTrading, LimitAwayFromThePriceRestsUntilThePriceMovesOrItIsWithdrawn) 
   ASSERT_GT(Code(a2), 0);
   EXPECT_NEAR(Available(), before - 950.0 - 1840.0, 1e-6);
   SIM_FN(KelSim_SetPrice)("SH", "600000", 9.40);  // reaches the first order only
-  EXPECT_NEAR(Available(), before - 950.0 - 1840.0, 1e-6);  // a resting order matches at its own price
-  std::string w = Withdraw(0, "52");                 // by request number
+  EXPECT_NEAR(Available(), before - 950.0 - 1840.0,
+              1e-6);                  // a resting order matches at its own price
+  std::string w = Withdraw(0, "52");  // by request number
   ASSERT_GT(Code(w), 0) << ReadText(w, 302);
   EXPECT_NE(Wth(w), Wth(a2));
   EXPECT_EQ(ReadInt(w, 467, 4), 2);
@@ -149,8 +154,8 @@ TEST_F(SimTrading, BackEndAndExchangeRefusals) {
 TEST_F(SimTrading, BatchRefusesBadRowsOneByOne) {
   SimBlock b(19012, 3174, token, "1001");
   b.Int(30, 8, 88);
-  std::string rows = std::string("SH600000100009.000000000100000") + "SH999999100001.000000000100000" +
-                     "SH600036200034.000000000100000";
+  std::string rows = std::string("SH600000100009.000000000100000") +
+                     "SH999999100001.000000000100000" + "SH600036200034.000000000100000";
   b.Text(64, rows.size(), rows);
   std::string ans = c.Run(b);
   ASSERT_EQ(ans.size(), 7663u);
@@ -178,7 +183,8 @@ TEST_F(SimTrading, EtfCreationTakesTheBasketAndRedemptionGivesItBack) {
   ASSERT_TRUE(c.Kv("D00088", {{fid::ZQDM, "510050"}}));
   EXPECT_EQ(c.Count(), 3);
   long long etf_before = Position("510050", fid::GFYE);
-  std::string a = etf(19013, 29, "510050", 110000);  // 11 units: 601318 short by 100, not substitutable
+  std::string a =
+      etf(19013, 29, "510050", 110000);  // 11 units: 601318 short by 100, not substitutable
   EXPECT_EQ(Code(a), -104);
   a = etf(19013, 29, "510050", 10000);
   ASSERT_GT(Code(a), 0) << ReadText(a, 302);
@@ -208,7 +214,8 @@ TEST_F(SimTrading, PasswordChangeTakesEffectAtTheNextLogin) {
   auto enc = [&](const char* pwd) { return Enc("1001", pwd); };
   ASSERT_TRUE(c.Kv("610303", {{605, "1001"}, {781, "6"}, {631, enc("bad")}, {640, enc("654321")}}));
   EXPECT_LT(c.Long(fid::ROW_STATE), 0);
-  ASSERT_TRUE(c.Kv("610303", {{605, "1001"}, {781, "6"}, {631, enc("111111")}, {640, enc("654321")}}));
+  ASSERT_TRUE(
+      c.Kv("610303", {{605, "1001"}, {781, "6"}, {631, enc("111111")}, {640, enc("654321")}}));
   EXPECT_EQ(c.Long(fid::ROW_STATE), 1);
   EXPECT_EQ(c.Login("1001", "111111"), -108);
   EXPECT_GT(c.Login("1001", "654321"), 0);

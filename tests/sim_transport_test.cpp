@@ -1,5 +1,5 @@
 // The simulated transport's own mechanics: connections and their events, sessions, buffer
-// rules, synchronous and asynchronous runs, faults, scripted answers and the call log.
+// rules, synchronous and asynchronous runs, faults and scripted answers.
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -112,21 +112,11 @@ TEST_F(SimTransport, BreakAndRestoreReachTheHandlerOnTheSimulatorsThread) {
   k.Kel_ReleaseSession(s);
 }
 
-TEST_F(SimTransport, BindsACustomerUnlessTheBindFaultIsSet) {
-  kel::int64 c = Connect();
-  EXPECT_TRUE(k.Kel_SetCustomerForBindThread(c, "1001"));
-  char buf[16];
-  EXPECT_EQ(SIM_FN(KelSim_BoundCustomer)(c, buf, sizeof buf), 4);
-  EXPECT_STREQ(buf, "1001");
-  SIM_FN(KelSim_FailBind)(1);
-  EXPECT_FALSE(k.Kel_SetCustomerForBindThread(c, "1002"));
-  EXPECT_TRUE(k.Kel_SetCustomerForBindThread(c, "1002"));
-}
-
 TEST_F(SimTransport, TextAndBinaryBufferRules) {
   kel::int64 c = Connect();
   kel::int64 s = k.Kel_AllocateSession(c);
-  SIM_FN(KelSim_SetKvAnswer)("ZZ0001", 3, "a message", "605=1001|9206=ABCDEFGHIJ\n605=1002|9206=xy");
+  SIM_FN(KelSim_SetKvAnswer)
+  ("ZZ0001", 3, "a message", "605=1001|9206=ABCDEFGHIJ\n605=1002|9206=xy");
   ASSERT_TRUE(k.Kel_CreateHead(s, "ZZ0001"));
   ASSERT_TRUE(k.Kel_Run(s));
   EXPECT_EQ(k.Kel_GetCode(s), 3);
@@ -136,8 +126,8 @@ TEST_F(SimTransport, TextAndBinaryBufferRules) {
   std::memset(buf, 'z', sizeof buf);
   kel::int32 len = 5;
   EXPECT_EQ(k.Kel_GetItem(s, fid::ZQMC, buf, &len, -1), buf);  // row -1 is row 0
-  EXPECT_STREQ(buf, "ABCD");  // cap - 1 bytes and a NUL
-  EXPECT_EQ(len, 10);         // the full length
+  EXPECT_STREQ(buf, "ABCD");                                   // cap - 1 bytes and a NUL
+  EXPECT_EQ(len, 10);                                          // the full length
   EXPECT_EQ(buf[5], 'z');
   len = sizeof buf;
   EXPECT_STREQ(k.Kel_GetItem(s, fid::ZQMC, buf, &len, 1), "xy");
@@ -222,7 +212,8 @@ TEST_F(SimTransport, KeyValueRequestIsRecordedInTheOrderSet) {
   ASSERT_TRUE(k.Kel_Run(s));
   char buf[128];
   kel::int32 n = SIM_FN(KelSim_LastRequest)("DQ0003", buf, sizeof buf);
-  EXPECT_EQ(std::string(buf, static_cast<std::size_t>(n)), "605=1001|988=1|681=1234567890123|808=12.500");
+  EXPECT_EQ(std::string(buf, static_cast<std::size_t>(n)),
+            "605=1001|988=1|681=1234567890123|808=12.500");
   k.Kel_ReleaseSession(s);
 }
 
@@ -293,17 +284,6 @@ TEST_F(SimTransport, UninitializeDeliversWhatIsQueuedAndInitializeStartsAgain) {
   ASSERT_TRUE(k.Kel_Write(s));
   SIM_FN(KelSim_WaitIdle)();
   EXPECT_EQ(g_replies.load(), 21);
-}
-
-TEST_F(SimTransport, CallLogPrintsArgumentsPlainly) {
-  Sim::Get().ClearCallLog();
-  kel::int64 c = Connect("127.0.0.1:9101");
-  k.Kel_SetDefaultInfo(nullptr, "32", "", "");
-  std::string log = Sim::Get().CallLog();
-  EXPECT_EQ(log, "Kel_Connect(127.0.0.1:9101,,,10)\nKel_SetDefaultInfo((null),32,,)\n");
-  SIM_FN(KelSim_SetCallLog)(false);
-  k.Kel_IsConnect(c);
-  EXPECT_EQ(Sim::Get().CallLog(), log);
 }
 
 TEST_F(SimTransport, PasswordEncodingsDifferAndWorkInPlace) {

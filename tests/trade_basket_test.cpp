@@ -34,32 +34,32 @@ TEST_F(Basket, OneBuyOrderPerConstituentForTheUnits) {
 TEST_F(Basket, StaleInformationIsRefusedWithBothDates) {
   KELSIM(KelSim_SetTradeDate)(20240105);
   EXPECT_EQ(SECMOLRA_ETFBasketEntrust("1001", "SH", "510300", kGdhSH, 1, 5.0, 0), -222);
-  EXPECT_EQ(Message(), "510300基本信息未更新[cur:20240105 etf:20200101]，禁止交易");
+  EXPECT_EQ(Message(), Gbk("510300基本信息未更新[cur:20240105 etf:20200101]，禁止交易"));
   EXPECT_EQ(Request("D00088"), "(none)");  // the constituents are not asked for
   EXPECT_EQ(Count("Kel_SetStructData"), 0);
 }
 
 TEST_F(Basket, NoSubscriptionRightIsRefusedBeforeTheDateCheck) {
   EXPECT_EQ(SECMOLRA_ETFBasketEntrust("1001", "SZ", "159919", "0000001001", 1, 5.0, 0), -222);
-  EXPECT_EQ(Message(), "无159919申购资格，禁止交易");
+  EXPECT_EQ(Message(), Gbk("无159919申购资格，禁止交易"));
   EXPECT_NE(Request("A00066"), "(none)");  // the trade date was fetched first
 }
 
 TEST_F(Basket, UnknownEtfReportsTheBasicInformationQuery) {
   EXPECT_EQ(SECMOLRA_ETFBasketEntrust("1001", "SH", "519999", kGdhSH, 1, 5.0, 0), -112);
-  EXPECT_EQ(Message().rfind("查询ETF_JBXX失败: ", 0), 0u) << Message();
+  EXPECT_EQ(Message().rfind(Gbk("查询ETF_JBXX失败: "), 0), 0u) << Message();
 }
 
 TEST_F(Basket, ConstituentQueryFailureNamesTheEtf) {
   KELSIM(KelSim_SetKvAnswer)("D00088", -5, "db down", "");
   EXPECT_EQ(SECMOLRA_ETFBasketEntrust("1001", "SH", "510050", kGdhSH, 1, 60.0, 0), -5);
-  EXPECT_EQ(Message(), "查询510050成分股信息失败:db down");
+  EXPECT_EQ(Message(), Gbk("查询510050成分股信息失败:db down"));
 }
 
 TEST_F(Basket, ArgumentsAreChecked) {
   EXPECT_EQ(SECMOLRA_ETFBasketEntrust("1001", "SH", "510050", kGdhSH, 0, 60.0, 0), -221);
-  EXPECT_EQ(Message(), "非法参数");
+  EXPECT_EQ(Message(), Gbk("非法参数"));
   EXPECT_EQ(SECMOLRA_ETFBasketEntrust("1001", "SH", "", kGdhSH, 1, 60.0, 0), -221);
-  EXPECT_EQ(Message(), "客户号、交易所、证券代码、股东号不能为空");
+  EXPECT_EQ(Message(), Gbk("客户号、交易所、证券代码、股东号不能为空"));
   EXPECT_EQ(Sim::Get().CallLog(), "");
 }

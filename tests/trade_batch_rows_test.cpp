@@ -30,8 +30,8 @@ TEST_F(BatchRows, EveryRowAsPrintfWritesIt) {
   // Ties of binary fractions (0.0625, 0.1875, 2.5625), values just below and above a
   // rounding step, the smallest and largest prices and quantities, and a price that rounds
   // up to six integer digits (its row is cut at 30 characters).
-  const double prices[] = {0.001,     0.0005,   0.0625,   0.1875,     2.5625,  1.0005,
-                           2.675,     4.35,     0.3,      9.5,        10.0,    12.3456789,
+  const double prices[] = {0.001,     0.0005,   0.0625,    0.1875,     2.5625,    1.0005,
+                           2.675,     4.35,     0.3,       9.5,        10.0,      12.3456789,
                            1234.5675, 99999.99, 99999.995, 99999.9994, 99999.9996};
   const std::int64_t quantities[] = {1, 7, 100, 123456789, 999999999};
   const int types[] = {0, 5, 42, 999};
@@ -51,8 +51,8 @@ TEST_F(BatchRows, EveryRowAsPrintfWritesIt) {
   const std::string b = Request("19012");
   ASSERT_EQ(b.size(), 3174u);
   for (std::size_t i = 0; i < sent.size(); ++i) {
-    EXPECT_EQ(b.substr(64 + 30 * i, 30), Printf(sent[i])) << "row " << i << " price "
-                                                           << sent[i].Wtjg;
+    EXPECT_EQ(b.substr(64 + 30 * i, 30), Printf(sent[i]))
+        << "row " << i << " price " << sent[i].Wtjg;
   }
   EXPECT_EQ(b.find_first_not_of('\0', 64 + 30 * sent.size()), std::string::npos);
 }

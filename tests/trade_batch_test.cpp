@@ -49,7 +49,7 @@ TEST_F(Batch, FirstBadRowAloneIsReportedAndNothingIsSent) {
   rows[2].Wtsl = 1000000000;
   rows[3].Jylb = 3;
   EXPECT_EQ(Send(rows), -221);
-  EXPECT_EQ(Message(), "编号3委托数量[1000000000]不合法，应在(0-999999999]");
+  EXPECT_EQ(Message(), Gbk("编号3委托数量[1000000000]不合法，应在(0-999999999]"));
   EXPECT_FALSE(Sent());
   EXPECT_EQ(V(rows[0].Wth), 0);
 }
@@ -68,12 +68,13 @@ TEST_F(Batch, EachCheckHasItsMessage) {
       {Row("S"), "编号1交易所[S]不合法"},
       {Row("SH", "600000", 0), "编号1交易类别[0]不合法，应在[JYLB_BUY、JYLB_SALE]"},
       {Row("SH", "600000", 1, 10.0, 100, 1000), "编号1订单类型[1000]不合法，应在[0-999]"},
-      {Row("SH", "600000", 1, 10.0, 100, -1), "编号1订单类型[4294967295]不合法，应在[0-999]"},  // unsigned
+      {Row("SH", "600000", 1, 10.0, 100, -1),
+       "编号1订单类型[4294967295]不合法，应在[0-999]"},  // unsigned
   };
   for (const auto& c : cases) {
     std::vector<BatchOrderRow> rows{c.row};
     EXPECT_EQ(Send(rows), -221) << c.message;
-    EXPECT_EQ(Message(), c.message);
+    EXPECT_EQ(Message(), Gbk(c.message));
   }
   EXPECT_FALSE(Sent());
 }
@@ -83,15 +84,15 @@ TEST_F(Batch, AnswerIsWrittenBackIntoTheRows) {
   ans.Num<std::int32_t>(443, 1);  // one row failed
   ans.Num<std::int64_t>(455, 11).Num<std::int64_t>(463, 0).Num<std::int64_t>(471, 13);
   // A note that fills its 64-byte slot runs on into the next one, up to 128 bytes.
-  ans.Text(1263, std::string(64, 'a')).Text(1263 + 64, "资金不足");
+  ans.Text(1263, std::string(64, 'a')).Text(1263 + 64, Gbk("资金不足"));
   Answer("19012", ans);
   std::vector<BatchOrderRow> rows{Row(), Row(), Row()};
   EXPECT_EQ(Send(rows), 2);
   EXPECT_EQ(V(rows[0].Wth), 11);
   EXPECT_EQ(V(rows[1].Wth), 0);
   EXPECT_EQ(V(rows[2].Wth), 13);
-  EXPECT_EQ(std::string(rows[1].Msg), "资金不足");
-  EXPECT_EQ(std::string(rows[0].Msg), std::string(64, 'a') + "资金不足");
+  EXPECT_EQ(std::string(rows[1].Msg), Gbk("资金不足"));
+  EXPECT_EQ(std::string(rows[0].Msg), std::string(64, 'a') + Gbk("资金不足"));
   EXPECT_EQ(std::string(rows[2].Msg), "");
   EXPECT_NE(LogText().find("BatchOrderEntrust success.[Fail:1 Succ:2]"), std::string::npos);
 }

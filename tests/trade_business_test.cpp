@@ -10,7 +10,7 @@ using Business = TradeTest;
 
 TEST_F(Business, EtfCategoryOneTouchesNoTransport) {
   EXPECT_EQ(SECMOLRA_ETFEntrust("1001", "SH", "510050", 1, 1, kGdhSH, nullptr), -222);
-  EXPECT_EQ(Message(), "仅支持[JYLB_ETFG,JYLB_ETFSH]");
+  EXPECT_EQ(Message(), Gbk("仅支持[JYLB_ETFG,JYLB_ETFSH]"));
   EXPECT_EQ(Sim::Get().CallLog(), "");
 }
 
@@ -48,7 +48,9 @@ TEST_F(Business, BlockBusinessesShareTheEntrustHeadWithTheirOwnLengths) {
   EXPECT_GT(SECMOLRA_ZQHGCrk_ASync("1001", "SH", "204001", 37, 10, kGdhSH, 102), 0);
   EXPECT_GT(SECMOLRA_Lof_ASync("1001", "SH", "501000", 41, 10, 1.5, 'B', kGdhSH, 103), 0);
   EXPECT_GT(SECMOLRA_PHDJEntrust_ASync("1001", "SH", "600000", 1, 10, 10.0, 9, kGdhSH, 104), 0);
-  const Case cases[] = {{"19042", 654, 124, 7}, {"19043", 182, 144, 0}, {"19025", 143, 126, 'B'},
+  const Case cases[] = {{"19042", 654, 124, 7},
+                        {"19043", 182, 144, 0},
+                        {"19025", 143, 126, 'B'},
                         {"19131", 137, 120, 9}};
   std::int64_t number = 101;
   for (const Case& c : cases) {
@@ -75,8 +77,8 @@ TEST_F(Business, NonTradingCodeFollowsTheCategory) {
 TEST_F(Business, IssuanceFieldsInOrderWithTheRequestNumberLast) {
   EXPECT_EQ(SECMOLRA_FXYW_ASync("1001", "SH", "600000", 3, 500, 8.88, 2, kGdhSH, 55), 55);
   const std::string req = Request("19049");
-  const std::string expected_prefix = std::string("719=600000|571=") + kGdhSH +
-                                      "|605=1001|599=SH|595=3|684=500|682=";
+  const std::string expected_prefix =
+      std::string("719=600000|571=") + kGdhSH + "|605=1001|599=SH|595=3|684=500|682=";
   EXPECT_EQ(req.substr(0, expected_prefix.size()), expected_prefix) << req;
   const std::string expected_tail = "|1013=2|1600=" + std::to_string(token_) + "|9157=55";
   ASSERT_GE(req.size(), expected_tail.size());
@@ -89,14 +91,15 @@ TEST_F(Business, BlockTradingSetsItsOwnFieldsBeforeTheToken) {
                           "agr", "B1", 4, 5),
             808);
   const std::string req = Request("19081");
-  const std::string tail = "|1013=1|1935=seat|9076=who|532=tel|4176=agr|1936=B1|4279=4|9134=5|1600=" +
-                           std::to_string(token_);
+  const std::string tail =
+      "|1013=1|1935=seat|9076=who|532=tel|4176=agr|1936=B1|4279=4|9134=5|1600=" +
+      std::to_string(token_);
   ASSERT_GE(req.size(), tail.size());
   EXPECT_EQ(req.substr(req.size() - tail.size()), tail) << req;
 
   KELSIM(KelSim_SetKvAnswer)("19081", -31, "refused", "");
-  EXPECT_EQ(SECMOLRA_DZJY("1001", "SH", "600000", 79, 100, 9.9, 1, kGdhSH, "", "", "", "", "",
-                          0, 0),
-            -31);
+  EXPECT_EQ(
+      SECMOLRA_DZJY("1001", "SH", "600000", 79, 100, 9.9, 1, kGdhSH, "", "", "", "", "", 0, 0),
+      -31);
   EXPECT_EQ(Message(), "refused");
 }

@@ -35,7 +35,8 @@ TEST_F(RoundTrip, ReplyConfirmationAndMatchCarryTheSameRequestNumber) {
   const std::vector<Delivery> replies = host.Functions();
   ASSERT_EQ(replies.size(), 1u);
   EXPECT_EQ(replies[0].type, 14);
-  EXPECT_NE(replies[0].json.find("\"KFSBDBH\":8123456789012"), std::string::npos) << replies[0].json;
+  EXPECT_NE(replies[0].json.find("\"KFSBDBH\":8123456789012"), std::string::npos)
+      << replies[0].json;
   EXPECT_NE(replies[0].json.find("\"KHH\":\"1001\""), std::string::npos) << replies[0].json;
 
   const std::vector<Delivery> pushes = host.Messages();

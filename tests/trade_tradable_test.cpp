@@ -15,9 +15,9 @@ TEST_F(Tradable, QuantityIsTruncatedTowardZero) {
 
 // Answers short of each family's length: fault_session_test.
 TEST_F(Tradable, RefusalReturnsTheCodeWithTheAnswersMessage) {
-  Answer("19011", AnswerBlock(438, -4, "停牌"));
+  Answer("19011", AnswerBlock(438, -4, Gbk("停牌")));
   EXPECT_EQ(SECMOLRA_TradableQty("1001", "SH", "600000", 1, 10.0, 0, kGdhSH), -4);
-  EXPECT_EQ(Message(), "停牌");
+  EXPECT_EQ(Message(), Gbk("停牌"));
 }
 
 TEST_F(Tradable, OrdinaryBlockCarriesTwelveCharacterCode) {
@@ -60,7 +60,8 @@ TEST_F(Tradable, KeyValueFamiliesReadField684) {
   KELSIM(KelSim_SetKvAnswer)("19058", 1, "ok", "684=321");
   EXPECT_EQ(SECMOLRA_FXYWTradableQty("1001", "SH", "600000", 1, 8.0, 0, kGdhSH), 321);
   const std::string req = Request("19058");
-  const std::string prefix = std::string("719=600000|571=") + kGdhSH + "|605=1001|599=SH|595=1|1013=0|682=";
+  const std::string prefix =
+      std::string("719=600000|571=") + kGdhSH + "|605=1001|599=SH|595=1|1013=0|682=";
   EXPECT_EQ(req.substr(0, prefix.size()), prefix) << req;
   EXPECT_NE(req.find("|1600=" + std::to_string(token_)), std::string::npos);
 

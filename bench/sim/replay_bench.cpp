@@ -24,7 +24,8 @@ constexpr int kRestingOrders = 100;  // half buys below the day's range, half se
 std::string WriteDay(const std::string& path) {
   std::ofstream out(path, std::ios::binary);
   out << "time,exchange,code,last,volume";
-  for (int n = 1; n <= 5; ++n) out << ",bid" << n << ",bid" << n << "_volume,ask" << n << ",ask" << n << "_volume";
+  for (int n = 1; n <= 5; ++n)
+    out << ",bid" << n << ",bid" << n << "_volume,ask" << n << ",ask" << n << "_volume";
   out << "\n";
   unsigned long long seed = 12345;
   long long mid = 1000, volume = 0;  // in cents
@@ -35,11 +36,12 @@ std::string WriteDay(const std::string& path) {
     mid = mid < 981 ? 981 : (mid > 1014 ? 1014 : mid);
     volume += 100 * static_cast<long long>((seed >> 40) % 20);
     long long ms = (9 * 3600 + 30 * 60) * 1000LL + i * 50LL;
-    int n = std::snprintf(line, sizeof line, "%02lld:%02lld:%02lld.%03lld,SH,600000,%.2f,%lld", ms / 3600000,
-                          ms / 60000 % 60, ms / 1000 % 60, ms % 1000, mid / 100.0, volume);
+    int n = std::snprintf(line, sizeof line, "%02lld:%02lld:%02lld.%03lld,SH,600000,%.2f,%lld",
+                          ms / 3600000, ms / 60000 % 60, ms / 1000 % 60, ms % 1000, mid / 100.0,
+                          volume);
     for (int k = 0; k < 5; ++k)
-      n += std::snprintf(line + n, sizeof line - n, ",%.2f,%d,%.2f,%d", (mid - k) / 100.0, 100 * (k + 1),
-                         (mid + 1 + k) / 100.0, 200 * (k + 1));
+      n += std::snprintf(line + n, sizeof line - n, ",%.2f,%d,%.2f,%d", (mid - k) / 100.0,
+                         100 * (k + 1), (mid + 1 + k) / 100.0, 200 * (k + 1));
     out << line << "\n";
   }
   return path;

@@ -98,7 +98,8 @@ struct Child {
     posix_spawn_file_actions_addclose(&fa, to[1]);
     posix_spawn_file_actions_addclose(&fa, from[0]);
     if (quiet) posix_spawn_file_actions_addopen(&fa, 2, "/dev/null", O_WRONLY, 0);
-    if (posix_spawn(&pid, a[0], &fa, nullptr, a.data(), environ) != 0) throw std::runtime_error("spawn " + argv[0]);
+    if (posix_spawn(&pid, a[0], &fa, nullptr, a.data(), environ) != 0)
+      throw std::runtime_error("spawn " + argv[0]);
     posix_spawn_file_actions_destroy(&fa);
     close(to[0]);
     close(from[1]);
@@ -137,8 +138,8 @@ struct Child {
 // A profile folder whose key "S" has its four connections to the server.
 std::string Profile(const std::string& addr) {
   std::string dir = TempDir();
-  Write(dir + "/molra.ini", "[GLOBAL]\n[S]\nName=S\nSystemType=4\naddr=" + addr + "\ntradeaddr=" + addr +
-                               "\nqueryaddr=" + addr + "\nsubscribeaddr=" + addr + "\n");
+  Write(dir + "/molra.ini", "[GLOBAL]\n[S]\nName=S\nSystemType=4\naddr=" + addr + "\ntradeaddr=" +
+                                addr + "\nqueryaddr=" + addr + "\nsubscribeaddr=" + addr + "\n");
   return dir + "/";
 }
 
@@ -169,15 +170,17 @@ int Host(const std::string& profile, const char* khh, long n) {
   if (std::fgets(go, sizeof go, stdin) == nullptr) return 1;
   std::int64_t start = NowNs();
   for (long i = 1; i <= n; ++i)
-    if (SECMOLRA_OrderEntrust_ASync(khh, "SH", "600000", 1, 100, 10.00, 0, gdh.c_str(), i) <= 0) return 1;
+    if (SECMOLRA_OrderEntrust_ASync(khh, "SH", "600000", 1, 100, 10.00, 0, gdh.c_str(), i) <= 0)
+      return 1;
   std::int64_t sent = NowNs();
   while (g_replies < n || g_pushes < 2 * n) {
     if (NowNs() - start > 120LL * 1000000000) return 1;
     usleep(200);
   }
   std::int64_t end = NowNs();
-  std::printf("done %lld %lld %lld %ld %ld\n", static_cast<long long>(start), static_cast<long long>(sent),
-              static_cast<long long>(end), g_replies.load(), g_pushes.load());
+  std::printf("done %lld %lld %lld %ld %ld\n", static_cast<long long>(start),
+              static_cast<long long>(sent), static_cast<long long>(end), g_replies.load(),
+              g_pushes.load());
   std::fflush(stdout);
   SECMOLRA_Exit();
   return 0;
@@ -190,7 +193,9 @@ struct Percentiles {
 };
 Percentiles Of(std::vector<std::int64_t> ns) {
   std::sort(ns.begin(), ns.end());
-  auto at = [&](double q) { return static_cast<double>(ns[static_cast<std::size_t>(q * (ns.size() - 1))]) / 1000.0; };
+  auto at = [&](double q) {
+    return static_cast<double>(ns[static_cast<std::size_t>(q * (ns.size() - 1))]) / 1000.0;
+  };
   return {at(0.5), at(0.9), at(0.99)};
 }
 
@@ -211,19 +216,22 @@ Percentiles LoopbackFloor() {
     int one = 1;
     setsockopt(c, IPPROTO_TCP, TCP_NODELAY, &one, sizeof one);
     char buf[kBytes];
-    for (ssize_t n; (n = recv(c, buf, sizeof buf, 0)) > 0;) send(c, buf, static_cast<std::size_t>(n), MSG_NOSIGNAL);
+    for (ssize_t n; (n = recv(c, buf, sizeof buf, 0)) > 0;)
+      send(c, buf, static_cast<std::size_t>(n), MSG_NOSIGNAL);
     close(c);
   });
   int c = socket(AF_INET, SOCK_STREAM, 0);
   int one = 1;
   setsockopt(c, IPPROTO_TCP, TCP_NODELAY, &one, sizeof one);
-  if (connect(c, reinterpret_cast<sockaddr*>(&a), sizeof a) != 0) throw std::runtime_error("loopback connect");
+  if (connect(c, reinterpret_cast<sockaddr*>(&a), sizeof a) != 0)
+    throw std::runtime_error("loopback connect");
   std::vector<std::int64_t> ns;
   char buf[kBytes] = {};
   for (int i = 0; i < kWarmUp + kRoundTrips; ++i) {
     std::int64_t t = NowNs();
     send(c, buf, sizeof buf, MSG_NOSIGNAL);
-    for (ssize_t got = 0; got < kBytes;) got += recv(c, buf + got, sizeof buf - static_cast<std::size_t>(got), 0);
+    for (ssize_t got = 0; got < kBytes;)
+      got += recv(c, buf + got, sizeof buf - static_cast<std::size_t>(got), 0);
     if (i >= kWarmUp) ns.push_back(NowNs() - t);
   }
   close(c);
@@ -238,7 +246,8 @@ Percentiles KitRoundTrip() {
   std::string gdh = Gdh(kCustomers[0]);
   for (int i = 0; i < kWarmUp + kRoundTrips; ++i) {
     std::int64_t t = NowNs();
-    std::int64_t wth = SECMOLRA_OrderEntrust(kCustomers[0], "SH", "600000", 1, 100, 10.00, 0, gdh.c_str());
+    std::int64_t wth =
+        SECMOLRA_OrderEntrust(kCustomers[0], "SH", "600000", 1, 100, 10.00, 0, gdh.c_str());
     std::int64_t d = NowNs() - t;
     Require(wth > 0, "SECMOLRA_OrderEntrust");
     if (i >= kWarmUp) ns.push_back(d);
@@ -251,7 +260,8 @@ const kel::Api& Transport() {
     void* module = molra::LoadDynamicLibrary("./kelapi50.dll");
     kel::Api k;
     void** slots = reinterpret_cast<void**>(&k);
-    for (int i = 0; i < kel::kEntryPointCount; ++i) slots[i] = molra::FindSymbol(module, kel::kEntryPointNames[i]);
+    for (int i = 0; i < kel::kEntryPointCount; ++i)
+      slots[i] = molra::FindSymbol(module, kel::kEntryPointNames[i]);
     return k;
   }();
   return api;
@@ -307,7 +317,8 @@ Percentiles TransportRoundTrip(kel::int64 conn, std::int64_t token) {
   const kel::Api& k = Transport();
   std::string block(137, '\0');
   auto put = [&](std::size_t at, int width, long long v) {
-    for (int i = 0; i < width; ++i) block[at + i] = static_cast<char>((static_cast<unsigned long long>(v) >> (8 * i)) & 0xff);
+    for (int i = 0; i < width; ++i)
+      block[at + i] = static_cast<char>((static_cast<unsigned long long>(v) >> (8 * i)) & 0xff);
   };
   put(0, 2, 19001);
   put(2, 1, 1);
@@ -334,7 +345,8 @@ Percentiles TransportRoundTrip(kel::int64 conn, std::int64_t token) {
 double Throughput(const std::string& self, const std::string& profile, long n) {
   std::vector<std::unique_ptr<Child>> hosts;
   for (const char* khh : kCustomers)
-    hosts.push_back(std::make_unique<Child>(std::vector<std::string>{self, "--host", profile, khh, std::to_string(n)}));
+    hosts.push_back(std::make_unique<Child>(
+        std::vector<std::string>{self, "--host", profile, khh, std::to_string(n)}));
   for (auto& h : hosts)
     if (h->Line() != "ready") throw std::runtime_error("a host did not start");
   for (auto& h : hosts) h->Say("go");
@@ -343,7 +355,8 @@ double Throughput(const std::string& self, const std::string& profile, long n) {
     long long start = 0, sent = 0, end = 0;
     long replies = 0, pushes = 0;
     std::string line = h->Line();
-    if (std::sscanf(line.c_str(), "done %lld %lld %lld %ld %ld", &start, &sent, &end, &replies, &pushes) != 5)
+    if (std::sscanf(line.c_str(), "done %lld %lld %lld %ld %ld", &start, &sent, &end, &replies,
+                    &pushes) != 5)
       throw std::runtime_error("a host failed: " + line);
     first = std::min<std::int64_t>(first, start);
     last = std::max<std::int64_t>(last, end);
@@ -362,10 +375,12 @@ std::string LoadAverage() {
 int Run(const std::string& self, bool state, long orders) {
   std::string dir = TempDir();
   std::string ini = "[backend]\ninclude_defaults = true\n";
-  for (const char* khh : kCustomers) ini += std::string("[customer.") + khh + "]\npassword = 111111\nfunds = 1000000000000\n";
+  for (const char* khh : kCustomers)
+    ini += std::string("[customer.") + khh + "]\npassword = 111111\nfunds = 1000000000000\n";
   Write(dir + "/sim.ini", ini);
   setenv("KELSIM_CONFIG", (dir + "/sim.ini").c_str(), 1);  // the in-process back end too
-  std::vector<std::string> args = {"./molra-simd", "--listen", "127.0.0.1:0", "--config", dir + "/sim.ini"};
+  std::vector<std::string> args = {"./molra-simd", "--listen", "127.0.0.1:0", "--config",
+                                   dir + "/sim.ini"};
   if (state) args.insert(args.end(), {"--state", dir + "/state.db"});
   Child server(args, true);
   std::string line = server.Line();
@@ -392,23 +407,35 @@ int Run(const std::string& self, bool state, long orders) {
   std::string load_after = LoadAverage();
   server.Stop(SIGTERM);
 
-  std::printf("server %s; load average before %s, after %s; %d cores\n",
-              state ? "with a state file (SQLite, committed before each answer)" : "with state in memory",
-              load_before.c_str(), load_after.c_str(), static_cast<int>(sysconf(_SC_NPROCESSORS_ONLN)));
-  std::printf("  loopback TCP round trip of 150 bytes between two threads (the floor): median %.1f us, p90 %.1f us\n",
-              floor.p50, floor.p90);
-  std::printf("  synchronous order round trip, kit (SECMOLRA_OrderEntrust): median %.1f us, p90 %.1f us, p99 %.1f us "
-              "(goal median < 50 us: %s)\n",
-              kit.p50, kit.p90, kit.p99, kit.p50 < 50 ? "met" : "NOT met");
-  std::printf("  synchronous order round trip, transport alone (Kel_Run): median %.1f us, p90 %.1f us, p99 %.1f us\n",
-              transport.p50, transport.p90, transport.p99);
-  std::printf("  the same order on the in-process back end (Kel_Run, no network): median %.1f us, p90 %.1f us\n",
-              in_process.p50, in_process.p90);
-  std::printf("  fund query round trip, transport alone (Kel_Run): median %.1f us, p90 %.1f us, p99 %.1f us\n",
-              query.p50, query.p90, query.p99);
-  std::printf("  throughput, 4 hosts x %ld asynchronous orders (reply and 2 pushes each): %.0f orders/s "
-              "(goal >= 50,000: %s)\n",
-              orders, rate, rate >= 50000 ? "met" : "NOT met");
+  std::printf(
+      "server %s; load average before %s, after %s; %d cores\n",
+      state ? "with a state file (SQLite, committed before each answer)" : "with state in memory",
+      load_before.c_str(), load_after.c_str(), static_cast<int>(sysconf(_SC_NPROCESSORS_ONLN)));
+  std::printf(
+      "  loopback TCP round trip of 150 bytes between two threads (the floor): median %.1f us, p90 "
+      "%.1f us\n",
+      floor.p50, floor.p90);
+  std::printf(
+      "  synchronous order round trip, kit (SECMOLRA_OrderEntrust): median %.1f us, p90 %.1f us, "
+      "p99 %.1f us "
+      "(goal median < 50 us: %s)\n",
+      kit.p50, kit.p90, kit.p99, kit.p50 < 50 ? "met" : "NOT met");
+  std::printf(
+      "  synchronous order round trip, transport alone (Kel_Run): median %.1f us, p90 %.1f us, p99 "
+      "%.1f us\n",
+      transport.p50, transport.p90, transport.p99);
+  std::printf(
+      "  the same order on the in-process back end (Kel_Run, no network): median %.1f us, p90 %.1f "
+      "us\n",
+      in_process.p50, in_process.p90);
+  std::printf(
+      "  fund query round trip, transport alone (Kel_Run): median %.1f us, p90 %.1f us, p99 %.1f "
+      "us\n",
+      query.p50, query.p90, query.p99);
+  std::printf(
+      "  throughput, 4 hosts x %ld asynchronous orders (reply and 2 pushes each): %.0f orders/s "
+      "(goal >= 50,000: %s)\n",
+      orders, rate, rate >= 50000 ? "met" : "NOT met");
   return 0;
 }
 
@@ -417,7 +444,8 @@ int Run(const std::string& self, bool state, long orders) {
 int main(int argc, char** argv) {
   RemoveMade remove_made;
   try {
-    if (argc == 5 && std::string(argv[1]) == "--host") return Host(argv[2], argv[3], std::atol(argv[4]));
+    if (argc == 5 && std::string(argv[1]) == "--host")
+      return Host(argv[2], argv[3], std::atol(argv[4]));
     bool state = false;
     long orders = 20000;
     for (int i = 1; i < argc; ++i) {

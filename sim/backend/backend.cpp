@@ -106,7 +106,8 @@ const EtfCfg* Backend::FindEtf(const std::string& jys, const std::string& zqdm) 
 
 std::int64_t Backend::IssueToken(Customer& c) {
   // One token per customer for the life of the back end: a second login answers the same.
-  if (c.token == 0) c.token = 880000000 + 7919 * next_token_++ + std::atoll(c.cfg.khh.c_str()) % 1000;
+  if (c.token == 0)
+    c.token = 880000000 + 7919 * next_token_++ + std::atoll(c.cfg.khh.c_str()) % 1000;
   return c.token;
 }
 

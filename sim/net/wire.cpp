@@ -56,7 +56,8 @@ class Reader {
   std::uint64_t U(int width) {
     if (!Have(static_cast<std::size_t>(width))) return 0;
     std::uint64_t v = 0;
-    for (int i = 0; i < width; ++i) v |= std::uint64_t{static_cast<unsigned char>(b_[at_ + i])} << (8 * i);
+    for (int i = 0; i < width; ++i)
+      v |= std::uint64_t{static_cast<unsigned char>(b_[at_ + i])} << (8 * i);
     at_ += static_cast<std::size_t>(width);
     return v;
   }
@@ -138,7 +139,13 @@ void GetLevels(Reader& r, Levels& side) {
 
 void PutQuote(Writer& w, const Quote& q) {
   w.S(q.jys).S(q.zqdm).I(q.date, 8).I(q.time_ms, 8);
-  w.D(q.last).D(q.prev_close).D(q.upper_limit).D(q.lower_limit).D(q.tick).I(q.volume, 8).D(q.turnover);
+  w.D(q.last)
+      .D(q.prev_close)
+      .D(q.upper_limit)
+      .D(q.lower_limit)
+      .D(q.tick)
+      .I(q.volume, 8)
+      .D(q.turnover);
   PutLevels(w, q.bids);
   PutLevels(w, q.asks);
 }
@@ -161,7 +168,9 @@ void GetQuote(Reader& r, Quote& q) {
 
 }  // namespace
 
-std::string Encode(const Hello& m) { return Writer(Type::Hello).Bytes(kMagic, sizeof kMagic).U(m.version, 2).Frame(); }
+std::string Encode(const Hello& m) {
+  return Writer(Type::Hello).Bytes(kMagic, sizeof kMagic).U(m.version, 2).Frame();
+}
 
 std::string Encode(const Welcome& m) {
   return Writer(Type::Welcome).U(m.version, 2).S(m.confirm_func).S(m.report_func).Frame();
@@ -219,7 +228,8 @@ FrameSplitter::Status FrameSplitter::Next(std::string* body) {
     return Status::Partial;
   }
   std::uint32_t n = 0;
-  for (std::size_t i = 0; i < kHeaderSize; ++i) n |= std::uint32_t{static_cast<unsigned char>(buf_[at_ + i])} << (8 * i);
+  for (std::size_t i = 0; i < kHeaderSize; ++i)
+    n |= std::uint32_t{static_cast<unsigned char>(buf_[at_ + i])} << (8 * i);
   if (n == 0 || n > kMaxFrame) return Status::Bad;
   if (buf_.size() - at_ - kHeaderSize < n) {
     buf_.erase(0, at_);
@@ -232,16 +242,21 @@ FrameSplitter::Status FrameSplitter::Next(std::string* body) {
 }
 
 bool PeekId(const std::string& body, Type* type, std::uint64_t* id) {
-  if (!TypeOf(body, type) || (*type != Type::Answer && *type != Type::ControlAnswer) || body.size() < 9) return false;
+  if (!TypeOf(body, type) || (*type != Type::Answer && *type != Type::ControlAnswer) ||
+      body.size() < 9)
+    return false;
   *id = 0;
-  for (int i = 0; i < 8; ++i) *id |= std::uint64_t{static_cast<unsigned char>(body[1 + i])} << (8 * i);
+  for (int i = 0; i < 8; ++i)
+    *id |= std::uint64_t{static_cast<unsigned char>(body[1 + i])} << (8 * i);
   return true;
 }
 
 bool TypeOf(const std::string& body, Type* type) {
   if (body.empty()) return false;
   auto t = static_cast<std::uint8_t>(body[0]);
-  if (t < static_cast<std::uint8_t>(Type::Hello) || t > static_cast<std::uint8_t>(Type::ControlAnswer)) return false;
+  if (t < static_cast<std::uint8_t>(Type::Hello) ||
+      t > static_cast<std::uint8_t>(Type::ControlAnswer))
+    return false;
   *type = static_cast<Type>(t);
   return true;
 }
@@ -341,7 +356,9 @@ bool Decode(const std::string& body, ControlAnswer* m) {
 
 bool SplitHostPort(const std::string& addr, std::string* host, std::uint16_t* port, bool any_port) {
   std::size_t colon = addr.rfind(':');
-  if (colon == std::string::npos || colon == 0 || colon + 1 == addr.size() || addr.size() - colon > 6) return false;
+  if (colon == std::string::npos || colon == 0 || colon + 1 == addr.size() ||
+      addr.size() - colon > 6)
+    return false;
   unsigned long p = 0;
   for (std::size_t i = colon + 1; i < addr.size(); ++i) {
     if (addr[i] < '0' || addr[i] > '9') return false;

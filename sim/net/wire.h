@@ -144,6 +144,7 @@ bool Decode(const std::string& body, ControlAnswer* m);
 
 // Splits "host:port" (port 1..65535, or 0 too when `any_port`; the host not empty); false
 // otherwise.
-bool SplitHostPort(const std::string& addr, std::string* host, std::uint16_t* port, bool any_port = false);
+bool SplitHostPort(const std::string& addr, std::string* host, std::uint16_t* port,
+                   bool any_port = false);
 
 }  // namespace sim::wire

@@ -21,22 +21,28 @@ int Fail(const std::string& why) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  CLI::App app{"The simulated broker back end and exchange, served over TCP to simulated transports."};
+  CLI::App app{
+      "The simulated broker back end and exchange, served over TCP to simulated transports."};
   std::string listen = "127.0.0.1:9301";
   std::string config_path, state_path;
   sim::ServerOptions opt;
-  app.add_option("--listen", listen, "host:port to listen on; port 0 takes a free port")->capture_default_str();
-  app.add_option("--config", config_path, "back-end configuration (INI); default: the built-in back end")
+  app.add_option("--listen", listen, "host:port to listen on; port 0 takes a free port")
+      ->capture_default_str();
+  app.add_option("--config", config_path,
+                 "back-end configuration (INI); default: the built-in back end")
       ->check(CLI::ExistingFile);
-  app.add_option("--state", state_path, "state file (replaces [backend] state); empty: the configuration's");
-  app.add_option("--stall-ms", opt.stall_ms, "a client whose hello, frame or output waits this long is closed")
+  app.add_option("--state", state_path,
+                 "state file (replaces [backend] state); empty: the configuration's");
+  app.add_option("--stall-ms", opt.stall_ms,
+                 "a client whose hello, frame or output waits this long is closed")
       ->check(CLI::Range(std::int64_t{10}, std::int64_t{86400000}))
       ->capture_default_str();
   CLI11_PARSE(app, argc, argv);
 
   std::string host, why;
   std::uint16_t port = 0;
-  if (!sim::wire::SplitHostPort(listen, &host, &port, true)) return Fail("--listen wants host:port, not " + listen);
+  if (!sim::wire::SplitHostPort(listen, &host, &port, true))
+    return Fail("--listen wants host:port, not " + listen);
 
   sim::Config cfg = sim::DefaultConfig();
   if (!config_path.empty() && !sim::LoadConfigFile(config_path, cfg, &why)) return Fail(why);

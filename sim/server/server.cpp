@@ -52,16 +52,36 @@ wire::ControlAnswer Execute(Exchange& ex, const wire::ControlMsg& m) {
   a.id = m.id;
   a.ok = true;
   switch (m.op) {
-    case Op::SetPrice: a.ok = ex.SetPrice(m.jys, m.zqdm, m.price); break;
-    case Op::SetLiquidity: a.ok = ex.SetLiquidity(m.jys, m.zqdm, m.n); break;
-    case Op::SetMatchVolume: ex.SetMatchVolume(m.n); break;
-    case Op::SetTimeOffset: ex.SetTimeOffset(m.n); break;
-    case Op::SetTradeDate: ex.SetTradeDate(m.n); break;
-    case Op::GetQuote: a.ok = ex.GetQuote(m.jys, m.zqdm, &a.quote); break;
-    case Op::SetQuote: a.ok = ex.SetQuote(m.quote); break;
-    case Op::Advance: a.ok = ex.Advance(m.n); break;
-    case Op::NewDay: ex.NewDay(); break;
-    case Op::Clock: ex.ClockTime(&a.date, &a.ms); break;
+    case Op::SetPrice:
+      a.ok = ex.SetPrice(m.jys, m.zqdm, m.price);
+      break;
+    case Op::SetLiquidity:
+      a.ok = ex.SetLiquidity(m.jys, m.zqdm, m.n);
+      break;
+    case Op::SetMatchVolume:
+      ex.SetMatchVolume(m.n);
+      break;
+    case Op::SetTimeOffset:
+      ex.SetTimeOffset(m.n);
+      break;
+    case Op::SetTradeDate:
+      ex.SetTradeDate(m.n);
+      break;
+    case Op::GetQuote:
+      a.ok = ex.GetQuote(m.jys, m.zqdm, &a.quote);
+      break;
+    case Op::SetQuote:
+      a.ok = ex.SetQuote(m.quote);
+      break;
+    case Op::Advance:
+      a.ok = ex.Advance(m.n);
+      break;
+    case Op::NewDay:
+      ex.NewDay();
+      break;
+    case Op::Clock:
+      ex.ClockTime(&a.date, &a.ms);
+      break;
   }
   return a;
 }
@@ -125,11 +145,13 @@ class Server::Impl {
 // One client connection.
 class Server::Impl::Peer : public std::enable_shared_from_this<Peer> {
  public:
-  Peer(Impl& server, tcp::socket sock) : server_(server), sock_(std::move(sock)), since_(SteadyClock::now()) {
+  Peer(Impl& server, tcp::socket sock)
+      : server_(server), sock_(std::move(sock)), since_(SteadyClock::now()) {
     asio::error_code ec;
     sock_.set_option(tcp::no_delay(true), ec);
     auto ep = sock_.remote_endpoint(ec);
-    name_ = ec ? std::string("a client") : ep.address().to_string() + ":" + std::to_string(ep.port());
+    name_ =
+        ec ? std::string("a client") : ep.address().to_string() + ":" + std::to_string(ep.port());
   }
 
   void Start() { Read(); }
@@ -143,7 +165,9 @@ class Server::Impl::Peer : public std::enable_shared_from_this<Peer> {
   }
 
   // Whether a push for the customer goes to this connection.
-  bool Wants(const std::string& khh) const { return welcomed_ && (interest_.count("") > 0 || interest_.count(khh) > 0); }
+  bool Wants(const std::string& khh) const {
+    return welcomed_ && (interest_.count("") > 0 || interest_.count(khh) > 0);
+  }
 
   // A hello, a frame or a write that has been waiting longer than the stall limit.
   bool Stalled(SteadyClock::time_point now) const {
@@ -165,24 +189,27 @@ class Server::Impl::Peer : public std::enable_shared_from_this<Peer> {
  private:
   void Read() {
     auto self = shared_from_this();
-    sock_.async_read_some(asio::buffer(chunk_), [this, self](const asio::error_code& ec, std::size_t n) {
-      if (ec) return Close(nullptr);
-      bool was_holding = in_.holding();
-      in_.Add(chunk_.data(), n);
-      bool served = false;
-      // The requests of one read are saved together; their answers leave after that.
-      server_.exchange().BeginBatch();
-      holding_ = true;
-      bool open = Parse(&served);
-      holding_ = false;
-      server_.exchange().EndBatch();
-      server_.SchedulePushes();
-      if (!open) return;
-      if (writing_.empty() && !queue_.empty()) Write();
-      // A frame that is not complete must be within the stall limit from its first byte.
-      if (!was_holding || served) since_ = SteadyClock::now();
-      Read();
-    });
+    sock_.async_read_some(asio::buffer(chunk_),
+                          [this, self](const asio::error_code& ec, std::size_t n) {
+                            if (ec) return Close(nullptr);
+                            bool was_holding = in_.holding();
+                            in_.Add(chunk_.data(), n);
+                            bool served = false;
+                            // The requests of one read are saved together; their answers leave
+                            // after that.
+                            server_.exchange().BeginBatch();
+                            holding_ = true;
+                            bool open = Parse(&served);
+                            holding_ = false;
+                            server_.exchange().EndBatch();
+                            server_.SchedulePushes();
+                            if (!open) return;
+                            if (writing_.empty() && !queue_.empty()) Write();
+                            // A frame that is not complete must be within the stall limit from its
+                            // first byte.
+                            if (!was_holding || served) since_ = SteadyClock::now();
+                            Read();
+                          });
   }
 
   // Handles every complete frame of the input; false when the connection was closed.
@@ -251,13 +278,15 @@ class Server::Impl::Peer : public std::enable_shared_from_this<Peer> {
     wire::Hello h;
     if (!wire::Decode(body, &h)) return "malformed hello";
     if (h.version != wire::kVersion) {
-      Send(wire::EncodeRefuse("protocol version " + std::to_string(h.version) + " is not served (this server speaks " +
+      Send(wire::EncodeRefuse("protocol version " + std::to_string(h.version) +
+                              " is not served (this server speaks " +
                               std::to_string(wire::kVersion) + ")"));
       close_after_write_ = true;
       return nullptr;
     }
     welcomed_ = true;
-    Send(wire::Encode(wire::Welcome{wire::kVersion, server_.options().confirm_func, server_.options().report_func}));
+    Send(wire::Encode(wire::Welcome{wire::kVersion, server_.options().confirm_func,
+                                    server_.options().report_func}));
     return nullptr;
   }
 
@@ -295,7 +324,8 @@ class Server::Impl::Peer : public std::enable_shared_from_this<Peer> {
 bool Server::Impl::Listen(const std::string& host, std::uint16_t port, std::string* error) {
   asio::error_code ec;
   tcp::resolver resolver(io_);
-  auto found = resolver.resolve(host, std::to_string(port), tcp::resolver::passive | tcp::resolver::numeric_service, ec);
+  auto found = resolver.resolve(host, std::to_string(port),
+                                tcp::resolver::passive | tcp::resolver::numeric_service, ec);
   if (ec || found.empty()) {
     *error = "cannot resolve " + host + ": " + ec.message();
     return false;
@@ -383,8 +413,8 @@ void Server::Impl::SendPushes() {
     for (const auto& peer : peers)
       if (peer->Wants(p.khh)) wanting.push_back(peer.get());
     if (wanting.empty()) continue;
-    std::string frame =
-        wire::Encode(wire::PushMsg{p.khh, p.kind, EncodePushRecord(p.values, false), EncodePushRecord(p.values, true)});
+    std::string frame = wire::Encode(wire::PushMsg{p.khh, p.kind, EncodePushRecord(p.values, false),
+                                                   EncodePushRecord(p.values, true)});
     // Copies for all but the last, which takes the frame itself.
     for (std::size_t i = 0; i + 1 < wanting.size(); ++i) wanting[i]->Send(frame);
     wanting.back()->Send(std::move(frame));
@@ -403,7 +433,8 @@ void Server::Impl::StopNow() {
   for (const auto& p : all) p->Close(nullptr);
 }
 
-Server::Server(Exchange& exchange, ServerOptions options) : impl_(std::make_unique<Impl>(exchange, std::move(options))) {}
+Server::Server(Exchange& exchange, ServerOptions options)
+    : impl_(std::make_unique<Impl>(exchange, std::move(options))) {}
 Server::~Server() = default;
 bool Server::Listen(const std::string& host, std::uint16_t port, std::string* error) {
   return impl_->Listen(host, port, error);

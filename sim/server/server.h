@@ -17,8 +17,8 @@ class Exchange;
 struct ServerOptions {
   std::string confirm_func = "DM0003";  // told to clients in the welcome
   std::string report_func = "DM0004";
-  std::int64_t stall_ms = 10000;        // a hello, a frame begun, or a write, for longer closes
-  std::size_t max_output = 64u << 20;   // bytes queued for a client that does not read
+  std::int64_t stall_ms = 10000;       // a hello, a frame begun, or a write, for longer closes
+  std::size_t max_output = 64u << 20;  // bytes queued for a client that does not read
 };
 
 class Server {

@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "core/context.h"
+#include "core/status.h"
 #include "secmolra.h"
 
 namespace KelComm {
@@ -16,19 +18,21 @@ namespace molra {
 
 class AccountInfo {
  public:
-  // Logs the customer of `info` in on `conn`: resolves the node, sends the login of the
-  // set's form, records the customer in the registry as the default of its system type,
-  // subscribes its trade messages and measures the server time. Returns the token, or a
-  // negative code (also the last error, and copied to `msg` when given).
-  static std::int64_t Login(const std::shared_ptr<KelComm::KelConn>& conn, CusLoginInfo& info,
-                            std::string* msg);
+  // Logs the customer of `info` in on `conn`: resolves the node, sends the login of the set's
+  // form, records the customer in the kit's registry as the default of its system type and
+  // subscribes its trade messages. The token, also written into `info`; failures are
+  // recorded under "AccountInfo::Login" with `info` as account (the node list's under its own
+  // name).
+  static Result<std::int64_t> Login(Kit& kit, const std::shared_ptr<KelComm::KelConn>& conn,
+                                    CusLoginInfo& info);
 
   class AcctManage {
    public:
-    // Appends the customer's nodes of system type 4 to `list`; returns how many, or a
-    // negative code. `flag` 0 sends the key's exchange short code with the direct form.
-    static std::int64_t GetAccountJDBH(const std::string& khh, KelComm::KelConn& conn,
-                                       std::vector<CusNodeInfo>& list, int flag);
+    // Appends the customer's nodes of system type 4 to `list`; returns how many. `flag` 0
+    // sends the key's exchange short code with the direct form. Failures are recorded under
+    // "AccountInfo::AcctManage::GetAccountJDBH".
+    static Result<std::int64_t> GetAccountJDBH(const std::string& khh, KelComm::KelConn& conn,
+                                               std::vector<CusNodeInfo>& list, int flag);
   };
 };
 

@@ -2,7 +2,7 @@
 // temporary list and copies what fits into the caller's array.
 #include <vector>
 
-#include "api/guard.h"
+#include "core/guard.h"
 #include "query/query_frame.h"
 #include "secmolra.h"
 
@@ -47,8 +47,7 @@ SECMOLRA_API int64_t PYSECMOLRA_QueryFundInfo(const char* khh, FundRecord* recor
   });
 }
 
-SECMOLRA_API int64_t PYSECMOLRA_QueryAccInfo(const char* khh, AccountRecord* records,
-                                             int32_t cap) {
+SECMOLRA_API int64_t PYSECMOLRA_QueryAccInfo(const char* khh, AccountRecord* records, int32_t cap) {
   return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
     return CopyOut(records, cap,
                    [&](std::vector<AccountRecord>& l) { return SECMOLRA_QueryAccInfo(khh, l); });
@@ -56,9 +55,9 @@ SECMOLRA_API int64_t PYSECMOLRA_QueryAccInfo(const char* khh, AccountRecord* rec
 }
 
 SECMOLRA_API int64_t PYSECMOLRA_QueryOrders(const char* khh, int32_t nType, int32_t nSortType,
-                                            int32_t nRowcount, int32_t nBrowindex,
-                                            const char* jys, const char* zqdm, int64_t lWth,
-                                            OrderRecord* records, int32_t cap) {
+                                            int32_t nRowcount, int32_t nBrowindex, const char* jys,
+                                            const char* zqdm, int64_t lWth, OrderRecord* records,
+                                            int32_t cap) {
   return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
     return CopyOut(records, cap, [&](std::vector<OrderRecord>& l) {
       return SECMOLRA_QueryOrders(khh, nType, nSortType, nRowcount, nBrowindex, jys, zqdm, lWth, l);
@@ -67,9 +66,9 @@ SECMOLRA_API int64_t PYSECMOLRA_QueryOrders(const char* khh, int32_t nType, int3
 }
 
 SECMOLRA_API int64_t PYSECMOLRA_QueryMatchs(const char* khh, int32_t nType, int32_t nSortType,
-                                            int32_t nRowcount, int32_t nBrowindex,
-                                            const char* jys, const char* zqdm, int64_t lWth,
-                                            MatchRecord* records, int32_t cap) {
+                                            int32_t nRowcount, int32_t nBrowindex, const char* jys,
+                                            const char* zqdm, int64_t lWth, MatchRecord* records,
+                                            int32_t cap) {
   return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
     return CopyOut(records, cap, [&](std::vector<MatchRecord>& l) {
       return SECMOLRA_QueryMatchs(khh, nType, nSortType, nRowcount, nBrowindex, jys, zqdm, lWth, l);
@@ -79,13 +78,13 @@ SECMOLRA_API int64_t PYSECMOLRA_QueryMatchs(const char* khh, int32_t nType, int3
 
 SECMOLRA_API int64_t PYSECMOLRA_QueryPositions(const char* khh, int32_t nSortType,
                                                int32_t nRowcount, int32_t nBrowindex,
-                                               const char* gdh, const char* jys,
-                                               const char* zqdm, int32_t exeflag,
-                                               PositionRecord* records, int32_t cap) {
+                                               const char* gdh, const char* jys, const char* zqdm,
+                                               int32_t exeflag, PositionRecord* records,
+                                               int32_t cap) {
   return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
     return CopyOut(records, cap, [&](std::vector<PositionRecord>& l) {
-      return SECMOLRA_QueryPositions(khh, nSortType, nRowcount, nBrowindex, gdh, jys, zqdm,
-                                     exeflag, l);
+      return SECMOLRA_QueryPositions(khh, nSortType, nRowcount, nBrowindex, gdh, jys, zqdm, exeflag,
+                                     l);
     });
   });
 }
@@ -93,8 +92,9 @@ SECMOLRA_API int64_t PYSECMOLRA_QueryPositions(const char* khh, int32_t nSortTyp
 SECMOLRA_API int64_t PYSECMOLRA_QueryPSQY(const char* khh, const char* jys, const char* gdh,
                                           PSQYRecord* records, int32_t cap) {
   return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
-    return CopyOut(records, cap,
-                   [&](std::vector<PSQYRecord>& l) { return SECMOLRA_QueryPSQY(khh, jys, gdh, l); });
+    return CopyOut(records, cap, [&](std::vector<PSQYRecord>& l) {
+      return SECMOLRA_QueryPSQY(khh, jys, gdh, l);
+    });
   });
 }
 
@@ -102,9 +102,12 @@ SECMOLRA_API int64_t PYSECMOLRA_QueryETFShare(const char* khh, const char* jjdm,
                                               ETFShareRecord* records, int32_t cap) {
   return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
     return CopyOut(records, cap, [&](std::vector<ETFShareRecord>& l) -> std::int64_t {
-      if (!query::CheckFundCode(jjdm)) return SECMOLRA_ERR_ARGUMENT;
+      constexpr const char* kName = "PYSECMOLRA_QueryETFShare";
+      if (Status checked = query::CheckFundCode(jjdm); !checked) {
+        return Report(checked.failure(), kName);
+      }
       CusLoginInfo info = query::MakeLoginInfo(khh);
-      return query::QueryETFShare(&info, jjdm, l);
+      return Reported(query::QueryETFShare(&info, jjdm, l), kName);
     });
   });
 }

@@ -2,10 +2,12 @@
 #include <cstring>
 #include <string>
 
-#include "api/guard.h"
+#include "account/server_clock.h"
+#include "core/context.h"
+#include "core/errors.h"
+#include "core/guard.h"
 #include "secmolra.h"
 #include "util/clock.h"
-#include "util/server_time.h"
 #include "util/time_text.h"
 
 using namespace molra;
@@ -13,9 +15,7 @@ using namespace molra;
 extern "C" {
 
 SECMOLRA_API uint64_t SECMOLRA_GetTickCount(void) {
-  return Guard(__func__, uint64_t{0}, [&]() -> uint64_t {
-    return TickCountMs();
-  });
+  return Guard(__func__, uint64_t{0}, [&]() -> uint64_t { return TickCountMs(); });
 }
 
 // The same entry point under a second name: one function, one address. GCC wants the alias
@@ -26,12 +26,15 @@ SECMOLRA_API uint64_t SECMOLRA_GetTickCount(void) {
 #else
 #define MOLRA_SECOND_NAME_OF(target) __attribute__((nothrow, alias(target)))
 #endif
-SECMOLRA_API uint64_t SECMOLRA_GetDoubleTickCount(void) MOLRA_SECOND_NAME_OF("SECMOLRA_GetTickCount");
+SECMOLRA_API uint64_t SECMOLRA_GetDoubleTickCount(void)
+    MOLRA_SECOND_NAME_OF("SECMOLRA_GetTickCount");
 #undef MOLRA_SECOND_NAME_OF
 
 SECMOLRA_API int64_t SECMOLRA_GetSystemDate(void) {
   return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
-    if (SystemDate() <= 0) GetCurTime();
+    if (SystemDate() <= 0) {
+      if (Status clock = MeasureServerTime(CurrentKit()); !clock) Report(clock.failure(), nullptr);
+    }
     return SystemDate();
   });
 }
@@ -45,15 +48,12 @@ SECMOLRA_API void SECMOLRA_GetReviseTime(char* buf) {
 }
 
 SECMOLRA_API int64_t SECMOLRA_GetReviseTimeAsLong(void) {
-  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
-    return ReviseTextAsLong(FormatReviseTime(ReviseTimeMs()));
-  });
+  return Guard(__func__, SECMOLRA_ERR_INTERNAL,
+               [&]() -> int64_t { return ReviseTextAsLong(FormatReviseTime(ReviseTimeMs())); });
 }
 
 SECMOLRA_API bool SECMOLRA_OpenQuoteLink(void) {
-  return Guard(__func__, false, [&]() -> bool {
-    return false;
-  });
+  return Guard(__func__, false, [&]() -> bool { return false; });
 }
 
 SECMOLRA_API int64_t SECMOLRA_GetQuote(const char*, void*, int32_t* count) {

@@ -1,84 +1,111 @@
 // Login, logout, token and node exports, the node-list query and the trade date.
-#include <algorithm>
+#include <fmt/format.h>
+
 #include <memory>
 #include <string>
 #include <vector>
 
-#include <fmt/format.h>
-
 #include "account/account_info.h"
-#include "account/login_texts.h"
-#include "account/registry.h"
-#include "api/guard.h"
-#include "api/last_error.h"
+#include "account/server_clock.h"
 #include "comm/conn_pool.h"
-#include "comm/kel_api.h"
+#include "comm/kv_request.h"
 #include "config/ini_file.h"
-#include "log/log.h"
+#include "core/context.h"
+#include "core/errors.h"
+#include "core/guard.h"
+#include "core/log.h"
+#include "core/messages.h"
+#include "core/text.h"
 #include "secmolra.h"
-#include "util/field_ids.h"
 
 namespace molra {
 namespace {
 
-namespace text = login_text;
+constexpr std::int32_t kTradeDateTimeoutSeconds = 2;
 
-constexpr const char* kTradeDateCode = "A00066";
-constexpr kel::int32 kTradeDateTimeoutSeconds = 2;
-
-// The customer's connection set for a key, after the configuration checks that login and
-// the node-list query share. On failure the last error is set and `code` holds the result.
-struct SetResult {
-  std::shared_ptr<KelComm::KelConn> conn;
-  std::int64_t code = 0;
-};
-
-SetResult OpenCustomerSet(const char* func, const std::string& key, const std::string& khh,
-                          bool reset_customer) {
-  SetResult r;
+// The customer's connection set for a key, after the configuration checks that login and the
+// node-list query share (a login first takes the customer back to not logged in). Failures
+// name no function: the export's own.
+Result<std::shared_ptr<KelComm::KelConn>> OpenCustomerSet(const std::string& key,
+                                                          const std::string& khh,
+                                                          bool reset_customer) {
   IniFile ini;
-  std::string path = ConfigFilePath();
+  const std::string path = ConfigFilePath();
   if (!ini.Load(path)) {
-    r.code = Fail(-206, fmt::format(fmt::runtime(text::kConfigUnreadable), path), func);
-    return r;
+    return Failure{SECMOLRA_ERR_CONFIG, fmt::format(fmt::runtime(msg::kConfigUnreadable), path)};
   }
-  if (reset_customer) ResetCustomer(khh);
-  if (ini.GetLong(key.c_str(), "SystemType", 4) != 4) {
-    r.code = Fail(-223, text::kUnknownSystemType, func);
-    return r;
+  Kit* kit = CurrentKit();
+  if (reset_customer && kit != nullptr) kit->customers.Reset(khh);
+  if (ini.GetLong(key.c_str(), "SystemType", kSystemType) != kSystemType) {
+    return Failure{SECMOLRA_ERR_SYSTEM_TYPE, msg::kUnknownSystemType};
   }
-  ConnPool* pool = Pool();
-  if (pool == nullptr) {
-    r.code = Fail(-1, text::kNoPool, func);
-    return r;
-  }
-  r.conn = pool->GetConnection(khh, key);
-  if (!r.conn) {
-    // Connection failures are staged with code 0; that code is what the caller gets.
-    ErrorRecord staged = GetStagedError();
-    r.code = Fail(staged.code, staged.message, func);
-  }
-  return r;
+  ConnPool* pool = kit != nullptr ? kit->pool() : nullptr;
+  if (pool == nullptr) return Failure{SECMOLRA_ERR_POOL, msg::kPoolNotCreated};
+  return pool->GetConnection(khh, key);
 }
 
-std::int64_t LoginResult(std::int64_t token) { return token == 0 ? -220 : token; }
-
-std::int64_t TradeDate() {
-  constexpr const char* kFunc = "GetTradeDate";
-  std::shared_ptr<KelComm::KelConn> conn = Registry().DefaultConn(0);
-  if (!conn) {
-    ErrorRecord staged = GetStagedError();
-    return Fail(staged.code, staged.message, kFunc);
+// The login on the customer's set; once logged in, the server clock is measured (its
+// failure is recorded, the login stands). A login that ends with code 0, a token of 0 or a
+// refusal of code 0, is -220.
+Result<std::int64_t> LogIn(const char* key, const std::string& khh, CusLoginInfo& info) {
+  Result<std::shared_ptr<KelComm::KelConn>> set = OpenCustomerSet(key, khh, true);
+  if (!set) return set.TakeFailure();
+  Kit& kit = *CurrentKit();
+  Result<std::int64_t> token = AccountInfo::Login(kit, *set, info);
+  if (!token) {
+    if (token.failure().code != 0) return token;
+    Report(token.failure(), nullptr);  // recorded with its code 0, answered as -220
+    return SECMOLRA_ERR_LOGIN_ZERO;
   }
-  KelSession session = AllocManagementSession(*conn);
-  if (!session) return Fail(-202, GetStagedError().message, kFunc);
-  kel::int64 h = session.handle();
-  kel::api.Kel_SetTimeOut(h, kTradeDateTimeoutSeconds);
-  CreateHead(session, kTradeDateCode);
-  if (!kel::api.Kel_Run(h)) return Fail(-204, text::kSendFailed, kFunc);
-  std::int32_t code = kel::api.Kel_GetCode(h);
-  if (code < 1) return Fail(code, GetErrorString(h), kFunc);
-  return kel::api.Kel_GetLong(h, fid::TRADE_DATE, -1);
+  if (Status clock = MeasureServerTime(&kit); !clock) Report(clock.failure(), nullptr);
+  return *token == 0 ? SECMOLRA_ERR_LOGIN_ZERO : *token;
+}
+
+Result<std::int64_t> TradeLogin(const char* key, const char* khh, const char* password) {
+  if (key == nullptr || khh == nullptr || password == nullptr) return IllegalArgument();
+  // An empty password passes here on purpose: the login itself refuses it.
+  if (*key == '\0' || *khh == '\0') return IllegalArgument(msg::kLoginArgsEmpty);
+  MOLRA_LOG_INFO("{} lpKeyName:{} khh:{}", "SECMOLRA_TradeLogin", key, khh);
+  CusLoginInfo info{};
+  info.NodeID = -1;
+  info.Token = -1;
+  CopyField(info.KHH, khh);
+  CopyField(info.Password, password);
+  return DropAccount(LogIn(key, khh, info), &info);
+}
+
+Result<std::int64_t> TradeLoginEx(const char* key, CusLoginInfo* info) {
+  if (key == nullptr || info == nullptr) return IllegalArgument();
+  const std::string khh = FieldText(info->KHH);
+  if (*key == '\0' || khh.empty()) return IllegalArgument(msg::kLoginArgsEmpty);
+  MOLRA_LOG_INFO("{} lpKeyName:{} khh:{} tradenodeID:{} nodeinfo:{}", "SECMOLRA_TradeLoginEx", key,
+                 khh, info->NodeID, FieldText(info->Node));
+  return LogIn(key, khh, *info);
+}
+
+Result<std::int64_t> QueryCusNodeinfo(const char* key, const char* khh,
+                                      std::vector<CusNodeInfo>& list) {
+  if (khh == nullptr) return IllegalArgument();
+  // An empty (or null) key reads no section: the customer's existing set is used.
+  key = LogText(key);
+  MOLRA_LOG_INFO("{} lpKeyName:{} khh:{}", "SECMOLRA_QueryCusNodeinfo", key, khh);
+  Result<std::shared_ptr<KelComm::KelConn>> set = OpenCustomerSet(key, khh, false);
+  if (!set) return set.TakeFailure();
+  return AccountInfo::AcctManage::GetAccountJDBH(khh, **set, list, 1);
+}
+
+// Asked on the default customer's management connection, with a two-second time-out.
+Result<std::int64_t> TradeDate() {
+  constexpr const char* kName = "GetTradeDate";
+  Kit* kit = CurrentKit();
+  std::shared_ptr<KelComm::KelConn> conn = kit != nullptr ? kit->customers.DefaultConn(0) : nullptr;
+  if (!conn) return Failure{kConnectionFailure, msg::kNotConnected, kName};
+  Result<KelSession> session = AllocManagementSession(*conn);
+  if (!session) return session.TakeFailure().At(kName);
+  Result<std::int64_t> date = AskTradeDate(
+      std::move(*session), {ReqField::Timeout(kTradeDateTimeoutSeconds)}, kPositiveCode);
+  if (!date) return date.TakeFailure().At(kName);
+  return date;
 }
 
 }  // namespace
@@ -90,85 +117,49 @@ extern "C" {
 
 SECMOLRA_API int64_t SECMOLRA_TradeLogin(const char* lpKeyName, const char* lpKhh,
                                          const char* password) {
-  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
-    constexpr const char* kFunc = "SECMOLRA_TradeLogin";
-    if (lpKeyName == nullptr || lpKhh == nullptr || password == nullptr) {
-      return Fail(-221, login_text::kIllegalArgument, kFunc);
-    }
-    // An empty password passes here on purpose: the login itself refuses it.
-    if (*lpKeyName == '\0' || *lpKhh == '\0') return Fail(-221, login_text::kLoginArgsEmpty, kFunc);
-    MOLRA_LOG_INFO("{} lpKeyName:{} khh:{}", kFunc, lpKeyName, lpKhh);
-    SetResult set = OpenCustomerSet(kFunc, lpKeyName, lpKhh, true);
-    if (!set.conn) return set.code;
-    CusLoginInfo info{};
-    info.NodeID = -1;
-    info.Token = -1;
-    CopyField(info.KHH, lpKhh);
-    CopyField(info.Password, password);
-    return LoginResult(AccountInfo::Login(set.conn, info, nullptr));
-  });
+  return Export(__func__, [&] { return TradeLogin(lpKeyName, lpKhh, password); });
 }
 
 SECMOLRA_API int64_t SECMOLRA_TradeLoginEx(const char* lpKeyName, CusLoginInfo* info) {
-  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
-    constexpr const char* kFunc = "SECMOLRA_TradeLoginEx";
-    if (lpKeyName == nullptr || info == nullptr) {
-      return Fail(-221, login_text::kIllegalArgument, kFunc);
-    }
-    std::string khh = FieldText(info->KHH);
-    if (*lpKeyName == '\0' || khh.empty()) return Fail(-221, login_text::kLoginArgsEmpty, kFunc);
-    MOLRA_LOG_INFO("{} lpKeyName:{} khh:{} tradenodeID:{} nodeinfo:{}", kFunc, lpKeyName, khh,
-                   info->NodeID, FieldText(info->Node));
-    SetResult set = OpenCustomerSet(kFunc, lpKeyName, khh, true);
-    if (!set.conn) return set.code;
-    return LoginResult(AccountInfo::Login(set.conn, *info, nullptr));
-  });
+  return Export(__func__, [&] { return TradeLoginEx(lpKeyName, info); });
 }
 
 SECMOLRA_API int64_t SECMOLRA_TradeLogout(const char* lpKhh) {
   return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
-    constexpr const char* kFunc = "SECMOLRA_TradeLogout";
-    if (lpKhh == nullptr) return Fail(-221, login_text::kIllegalArgument, kFunc);
-    if (*lpKhh == '\0') return Fail(-221, login_text::kKhhEmpty, kFunc);
-    MOLRA_LOG_INFO("{} khh:{} ", kFunc, lpKhh);
-    return ResetCustomer(lpKhh);
+    if (lpKhh == nullptr) return Report(IllegalArgument(), "SECMOLRA_TradeLogout");
+    if (*lpKhh == '\0') return Report(IllegalArgument(msg::kKhhEmpty), "SECMOLRA_TradeLogout");
+    MOLRA_LOG_INFO("{} khh:{} ", "SECMOLRA_TradeLogout", lpKhh);
+    if (Kit* kit = CurrentKit()) kit->customers.Reset(lpKhh);
+    return 1;
   });
 }
 
+// Before SECMOLRA_Init there is no registry to keep them: logged, and true as always.
 SECMOLRA_API bool SECMOLRA_SetCusToken(const char* lpKhh, int64_t token) {
   return Guard(__func__, false, [&]() -> bool {
-    if (lpKhh != nullptr) TokenTable().Set(lpKhh, token);
-    MOLRA_LOG_INFO("{} lpKhh:{} token:{}", "SECMOLRA_SetCusToken", lpKhh ? lpKhh : "", token);
+    Kit* kit = CurrentKit();
+    if (lpKhh != nullptr && kit != nullptr) kit->customers.tokens.Set(lpKhh, token);
+    MOLRA_LOG_INFO("{} lpKhh:{} token:{}", "SECMOLRA_SetCusToken", LogText(lpKhh), token);
     return true;
   });
 }
 
 SECMOLRA_API bool SECMOLRA_SetCusNodeID(const char* lpKhh, int32_t nodeId) {
   return Guard(__func__, false, [&]() -> bool {
-    if (lpKhh != nullptr) NodeTable().Set(lpKhh, nodeId);
-    MOLRA_LOG_INFO("{} lpKhh:{} nodeid:{}", "SECMOLRA_SetCusNodeID", lpKhh ? lpKhh : "", nodeId);
+    Kit* kit = CurrentKit();
+    if (lpKhh != nullptr && kit != nullptr) kit->customers.nodes.Set(lpKhh, nodeId);
+    MOLRA_LOG_INFO("{} lpKhh:{} nodeid:{}", "SECMOLRA_SetCusNodeID", LogText(lpKhh), nodeId);
     return true;
   });
 }
 
 SECMOLRA_API int64_t SECMOLRA_QueryCusNodeinfo(const char* lpKeyName, const char* lpKhh,
                                                std::vector<CusNodeInfo>& list) {
-  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
-    constexpr const char* kFunc = "SECMOLRA_QueryCusNodeinfo";
-    if (lpKhh == nullptr) return Fail(-221, login_text::kIllegalArgument, kFunc);
-    // An empty (or null) key reads no section: the customer's existing set is used.
-    const char* key = lpKeyName != nullptr ? lpKeyName : "";
-    MOLRA_LOG_INFO("{} lpKeyName:{} khh:{}", kFunc, key, lpKhh);
-    SetResult set = OpenCustomerSet(kFunc, key, lpKhh, false);
-    if (!set.conn) return set.code;
-    return AccountInfo::AcctManage::GetAccountJDBH(lpKhh, *set.conn, list, 1);
-  });
+  return Export(__func__, [&] { return QueryCusNodeinfo(lpKeyName, lpKhh, list); });
 }
 
 SECMOLRA_API int64_t SECMOLRA_GetTradeDate(void) {
-  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
-    return TradeDate();
-  });
+  return Export(__func__, [&] { return TradeDate(); });
 }
 
 }  // extern "C"

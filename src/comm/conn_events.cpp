@@ -7,19 +7,20 @@
 #include <map>
 #include <mutex>
 
-#include "api/guard.h"
-#include "api/kit_state.h"
 #include "comm/conn_internal.h"
-#include "comm/conn_messages.h"
 #include "comm/kel_api.h"
-#include "log/log.h"
+#include "core/context.h"
+#include "core/guard.h"
+#include "core/log.h"
+#include "core/messages.h"
 
 namespace KelComm {
 
 using namespace roles;
-namespace msg = molra::connmsg;
 
 namespace {
+
+constexpr char kEventHandlerName[] = "KelComm::KelConn::on_conn_event";
 
 struct LiveSets {
   std::mutex mutex;
@@ -39,9 +40,9 @@ const RoleInfo* RoleOfHandle(const KelConn& set, kel::int64 handle) {
 }
 
 void Notify(const KelConn& set, kel::int32 event) {
-  SECMOLRA_ConnEventCallback cb = molra::Kit().conn_event_callback.load();
+  SECMOLRA_ConnEventCallback cb = molra::Host().conn_event_callback.load();
   if (cb == nullptr) return;
-  const std::string name = FieldText(set.Active().name);
+  const std::string name = FieldText(set.profile.name);
   cb(set.customer.c_str(), name.c_str(), event, 0);
 }
 
@@ -75,10 +76,10 @@ void OnRecovery(KelConn& set, const RoleInfo* role, kel::int64 handle) {
     (set.*role->state).store(0);
     count = --set.broken_count;
     MOLRA_LOG_INFO(fmt::runtime(role->restored), set.key, set.customer);
-    if (role->bind_customer && BindsCustomer(set.Active())) Rebind(set, handle);
+    if (role->bind_customer && BindsCustomer(set.profile)) Rebind(set, handle);
     if (role == &kRoles[kSubscribe]) {
-      if (set.primary.cancel_resub) Unsubscribe(handle, set.TakeSubscriptions(0));
-      MOLRA_LOG_INFO(msg::kSubscribeCrash, msg::kEventHandlerName);
+      if (set.profile.cancel_resub) Unsubscribe(handle, set.TakeSubscriptions());
+      MOLRA_LOG_INFO(msg::kSubscribeCrash, kEventHandlerName);
     }
   }
   if (count == 0) Notify(set, 0);
@@ -107,17 +108,20 @@ std::shared_ptr<KelConn> SetForEvent(void* ctx) {
 }  // namespace roles
 
 void KelConn::on_conn_event(kel::int64 handle, kel::int32 event, void* ctx) {
-  molra::Guard(msg::kEventHandlerName, molra::kNoResult, [&] {
-    if (ctx == nullptr) return;
-    std::shared_ptr<KelConn> set = SetForEvent(ctx);
-    if (set == nullptr) return;
-    const RoleInfo* role = RoleOfHandle(*set, handle);
-    if (event != 0) {
-      OnBreak(*set, role, event);
-    } else {
-      OnRecovery(*set, role, handle);
-    }
-  }, molra::Boundary::kEvent);
+  molra::Guard(
+      kEventHandlerName, molra::kNoResult,
+      [&] {
+        if (ctx == nullptr) return;
+        std::shared_ptr<KelConn> set = SetForEvent(ctx);
+        if (set == nullptr) return;
+        const RoleInfo* role = RoleOfHandle(*set, handle);
+        if (event != 0) {
+          OnBreak(*set, role, event);
+        } else {
+          OnRecovery(*set, role, handle);
+        }
+      },
+      molra::Boundary::kEvent);
 }
 
 }  // namespace KelComm

@@ -9,6 +9,14 @@
 #include <vector>
 
 #include "comm/conn_pool.h"
+#include "core/messages.h"
+#include "core/text.h"
+
+namespace KelComm {
+// The kit's texts and fields, for the connection set's files.
+namespace msg = molra::msg;
+using molra::FieldText;
+}  // namespace KelComm
 
 namespace KelComm::roles {
 
@@ -26,16 +34,14 @@ struct RoleInfo {
 
 inline constexpr RoleInfo kRoles[] = {
     {&KelConn::mgmt_handle, &KelConn::mgmt_state, &molra::ConnProfile::addr, false,
-     "connect success key:{} szAddr:{}", "{} 管理服务连接中断", "管理服务重新连接成功[KEY:{} KHH:{}]"},
+     "connect success key:{} szAddr:{}", msg::kMgmtBroken, msg::kMgmtRestored},
     {&KelConn::trade_handle, &KelConn::trade_state, &molra::ConnProfile::trade_addr, true,
-     "connect success key:{} szTradeAddr:{}", "{} 交易服务连接中断",
-     "交易服务重新连接成功[KEY:{} KHH:{}]"},
+     "connect success key:{} szTradeAddr:{}", msg::kTradeBroken, msg::kTradeRestored},
     {&KelConn::query_handle, &KelConn::query_state, &molra::ConnProfile::query_addr, true,
-     "connect success key:{} szQueryAddr:{}", "{} 查询服务连接中断",
-     "查询服务重新连接成功[KEY:{} KHH:{}]"},
+     "connect success key:{} szQueryAddr:{}", msg::kQueryBroken, msg::kQueryRestored},
     {&KelConn::subscribe_handle, &KelConn::subscribe_state, &molra::ConnProfile::subscribe_addr,
-     true, "connect success key:{} szSubscribeAddr:{}", "{} 订阅服务连接中断",
-     "订阅服务重新连接成功[KEY:{} KHH:{}]"},
+     true, "connect success key:{} szSubscribeAddr:{}", msg::kSubscribeBroken,
+     msg::kSubscribeRestored},
 };
 
 // Closing stale handles before a connect.
@@ -46,12 +52,6 @@ inline constexpr Role kOpenOrder[] = {kMgmt, kTrade, kQuery, kSubscribe};
 inline constexpr Role kEventOrder[] = {kMgmt, kSubscribe, kQuery, kTrade};
 // Finding the connection an event is about.
 inline constexpr Role kLookupOrder[] = {kMgmt, kQuery, kTrade, kSubscribe};
-
-// Bounded text of a fixed-width field (a full field has no NUL).
-template <std::size_t N>
-std::string FieldText(const char (&field)[N]) {
-  return std::string(field, ::strnlen(field, N));
-}
 
 // The customer is bound to the trade, query and subscribe connections unless the trade
 // address was defaulted to the management address or the profile is in traders mode.

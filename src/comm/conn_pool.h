@@ -12,6 +12,7 @@
 
 #include "comm/kel_abi.h"
 #include "config/conn_profile.h"
+#include "core/status.h"
 
 namespace molra {
 class TimerService;
@@ -20,39 +21,34 @@ class TimerService;
 namespace KelComm {
 
 // One customer's connection set: management, trade, subscribe and query connections opened
-// from one connection key, with the key's backup profile.
+// from one connection key of molra.ini.
 class KelConn : public std::enable_shared_from_this<KelConn> {
  public:
-  // Reads the key's section and the backup section it names (no reading for an empty key).
-  KelConn(std::string key, std::uint32_t kind);
+  // Reads the key's section, and the system type and ConnWithUA of the backup section it
+  // names; each positive system type becomes the transport's default.
+  explicit KelConn(std::string key);
   // Deregisters the event handler and closes whatever is still open.
   ~KelConn();
   KelConn(const KelConn&) = delete;
   KelConn& operator=(const KelConn&) = delete;
 
-  // Opens the four connections of the active profile; false with the reason staged.
-  bool Connect(const char* khh);
-  // Tear-down: deregisters events, cancels the active subscriptions, closes everything.
+  // Opens the four connections; on failure the connection manager's reason (code 0).
+  molra::Status Connect(const char* khh);
+  // Tear-down: deregisters events, cancels the subscriptions, closes everything.
   void Close();
   // Registered with Kel_SetConnEvent for each of the four handles; ctx is the set. Events
   // for a set that is closed or gone are ignored (the set must be owned by a shared_ptr).
   static void on_conn_event(kel::int64 handle, kel::int32 event, void* ctx);
 
-  // The profile in use (primary or backup), or null when the set was built without a key.
-  const molra::ConnProfile* ActiveProfile() const;
-  const molra::ConnProfile& Active() const { return active_profile == 0 ? primary : backup; }
-  // Subscription slots of the group in use: [1] confirmation id, [3] match id.
-  int ActiveGroup() const { return active_profile == 0 ? 0 : 1; }
-  std::atomic<kel::int64>* ActiveSlots() { return slots[ActiveGroup()]; }
-  static constexpr int kConfirmSlot = 1;
-  static constexpr int kReportSlot = 3;
-  // Takes a group's subscription ids for cancelling and clears them, so that the customer's
-  // next login subscribes again: the confirmation and match slots, then the confirmation id
-  // kept apart when the match subscription took its slot.
-  std::vector<kel::int64> TakeSubscriptions(int group);
+  // Takes the subscription ids for cancelling and clears them, so that the customer's next
+  // login subscribes again: the confirmation and match ids, then the confirmation id kept
+  // apart when the match subscription took its place.
+  std::vector<kel::int64> TakeSubscriptions();
 
-  std::string key;
-  std::uint32_t kind = 0;
+  const std::string key;
+  molra::ConnProfile profile{};
+  std::int32_t system_type = -1;
+  bool connect_with_ua = false;
   std::string customer;
   // Transport handles, 0 when closed. Atomic because the event handler reads them on
   // transport threads while tear-down may be zeroing them; read them as plain int64.
@@ -67,23 +63,20 @@ class KelConn : public std::enable_shared_from_this<KelConn> {
   std::atomic<std::int32_t> trade_state{0};
   std::atomic<std::int32_t> subscribe_state{0};
   std::atomic<std::int32_t> query_state{0};
-  molra::ConnProfile primary{};
-  molra::ConnProfile backup{};
-  std::uint32_t active_profile = 0;
-  // Written by a login, read and cleared on transport threads.
-  std::atomic<kel::int64> slots[2][16]{};
-  // With StructPushMsg the match subscription takes the confirmation slot; the confirmation
-  // id it replaced is kept here, so that cancelling reaches both.
-  std::atomic<kel::int64> displaced_confirm[2]{};
-  // Held by a login while it checks and subscribes: two logins at once subscribe once.
-  std::mutex subscribe_mutex;
-  std::int32_t system_type = -1;
-  std::int32_t profiles_consistent = 1;
-  bool connect_with_ua = false;
-  bool has_profile = false;  // a key's section was read
+
+  // The customer's trade-message subscriptions: written by a login, read and cleared on
+  // transport threads. With StructPushMsg the match subscription takes the confirmation's
+  // place; the confirmation id it replaced is kept apart, so that cancelling reaches both.
+  struct Subscriptions {
+    std::atomic<kel::int64> confirm{0};
+    std::atomic<kel::int64> match{0};
+    std::atomic<kel::int64> displaced_confirm{0};
+    std::mutex mutex;  // held by a login while it checks and subscribes: two logins subscribe once
+  } subscriptions;
 
  private:
-  void ReadSection(const char* section, molra::ConnProfile& profile, bool first);
+  void ReadSection(const char* section, molra::ConnProfile& into);
+  bool profiles_consistent_ = true;  // the backup section names the same system type
 };
 
 }  // namespace KelComm
@@ -95,16 +88,8 @@ class KelSession {
  public:
   KelSession() = default;
   KelSession(kel::int64 handle, bool connect_with_ua) : handle_(handle), ua_(connect_with_ua) {}
-  // A session that belongs to someone else (a push's session): never released here.
-  static KelSession Borrowed(kel::int64 handle, bool connect_with_ua) {
-    KelSession s(handle, connect_with_ua);
-    s.borrowed_ = true;
-    return s;
-  }
   ~KelSession() { Release(); }
-  KelSession(KelSession&& o) noexcept : handle_(o.handle_), ua_(o.ua_), borrowed_(o.borrowed_) {
-    o.handle_ = 0;
-  }
+  KelSession(KelSession&& o) noexcept : handle_(o.handle_), ua_(o.ua_) { o.handle_ = 0; }
   KelSession& operator=(KelSession&& o) noexcept;
   KelSession(const KelSession&) = delete;
   KelSession& operator=(const KelSession&) = delete;
@@ -112,7 +97,7 @@ class KelSession {
   kel::int64 handle() const { return handle_; }
   explicit operator bool() const { return handle_ != 0; }
   bool connect_with_ua() const { return ua_; }
-  // Calls Kel_ReleaseSession unless the session is borrowed or empty; never throws.
+  // Calls Kel_ReleaseSession unless the session is empty; never throws.
   void Release() noexcept;
   // Hands the session to the transport (a reply handler releases it); returns the handle.
   kel::int64 Detach() noexcept {
@@ -124,14 +109,12 @@ class KelSession {
  private:
   kel::int64 handle_ = 0;
   bool ua_ = false;
-  bool borrowed_ = false;
 };
 
-// Sessions on one role of a set. An empty session means failure, with the reason staged.
-KelSession AllocManagementSession(KelComm::KelConn& conn);
-KelSession AllocTradeSession(KelComm::KelConn& conn);
-KelSession AllocSubscribeSession(KelComm::KelConn& conn);
-KelSession AllocQuerySession(KelComm::KelConn& conn);
+// A session on one connection of a set, or -202 with the connection manager's reason.
+molra::Result<KelSession> AllocManagementSession(KelComm::KelConn& conn);
+molra::Result<KelSession> AllocTradeSession(KelComm::KelConn& conn);
+molra::Result<KelSession> AllocSubscribeSession(KelComm::KelConn& conn);
 
 // Starts a key/value request; a six-character code goes out as "H" + code when the set
 // connects with UA.
@@ -140,35 +123,25 @@ bool CreateHead(const KelSession& session, const char* code);
 std::string GetItemString(kel::int64 session, kel::int32 id, kel::int32 row);
 std::string GetErrorString(kel::int64 session);
 
+// The connection sets, one per customer, and the kit's timer thread. Created by
+// SECMOLRA_Init; SECMOLRA_Exit withdraws it from the kit and tears it down (TearDown) but
+// never frees it: a host thread still inside a call finishes on an empty pool.
 class ConnPool {
  public:
-  ConnPool();
+  ConnPool();  // starts the timer thread
   ~ConnPool();
 
-  // Finds the customer's set or builds and connects one from `key`; empty on failure with
-  // the reason staged.
-  std::shared_ptr<KelComm::KelConn> GetConnection(const std::string& khh, const std::string& key);
-  // The customer's set as it stands in the map (no check, nothing staged); empty if none.
-  std::shared_ptr<KelComm::KelConn> FindConnection(const std::string& khh);
-  bool ReleaseConnection(const std::string& khh);
-  // Closes every set (tear-down).
-  void CloseAll();
-  // Drops every set from the map.
-  void Clear();
-  TimerService& Timer() { return *timer_; }
+  // The customer's set, or a new one connected from `key`; the connection manager's reason
+  // (code 0) when there is none or it is unusable.
+  Result<std::shared_ptr<KelComm::KelConn>> GetConnection(const std::string& khh,
+                                                          const std::string& key);
+  // Closes every set, stops and joins the timer thread, drops the sets.
+  void TearDown();
 
  private:
   std::mutex mutex_;
   std::map<std::string, std::shared_ptr<KelComm::KelConn>> sets_;
   std::unique_ptr<TimerService> timer_;
 };
-
-// The live pool; null before SECMOLRA_Init and after SECMOLRA_Exit.
-ConnPool* Pool();
-bool CreateConnPool();
-// Withdraws the pool (Pool() is null from here on), closes every set, stops the timer thread
-// and empties it. The emptied object is kept, not freed: a host thread still inside a call
-// finishes on an empty pool and fails cleanly instead of using freed memory.
-bool TearDownConnPool();
 
 }  // namespace molra

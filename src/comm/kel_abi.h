@@ -21,6 +21,7 @@ using PublishFn = void (*)(void* ctx, int64 session);
 
 // X(name, return type, parameter list). Entries 1 and 2 are free C++ functions looked up
 // by their decorated names (see KEL_DECORATED_NAMES); all others are plain C exports.
+// clang-format off
 #define KEL_ENTRY_POINTS(X)                                                                        \
   X(Kel_GetReqBody, bool, (kel::int64 session, char*& body, int& len))                            \
   X(Kel_SetWriteData, bool, (kel::int64 session, const char* data, int len))                      \
@@ -165,6 +166,7 @@ using PublishFn = void (*)(void* ctx, int64 session);
   X(Kel_PublishEx, bool, (kel::int64 session, const char* condition))                              \
   X(Kel_GetAnsData, const char*, (kel::int64 session, kel::int32* len))                            \
   X(Kel_AnsIsMulti, bool, (kel::int64 session))
+// clang-format on
 
 // Export names of the first two entries, which the transport exports as C++ functions.
 // The Windows names are the Microsoft decoration (the real transport is built with that

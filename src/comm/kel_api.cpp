@@ -5,10 +5,13 @@
 #include <cstring>
 #include <string>
 
-#include "api/last_error.h"
+#include "core/messages.h"
+#include "secmolra.h"
 #include "util/dynlib.h"
 
 namespace kel {
+
+namespace msg = molra::msg;
 
 Api api;
 
@@ -21,7 +24,13 @@ const char* LookupName(const char* plain) {
   return plain;
 }
 
-std::string g_transport_file = "./kelapi50.dll";
+// The transport is loaded from the host's current directory.
+constexpr const char* kTransportFile = "./kelapi50.dll";
+
+// The binder's failures are recorded under no function name.
+molra::Failure Unbound(std::string message) {
+  return molra::Failure{SECMOLRA_ERR_LOAD, std::move(message), ""};
+}
 
 }  // namespace
 
@@ -29,14 +38,10 @@ std::string g_transport_file = "./kelapi50.dll";
 const char* const kEntryPointNames[kEntryPointCount] = {KEL_ENTRY_POINTS(KEL_LOOKUP_NAME)};
 #undef KEL_LOOKUP_NAME
 
-void SetTransportFileForTest(const char* path) { g_transport_file = path; }
-
-bool BindTransport() {
-  void* module = molra::LoadDynamicLibrary(g_transport_file.c_str());
+molra::Status BindTransport() {
+  void* module = molra::LoadDynamicLibrary(kTransportFile);
   if (module == nullptr) {
-    molra::SetLastError(-200, fmt::format("加载kelapi.dll失败，错误码：{}", molra::LastSystemError()),
-                        nullptr, nullptr);
-    return false;
+    return Unbound(fmt::format(msg::kLoadLibraryFailed, molra::LastSystemError()));
   }
   // Fields of Api are laid out in the same order as kEntryPointNames; bind through a
   // parallel table of field addresses so one loop serves all 123 entries.
@@ -48,14 +53,12 @@ bool BindTransport() {
   for (int i = 0; i < kEntryPointCount; ++i) {
     void* fn = molra::FindSymbol(module, kEntryPointNames[i]);
     if (fn == nullptr) {
-      molra::SetLastError(
-          -200, fmt::format("加载接口{}失败，错误码：{}", kEntryPointNames[i], molra::LastSystemError()),
-          nullptr, nullptr);
-      return false;
+      return Unbound(
+          fmt::format(msg::kLoadEntryFailed, kEntryPointNames[i], molra::LastSystemError()));
     }
     *slots[i] = fn;
   }
-  return true;
+  return molra::Ok();
 }
 
 }  // namespace kel

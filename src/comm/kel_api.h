@@ -4,6 +4,7 @@
 #pragma once
 
 #include "comm/kel_abi.h"
+#include "core/status.h"
 
 namespace kel {
 
@@ -18,11 +19,8 @@ extern Api api;
 // Names as looked up in the library, in binding order.
 extern const char* const kEntryPointNames[kEntryPointCount];
 
-// Loads the transport and binds every entry point in order. A failure records -200 in the
-// last-error record and returns false; entries already bound stay bound.
-bool BindTransport();
-
-// For tests: the file name loaded ("./kelapi50.dll" unless overridden by a test).
-void SetTransportFileForTest(const char* path);
+// Loads the transport and binds every entry point in order; -200 when the library or one of
+// its entries is missing (entries already bound stay bound).
+molra::Status BindTransport();
 
 }  // namespace kel

@@ -1,36 +1,36 @@
 // A customer's connection set: reading its profiles, connecting, closing.
 #include <fmt/format.h>
 
-#include "api/last_error.h"
 #include "comm/conn_internal.h"
-#include "comm/conn_messages.h"
 #include "comm/kel_api.h"
 #include "config/conn_profile.h"
-#include "log/log.h"
+#include "core/log.h"
+#include "core/messages.h"
 
 namespace KelComm {
 
 using namespace roles;
-namespace msg = molra::connmsg;
 
 namespace {
 constexpr kel::int32 kConnectTimeoutSeconds = 10;
 }  // namespace
 
-KelConn::KelConn(std::string k, std::uint32_t kd) : key(std::move(k)), kind(kd) {
-  if (key.empty()) return;
-  has_profile = true;
-  ReadSection(key.c_str(), primary, true);
-  std::string backup_key = FieldText(primary.backup);
-  if (!backup_key.empty()) ReadSection(backup_key.c_str(), backup, false);
+KelConn::KelConn(std::string k) : key(std::move(k)) {
+  ReadSection(key.c_str(), profile);
+  const std::string backup_key = FieldText(profile.backup);
+  if (backup_key.empty()) return;
+  // The backup section counts for its system type and ConnWithUA only: the set always
+  // connects with the key's own profile.
+  molra::ConnProfile backup;
+  const std::int32_t primary_type = system_type;
+  ReadSection(backup_key.c_str(), backup);
+  profiles_consistent_ = system_type == primary_type;
 }
 
-void KelConn::ReadSection(const char* section, molra::ConnProfile& profile, bool first) {
-  molra::ConnSectionInfo info = molra::ReadConnSection(section, profile);
-  auto type = static_cast<std::int32_t>(info.system_type);
-  if (!first && type != system_type) profiles_consistent = -1;
-  system_type = type;
-  if (type > 0) kel::api.Kel_SetDefaultSystemId(type);
+void KelConn::ReadSection(const char* section, molra::ConnProfile& into) {
+  molra::ConnSectionInfo info = molra::ReadConnSection(section, into);
+  system_type = static_cast<std::int32_t>(info.system_type);
+  if (system_type > 0) kel::api.Kel_SetDefaultSystemId(system_type);
   connect_with_ua = connect_with_ua || info.connect_with_ua;
 }
 
@@ -50,17 +50,12 @@ KelConn::~KelConn() {
   }
 }
 
-const molra::ConnProfile* KelConn::ActiveProfile() const {
-  return has_profile ? &Active() : nullptr;
-}
-
-bool KelConn::Connect(const char* khh) {
+molra::Status KelConn::Connect(const char* khh) {
   if (khh != nullptr) customer = khh;
-  if (profiles_consistent == -1) {
-    molra::StageError(0, msg::kInconsistentSystemTypes);
-    return false;
+  if (!profiles_consistent_) {
+    return molra::Failure{molra::kConnectionFailure, msg::kInconsistentSystemTypes};
   }
-  const molra::ConnProfile& p = Active();
+  const molra::ConnProfile& p = profile;
   for (Role r : kStaleCloseOrder) {
     std::atomic<kel::int64>& handle = this->*kRoles[r].handle;
     if (handle != 0 && kel::api.Kel_IsConnect(handle)) {
@@ -73,35 +68,36 @@ bool KelConn::Connect(const char* khh) {
   kel::api.Kel_SetParamEx("kelapi-nocrypt", "on");
   kel::api.Kel_SetAppInfo("molra", "");
   std::string cert = FieldText(p.cert_file);
-  if (!cert.empty()) kel::api.Kel_SetCertFile(cert.c_str(), FieldText(p.cert_pwd).c_str(), "", "", 1);
+  if (!cert.empty())
+    kel::api.Kel_SetCertFile(cert.c_str(), FieldText(p.cert_pwd).c_str(), "", "", 1);
 
   const std::string user = FieldText(p.auth_name);
   const std::string pwd = FieldText(p.auth_pwd);
   for (Role r : kOpenOrder) {
     const RoleInfo& role = kRoles[r];
     const std::string addr = FieldText(p.*role.addr);
-    kel::int64 handle = kel::api.Kel_Connect(addr.c_str(), user.c_str(), pwd.c_str(),
-                                             kConnectTimeoutSeconds);
+    kel::int64 handle =
+        kel::api.Kel_Connect(addr.c_str(), user.c_str(), pwd.c_str(), kConnectTimeoutSeconds);
     if (handle == 0) {
       char text[128] = {};
       kel::int32 len = sizeof text;
       kel::api.Kel_GetLastErrMsg(text, &len);
-      molra::StageError(0, fmt::format(msg::kConnectFailed, FieldText(text), key, addr));
-      return false;
+      return molra::Failure{molra::kConnectionFailure,
+                            fmt::format(msg::kConnectFailed, FieldText(text), key, addr)};
     }
     this->*role.handle = handle;
     MOLRA_LOG_INFO(fmt::runtime(role.connected), key, addr);
     if (role.bind_customer && BindsCustomer(p) &&
         !kel::api.Kel_SetCustomerForBindThread(handle, customer.c_str())) {
-      molra::StageError(0, fmt::format(msg::kBindFailed, key, addr, customer));
-      return false;
+      return molra::Failure{molra::kConnectionFailure,
+                            fmt::format(msg::kBindFailed, key, addr, customer)};
     }
   }
   AdmitEvents(*this);
   for (Role r : kEventOrder) {
     kel::api.Kel_SetConnEvent(this->*kRoles[r].handle, &KelConn::on_conn_event, this);
   }
-  return true;
+  return molra::Ok();
 }
 
 void KelConn::Close() {
@@ -112,16 +108,15 @@ void KelConn::Close() {
     this->*kRoles[r].handle = 0;
   }
   if (subscribe_handle != 0) {
-    for (kel::int64 id : TakeSubscriptions(ActiveGroup())) Unsubscribe(subscribe_handle, {id});
+    for (kel::int64 id : TakeSubscriptions()) Unsubscribe(subscribe_handle, {id});
   }
   kel::api.Kel_Close(subscribe_handle);
   subscribe_handle = 0;
 }
 
-std::vector<kel::int64> KelConn::TakeSubscriptions(int group) {
-  std::vector<kel::int64> ids{slots[group][kConfirmSlot].exchange(0),
-                              slots[group][kReportSlot].exchange(0)};
-  const kel::int64 displaced = displaced_confirm[group].exchange(0);
+std::vector<kel::int64> KelConn::TakeSubscriptions() {
+  std::vector<kel::int64> ids{subscriptions.confirm.exchange(0), subscriptions.match.exchange(0)};
+  const kel::int64 displaced = subscriptions.displaced_confirm.exchange(0);
   if (displaced != 0 && displaced != ids.front()) ids.push_back(displaced);
   return ids;
 }

@@ -3,28 +3,25 @@
 #include <cstring>
 #include <vector>
 
-#include "api/last_error.h"
-#include "comm/conn_messages.h"
 #include "comm/conn_pool.h"
 #include "comm/kel_api.h"
+#include "core/messages.h"
+#include "core/text.h"
 
 namespace molra {
-
-namespace msg = connmsg;
 
 KelSession& KelSession::operator=(KelSession&& o) noexcept {
   if (this != &o) {
     Release();
     handle_ = o.handle_;
     ua_ = o.ua_;
-    borrowed_ = o.borrowed_;
     o.handle_ = 0;
   }
   return *this;
 }
 
 void KelSession::Release() noexcept {
-  if (handle_ != 0 && !borrowed_ && kel::api.Kel_ReleaseSession != nullptr) {
+  if (handle_ != 0 && kel::api.Kel_ReleaseSession != nullptr) {
     kel::api.Kel_ReleaseSession(handle_);
   }
   handle_ = 0;
@@ -32,26 +29,26 @@ void KelSession::Release() noexcept {
 
 namespace {
 
-KelSession AllocSession(const KelComm::KelConn& conn, kel::int64 handle) {
+Result<KelSession> AllocSession(const KelComm::KelConn& conn, kel::int64 handle) {
   if (handle == 0 || !kel::api.Kel_IsConnect(handle)) {
-    StageError(0, msg::kSessionNotConnected);
-    return {};
+    return Failure{SECMOLRA_ERR_SESSION, msg::kSessionNotConnected};
   }
   kel::int64 session = kel::api.Kel_AllocateSession(handle);
-  if (session == 0) StageError(0, msg::kSessionFailed);
+  if (session == 0) return Failure{SECMOLRA_ERR_SESSION, msg::kSessionFailed};
   return KelSession(session, conn.connect_with_ua);
 }
 
 }  // namespace
 
-KelSession AllocManagementSession(KelComm::KelConn& conn) {
+Result<KelSession> AllocManagementSession(KelComm::KelConn& conn) {
   return AllocSession(conn, conn.mgmt_handle);
 }
-KelSession AllocTradeSession(KelComm::KelConn& conn) { return AllocSession(conn, conn.trade_handle); }
-KelSession AllocSubscribeSession(KelComm::KelConn& conn) {
+Result<KelSession> AllocTradeSession(KelComm::KelConn& conn) {
+  return AllocSession(conn, conn.trade_handle);
+}
+Result<KelSession> AllocSubscribeSession(KelComm::KelConn& conn) {
   return AllocSession(conn, conn.subscribe_handle);
 }
-KelSession AllocQuerySession(KelComm::KelConn& conn) { return AllocSession(conn, conn.query_handle); }
 
 bool CreateHead(const KelSession& session, const char* code) {
   if (code == nullptr) return false;
@@ -69,7 +66,7 @@ namespace {
 std::string TextIn(const char* text, const char* buf, std::size_t cap) {
   if (text == nullptr) return {};
   if (text != buf) return text;
-  return std::string(buf, ::strnlen(buf, cap));
+  return std::string(buf, FieldLength(buf, cap));
 }
 
 }  // namespace

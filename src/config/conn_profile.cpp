@@ -2,8 +2,8 @@
 
 #include <cstring>
 
-#include "api/last_error.h"
 #include "config/ini_file.h"
+#include "core/text.h"
 
 namespace molra {
 
@@ -49,15 +49,11 @@ ConnSectionInfo ReadConnProfile(const IniFile& ini, const char* section, ConnPro
   CopyField(p.query_addr, OrElse(text("queryaddr"), trade));
 
   CopyField(p.app_name, text("AppName"));
-  CopyField(p.yybbh, text("yybbh", "0"));
   CopyField(p.wtgy, text("wtgy"));
-  CopyField(p.node, text("node"));
   CopyField(p.backup, text("backup"));
   CopyField(p.exchange, text("exchange"));
   CopyField(p.cert_file, text("CertFile"));
   CopyField(p.cert_pwd, text("CertPwd"));
-  CopyField(p.ca_file, text("CA"));
-  CopyField(p.app_ver, text("AppVer"));
 
   p.use3rd = ini.GetBool(section, "use3rd", true);
   p.use_traders = ini.GetBool(section, "usetraders", false);

@@ -12,21 +12,33 @@
 #include <cstring>
 #include <vector>
 
-#include "api/kit_state.h"
-#include "log/log.h"
+#include "core/context.h"
+#include "core/log.h"
 
 namespace molra {
 
 bool ParseIniBool(const char* value, bool dflt) {
   if (value == nullptr || *value == '\0') return dflt;
   switch (value[0]) {
-    case '1': case 't': case 'T': case 'y': case 'Y': return true;
-    case '0': case 'f': case 'F': case 'n': case 'N': return false;
-    case 'o': case 'O':
+    case '1':
+    case 't':
+    case 'T':
+    case 'y':
+    case 'Y':
+      return true;
+    case '0':
+    case 'f':
+    case 'F':
+    case 'n':
+    case 'N':
+      return false;
+    case 'o':
+    case 'O':
       if (value[1] == 'n' || value[1] == 'N') return true;
       if (value[1] == 'f' || value[1] == 'F') return false;
       break;
-    default: break;
+    default:
+      break;
   }
   return dflt;
 }
@@ -83,33 +95,18 @@ long IniFile::GetLong(const char* section, const char* key, long dflt) const {
   return ParseIniLong(impl_->ini.GetValue(section, key, nullptr), dflt);
 }
 
-bool IniFile::HasSection(const char* section) const {
-  return impl_->ini.GetSection(section) != nullptr;
-}
+std::string ConfigFilePath() { return Host().ProfilePath() + "molra.ini"; }
 
-std::string ConfigFilePath() { return Kit().ProfilePath() + "molra.ini"; }
-
-namespace {
-// Never destroyed: the push handlers read it on transport threads, also while the process
-// ends.
-GlobalConfig& Settings() {
-  static auto* settings = new GlobalConfig();
-  return *settings;
-}
-}  // namespace
-
-const GlobalConfig& Global() { return Settings(); }
-
-bool CommInit() {
-  GlobalConfig& global = Settings();
+PushSettings CommInit() {
+  PushSettings push;
   IniFile ini;
   ini.Load(ConfigFilePath());
-  global.struct_push_msg = ini.GetBool("GLOBAL", "StructPushMsg", false);
-  global.confirm_msg_func = ini.GetString("GLOBAL", "ConfirmMsgFunc", "DM0003");
-  global.report_msg_func = ini.GetString("GLOBAL", "ReportMsgFunc", "DM0004");
+  push.struct_push_msg = ini.GetBool("GLOBAL", "StructPushMsg", false);
+  push.confirm_msg_func = ini.GetString("GLOBAL", "ConfirmMsgFunc", "DM0003");
+  push.report_msg_func = ini.GetString("GLOBAL", "ReportMsgFunc", "DM0004");
   MOLRA_LOG_INFO("CommInit success. StructPushMsg:{} ConfirmMsgFunc:{} ReportMsgFunc:{}",
-                 global.struct_push_msg, global.confirm_msg_func, global.report_msg_func);
-  return true;
+                 push.struct_push_msg, push.confirm_msg_func, push.report_msg_func);
+  return push;
 }
 
 }  // namespace molra

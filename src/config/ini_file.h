@@ -6,6 +6,8 @@
 #include <memory>
 #include <string>
 
+#include "core/context.h"
+
 namespace molra {
 
 // Boolean rule: "1", "t", "T", "y", "Y" or "on" (any case) are true; "0", "f", "F", "n",
@@ -29,7 +31,6 @@ class IniFile {
   const char* GetString(const char* section, const char* key, const char* dflt) const;
   bool GetBool(const char* section, const char* key, bool dflt) const;
   long GetLong(const char* section, const char* key, long dflt) const;
-  bool HasSection(const char* section) const;
 
  private:
   struct Impl;
@@ -39,15 +40,8 @@ class IniFile {
 // Full path of "molra.ini": the profile path followed directly by the file name.
 std::string ConfigFilePath();
 
-// The GLOBAL section: push settings read once at start-up.
-struct GlobalConfig {
-  bool struct_push_msg = false;
-  std::string confirm_msg_func = "DM0003";
-  std::string report_msg_func = "DM0004";
-};
-
-// Reads GLOBAL into the kit's settings and logs them. Always true, also without a file.
-bool CommInit();
-const GlobalConfig& Global();
+// Reads the GLOBAL section (the push settings) and logs it; a missing file gives the
+// defaults.
+PushSettings CommInit();
 
 }  // namespace molra

@@ -1,9 +1,10 @@
 // Decoding of pushed confirmation and match records into JSON texts. One table describes
 // every field of both layouts; decoding walks it once, in member order.
+#include "push/push_decode.h"
+
 #include <string>
 
-#include "push/json_text.h"
-#include "push/push_decode.h"
+#include "core/json_text.h"
 #include "push/push_handlers.h"
 
 namespace molra {
@@ -39,25 +40,44 @@ constexpr Kind T = Kind::kText, I64 = Kind::kInt64, I32 = Kind::kInt32, U8 = Kin
 // In the order of the JSON members, which is not quite the order of the record: the
 // confirmation time comes before the developer code, client serial and product fields.
 constexpr PushField kPushFields[] = {
-    F("KHH", T, 0, 13, 13),          F("ZJZH", T, 13, 26, 31),
-    F("WTH", I64, 44, 57, 8),        F("YYB", T, 52, 65, 5),
-    F("JYS", T, 57, 70, 3),          F("GDH", T, 60, 73, 11),
-    F("BPGDH", T, 71, 84, 11),       F("ZQDM", T, 82, 95, 9),
-    F("ZQLB", T, 91, 104, 9),        F("JYDY", T, 100, 113, 7),
-    F("YWLB", T, 107, 120, 3),       F("CXBZ", T, 110, 123, 2),
-    F("CJBH", T, 112, 125, 31),      F("CJSJ", T, 143, 156, 13),
-    F("BZ", T, 156, 169, 4),         F("WTJG", D, 160, 173, 8),
-    F("WTSL", I64, 168, 181, 8),     F("CDSL", I64, 176, 189, 8),
-    F("DJZJ", D, 184, 197, 8),       F("CJSL", I64, 192, 205, 8),
-    F("CJJG", D, 200, 213, 8),       F("CJJE", D, 208, 221, 8),
-    F("ZCJSL", I64, 216, 229, 8),    F("ZCJJE", D, 224, 237, 8),
-    F("QSZJ", D, 232, 245, 8),       F("JYLB", U8, 240, 253, 1),
-    F("DDLX", I32, 241, 254, 4),     F("SBJG", I32, 245, 258, 4),
-    F("JGSM", T, 249, 262, 61),      F("CXWTH", I64, 310, 323, 8),
-    F("LSH", I64, 318, 331, 8),      F("WTGY", T, 326, 339, 9),
-    F("QRSJ", T, 389, 402, 13),      F("KFSDM", T, kAbsent, 370, 7),
-    F("KFSBDBH", T, 364, 377, 17),   F("JYSCPFL", T, 335, 348, 11),
-    F("JYSCPXH", T, 346, 359, 18, 11), F("MSGCODE", T, 381, 394, 8),
+    F("KHH", T, 0, 13, 13),
+    F("ZJZH", T, 13, 26, 31),
+    F("WTH", I64, 44, 57, 8),
+    F("YYB", T, 52, 65, 5),
+    F("JYS", T, 57, 70, 3),
+    F("GDH", T, 60, 73, 11),
+    F("BPGDH", T, 71, 84, 11),
+    F("ZQDM", T, 82, 95, 9),
+    F("ZQLB", T, 91, 104, 9),
+    F("JYDY", T, 100, 113, 7),
+    F("YWLB", T, 107, 120, 3),
+    F("CXBZ", T, 110, 123, 2),
+    F("CJBH", T, 112, 125, 31),
+    F("CJSJ", T, 143, 156, 13),
+    F("BZ", T, 156, 169, 4),
+    F("WTJG", D, 160, 173, 8),
+    F("WTSL", I64, 168, 181, 8),
+    F("CDSL", I64, 176, 189, 8),
+    F("DJZJ", D, 184, 197, 8),
+    F("CJSL", I64, 192, 205, 8),
+    F("CJJG", D, 200, 213, 8),
+    F("CJJE", D, 208, 221, 8),
+    F("ZCJSL", I64, 216, 229, 8),
+    F("ZCJJE", D, 224, 237, 8),
+    F("QSZJ", D, 232, 245, 8),
+    F("JYLB", U8, 240, 253, 1),
+    F("DDLX", I32, 241, 254, 4),
+    F("SBJG", I32, 245, 258, 4),
+    F("JGSM", T, 249, 262, 61),
+    F("CXWTH", I64, 310, 323, 8),
+    F("LSH", I64, 318, 331, 8),
+    F("WTGY", T, 326, 339, 9),
+    F("QRSJ", T, 389, 402, 13),
+    F("KFSDM", T, kAbsent, 370, 7),
+    F("KFSBDBH", T, 364, 377, 17),
+    F("JYSCPFL", T, 335, 348, 11),
+    F("JYSCPXH", T, 346, 359, 18, 11),
+    F("MSGCODE", T, 381, 394, 8),
 };
 
 constexpr int kRecordLen[2] = {kConfirmRecordLen, kStructPushRecordLen};
@@ -114,11 +134,21 @@ static_assert(kCxbz.offset[kConfirm] == 110 && kSbjg.offset[kConfirm] == 245, "t
 inline void WriteField(JsonWriter& w, const PushField& f, const char* p, int width) {
   w.Key(f.key, f.key_len);
   switch (f.kind) {
-    case Kind::kText: WriteText(w, p, static_cast<std::size_t>(width)); break;
-    case Kind::kInt64: w.Int64(LoadAt<std::int64_t>(p)); break;
-    case Kind::kInt32: w.Int(LoadAt<std::int32_t>(p)); break;
-    case Kind::kUint8: w.Uint(static_cast<unsigned char>(*p)); break;
-    case Kind::kDouble: WriteDouble(w, LoadAt<double>(p)); break;
+    case Kind::kText:
+      WriteText(w, p, static_cast<std::size_t>(width));
+      break;
+    case Kind::kInt64:
+      w.Int64(LoadAt<std::int64_t>(p));
+      break;
+    case Kind::kInt32:
+      w.Int(LoadAt<std::int32_t>(p));
+      break;
+    case Kind::kUint8:
+      w.Uint(static_cast<unsigned char>(*p));
+      break;
+    case Kind::kDouble:
+      WriteDouble(w, LoadAt<double>(p));
+      break;
   }
 }
 

@@ -2,7 +2,7 @@
 // anything that needs the text without a copy use this; DecodePush wraps it).
 #pragma once
 
-#include "push/json_text.h"
+#include "core/json_text.h"
 
 namespace molra {
 

@@ -2,11 +2,10 @@
 // per-subscription handlers. They run on transport threads and keep no state.
 #include "push/push_handlers.h"
 
-#include "api/guard.h"
-#include "api/kit_state.h"
 #include "comm/kel_api.h"
-#include "config/ini_file.h"
-#include "log/log.h"
+#include "core/context.h"
+#include "core/guard.h"
+#include "core/log.h"
 #include "push/push_decode.h"
 
 namespace molra {
@@ -25,7 +24,7 @@ std::int64_t FunctionNumber(const std::string& code) {
 
 // Nothing is built or logged unless a message callback is set.
 void DeliverPush(const char* name, const char* record, bool structured, int type) {
-  const HostCallback cb = Kit().msg_callback.load(std::memory_order_acquire);
+  const HostCallback cb = Host().msg_callback.load(std::memory_order_acquire);
   if (cb == nullptr) return;
   JsonText text;
   WritePush(text.writer(), record, structured, type);
@@ -47,34 +46,37 @@ bool SubscriptionPush(const char* name, kel::int64 session, bool confirmation) {
 
 }  // namespace
 
-void ScStructMsgProc(void*, kel::int32 func, kel::int32 len, const char* data) {
+void ScStructMsgProc(void* ctx, kel::int32 func, kel::int32 len, const char* data) {
   static const char kName[] = "ScStructMsgProc";
-  Guard(kName, kNoResult, [&] {
-    if (data != nullptr && len >= kStructPushRecordLen) {
-      const GlobalConfig& config = Global();
-      if (func == FunctionNumber(config.confirm_msg_func)) {
-        DeliverPush(kName, data, true, ConfirmType(data, true));
-        return;
-      }
-      if (func == FunctionNumber(config.report_msg_func)) {
-        DeliverPush(kName, data, true, kPushMatch);
-        return;
-      }
-    }
-    MOLRA_LOG_INFO("{} received unknow message. func:{} datalen:{}", kName, func, len);
-  }, Boundary::kEvent);
+  Guard(
+      kName, kNoResult,
+      [&] {
+        const auto* push = static_cast<const PushSettings*>(ctx);
+        if (push != nullptr && data != nullptr && len >= kStructPushRecordLen) {
+          if (func == FunctionNumber(push->confirm_msg_func)) {
+            DeliverPush(kName, data, true, ConfirmType(data, true));
+            return;
+          }
+          if (func == FunctionNumber(push->report_msg_func)) {
+            DeliverPush(kName, data, true, kPushMatch);
+            return;
+          }
+        }
+        MOLRA_LOG_INFO("{} received unknow message. func:{} datalen:{}", kName, func, len);
+      },
+      Boundary::kEvent);
 }
 
 bool ScOrderMsgProcess(void*, kel::int64 session) {
-  return Guard("ScOrderMsgProcess", false, [&] {
-    return SubscriptionPush("ScOrderMsgProcess", session, true);
-  }, Boundary::kEvent);
+  return Guard(
+      "ScOrderMsgProcess", false,
+      [&] { return SubscriptionPush("ScOrderMsgProcess", session, true); }, Boundary::kEvent);
 }
 
 bool ScReportMsgProcess(void*, kel::int64 session) {
-  return Guard("ScReportMsgProcess", false, [&] {
-    return SubscriptionPush("ScReportMsgProcess", session, false);
-  }, Boundary::kEvent);
+  return Guard(
+      "ScReportMsgProcess", false,
+      [&] { return SubscriptionPush("ScReportMsgProcess", session, false); }, Boundary::kEvent);
 }
 
 }  // namespace molra

@@ -10,17 +10,17 @@
 namespace molra {
 
 // Global structured publish handler (StructPushMsg on): registered with
-// Kel_RegGlobalStructPublishFunc.
+// Kel_RegGlobalStructPublishFunc, with the kit's PushSettings as ctx.
 void ScStructMsgProc(void* ctx, kel::int32 func, kel::int32 len, const char* data);
 // Per-subscription handlers (StructPushMsg off): passed to Kel_Subscribe.
 bool ScOrderMsgProcess(void* ctx, kel::int64 session);
 bool ScReportMsgProcess(void* ctx, kel::int64 session);
 
 // Message types of the message callback, also "TYPE" inside the text.
-constexpr int kPushConfirm = 8;      // order confirmation
-constexpr int kPushWithdrawal = 9;   // confirmation of a withdrawal (CXBZ "W")
-constexpr int kPushMatch = 10;       // match report
-constexpr int kPushRefused = 11;     // refused declaration (SBJG 3 or 9)
+constexpr int kPushConfirm = 8;     // order confirmation
+constexpr int kPushWithdrawal = 9;  // confirmation of a withdrawal (CXBZ "W")
+constexpr int kPushMatch = 10;      // match report
+constexpr int kPushRefused = 11;    // refused declaration (SBJG 3 or 9)
 
 // Record sizes of the two push layouts.
 constexpr int kConfirmRecordLen = 402;

@@ -5,11 +5,10 @@
 #include <atomic>
 #include <mutex>
 
-#include "account/registry.h"
 #include "comm/conn_pool.h"
 #include "comm/kel_api.h"
-#include "config/ini_file.h"
-#include "log/log.h"
+#include "core/context.h"
+#include "core/log.h"
 #include "push/push_handlers.h"
 #include "util/field_ids.h"
 
@@ -18,8 +17,6 @@ namespace molra {
 namespace {
 
 constexpr const char* kFunc = "SubscribeTradeMsg";
-constexpr int kConfirmSlot = KelComm::KelConn::kConfirmSlot;
-constexpr int kMatchSlot = KelComm::KelConn::kReportSlot;
 
 // One of the two subscriptions: the confirmations ("qr") or the match reports ("cj").
 struct Subscription {
@@ -29,19 +26,20 @@ struct Subscription {
   kel::SubscribeFn handler;  // null: pushes go to the global structured handler
 };
 
-void Subscribe(KelComm::KelConn& conn, const std::string& khh, const std::string& condition,
+void Subscribe(KelComm::KelConn& conn, std::int32_t node_id, const std::string& condition,
                const Subscription& sub) {
-  KelSession session = AllocSubscribeSession(conn);
+  Result<KelSession> session = AllocSubscribeSession(conn);
   bool ok = false;
   if (session) {
-    kel::api.Kel_SetNodeId(session.handle(), CustomerNodeId(khh));
+    const kel::int64 h = session->handle();
+    kel::api.Kel_SetNodeId(h, node_id);
     // Pushes name the back end's system type 4; other types have no trade messages.
-    if (conn.system_type == 4) {
-      CreateHead(session, sub.func_code.c_str());
-      kel::api.Kel_SetSubsCondi(session.handle(), condition.c_str());
+    if (conn.system_type == kSystemType) {
+      CreateHead(*session, sub.func_code.c_str());
+      kel::api.Kel_SetSubsCondi(h, condition.c_str());
       // The transport stores the id in the slot it is given; the slot is published once.
       kel::int64 id = sub.slot.load();
-      ok = kel::api.Kel_Subscribe(session.handle(), &id, sub.handler, nullptr);
+      ok = kel::api.Kel_Subscribe(h, &id, sub.handler, nullptr);
       sub.slot.store(id);
     }
   }
@@ -54,32 +52,33 @@ void Subscribe(KelComm::KelConn& conn, const std::string& khh, const std::string
 
 }  // namespace
 
-void SubscribeTradeMsg(const std::string& khh, std::shared_ptr<KelComm::KelConn> conn) {
-  const GlobalConfig& global = Global();
-  const bool structured = global.struct_push_msg;
-  if (structured) kel::api.Kel_RegGlobalStructPublishFunc(&ScStructMsgProc, nullptr);
+void SubscribeTradeMsg(const PushSettings& push, const std::string& khh, std::int32_t node_id,
+                       const std::shared_ptr<KelComm::KelConn>& conn) {
+  const bool structured = push.struct_push_msg;
+  if (structured) {
+    kel::api.Kel_RegGlobalStructPublishFunc(&ScStructMsgProc, const_cast<PushSettings*>(&push));
+  }
   if (khh.empty() || !conn) return;
+  KelComm::KelConn::Subscriptions& ids = conn->subscriptions;
   // A second login of the customer at the same moment waits here, then finds it subscribed.
-  std::lock_guard<std::mutex> lock(conn->subscribe_mutex);
-  std::atomic<kel::int64>* slots = conn->ActiveSlots();
-  if (slots[kConfirmSlot] >= 1) {
+  std::lock_guard<std::mutex> lock(ids.mutex);
+  if (ids.confirm >= 1) {
     MOLRA_LOG_INFO("{} qr already subscribe", kFunc);
     return;
   }
-  if (slots[kMatchSlot] >= 1) {
+  if (ids.match >= 1) {
     MOLRA_LOG_INFO("{} cj already subscribe", kFunc);
     return;
   }
   const std::string condition = fmt::format("getstring({})=='{}'", fid::KHH, khh);
-  Subscribe(*conn, khh, condition,
-            {"qr", global.confirm_msg_func, slots[kConfirmSlot],
-             structured ? nullptr : &ScOrderMsgProcess});
-  // With structured pushes the match subscription shares the confirmation slot, so the
-  // match slot stays 0 and a repeated login stops at "qr already subscribe". The
-  // confirmation id is kept apart for the cancellation.
-  if (structured) conn->displaced_confirm[conn->ActiveGroup()].store(slots[kConfirmSlot].load());
-  Subscribe(*conn, khh, condition,
-            {"cj", global.report_msg_func, slots[structured ? kConfirmSlot : kMatchSlot],
+  Subscribe(*conn, node_id, condition,
+            {"qr", push.confirm_msg_func, ids.confirm, structured ? nullptr : &ScOrderMsgProcess});
+  // With structured pushes the match subscription takes the confirmation id's place, so the
+  // match id stays 0 and a repeated login stops at "qr already subscribe". The confirmation
+  // id is kept apart for the cancellation.
+  if (structured) ids.displaced_confirm.store(ids.confirm.load());
+  Subscribe(*conn, node_id, condition,
+            {"cj", push.report_msg_func, structured ? ids.confirm : ids.match,
              structured ? nullptr : &ScReportMsgProcess});
 }
 

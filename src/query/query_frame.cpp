@@ -1,10 +1,9 @@
 #include "query/query_frame.h"
 
 #include <algorithm>
-#include <cstring>
 
-#include "api/last_error.h"
 #include "comm/kel_api.h"
+#include "core/messages.h"
 #include "util/field_ids.h"
 
 namespace molra::query {
@@ -17,71 +16,42 @@ CusLoginInfo MakeLoginInfo(const char* khh) {
   return info;
 }
 
-bool QueryCaller::Check(const char* export_name) {
-  bool null = ex_form_ ? ex_ == nullptr : khh_arg_ == nullptr;
-  if (null) {
-    SetLastError(SECMOLRA_ERR_ARGUMENT, "非法参数", export_name, nullptr);
-    return false;
-  }
-  if (khh().empty()) {
-    SetLastError(SECMOLRA_ERR_ARGUMENT, "客户号不能为空", export_name, nullptr);
-    return false;
-  }
-  return true;
+Status QueryCaller::Check() const {
+  const bool null = ex_form_ ? ex_ == nullptr : khh_arg_ == nullptr;
+  if (null) return Failure{SECMOLRA_ERR_ARGUMENT, msg::kIllegalArgument};
+  if (khh().empty()) return Failure{SECMOLRA_ERR_ARGUMENT, msg::kKhhEmpty};
+  return Ok();
 }
 
-bool RunRequest(const char* func, CusLoginInfo* info, const char* func_code,
-                const ReqFields& fields, Answer& out, std::int64_t& code) {
-  if (info == nullptr) {
-    code = Fail(SECMOLRA_ERR_ARGUMENT, "非法参数", func, nullptr);
-    return false;
-  }
-  std::string khh = KhhOf(*info);
-  if (khh.empty()) {
-    code = Fail(SECMOLRA_ERR_ARGUMENT, "客户号不能为空", func, info);
-    return false;
-  }
-  ErrorRecord err;
-  if (!FindCustomer(khh, out.customer, err)) {
-    code = Fail(err.code, err.message, func, info);
-    return false;
-  }
-  std::int32_t node_id = info->NodeID >= 1 ? info->NodeID : NodeTable().Get(khh);
-  out.session = AllocTradeSession(*out.customer.conn);
-  if (!out.session) {
-    code = Fail(SECMOLRA_ERR_SESSION, GetStagedError().message, func, info);
-    return false;
-  }
-  kel::int64 h = out.session.handle();
-  CreateHead(out.session, func_code);
-  kel::api.Kel_SetNodeId(h, node_id);
-  SetRequestFields(h, {ReqField::Text(fid::KHH, khh)});
-  SetRequestFields(h, fields);
-  if (!kel::api.Kel_Run(h)) {
-    code = Fail(SECMOLRA_ERR_SEND, "发送请求失败", func, info);
-    return false;
-  }
-  code = kel::api.Kel_GetCode(h);
-  if (code < 0) {
-    Fail(code, GetErrorString(h), func, info);
-    return false;
-  }
-  return true;
+Result<Answer> CustomerRequest(const char* worker, CusLoginInfo* info, const char* func_code,
+                               const ReqFields& fields) {
+  if (info == nullptr) return Failure{SECMOLRA_ERR_ARGUMENT, msg::kIllegalArgument, worker};
+  const std::string khh = KhhOf(*info);
+  if (khh.empty()) return Failure{SECMOLRA_ERR_ARGUMENT, msg::kKhhEmpty, worker, info};
+  Result<Customer> customer = FindCustomer(khh);
+  if (!customer) return customer.TakeFailure().At(worker, info);
+  Result<KelSession> session = AllocTradeSession(*customer->conn);
+  if (!session) return session.TakeFailure().At(worker, info);
+  const std::int32_t node_id = info->NodeID >= 1 ? info->NodeID : customer->node_id;
+  KvRequest request{{}, func_code, {ReqField::NodeId(node_id), ReqField::Text(fid::KHH, khh)}};
+  request.fields.insert(request.fields.end(), fields.begin(), fields.end());
+  Result<KvAnswer> answer = RunRequest(std::move(*session), request, kNonNegativeCode);
+  if (!answer) return answer.TakeFailure().At(worker, info);
+  return Answer{std::move(*customer), std::move(answer->session)};
 }
 
-std::int64_t RunQuery(const QuerySpec& spec, CusLoginInfo* info, const ReqFields& fields,
-                      const RowSink& sink) {
-  Answer answer;
-  std::int64_t code = 0;
-  if (!RunRequest(spec.worker, info, spec.func_code, fields, answer, code)) return code;
-  kel::int64 h = answer.session.handle();
+Result<std::int64_t> RunQuery(const QuerySpec& spec, CusLoginInfo* info, const ReqFields& fields,
+                              const RowSink& sink) {
+  Result<Answer> answer = CustomerRequest(spec.worker, info, spec.func_code, fields);
+  if (!answer) return answer.TakeFailure();
+  const kel::int64 h = answer->session.handle();
   std::vector<char> record(spec.layout.size, 0);
   std::int64_t appended = 0;
-  kel::int32 rows = kel::api.Kel_GetCount(h);
+  const kel::int32 rows = kel::api.Kel_GetCount(h);
   for (kel::int32 row = 0; row < rows; ++row) {
     if (spec.rows == RowMode::kRecheckAnswerCode) {
-      code = kel::api.Kel_GetCode(h);
-      if (code < 0) return Fail(code, GetErrorString(h), spec.worker, info);
+      const std::int64_t code = kel::api.Kel_GetCode(h);
+      if (code < 0) return Failure{code, GetErrorString(h), spec.worker, info};
     } else {
       if (kel::api.Kel_GetLong(h, fid::ROW_STATE, row) < 0) continue;
       std::fill(record.begin(), record.end(), 0);

@@ -9,10 +9,11 @@
 #include <string>
 #include <vector>
 
-#include "account/registry.h"
-#include "api/last_error.h"
 #include "comm/conn_pool.h"
+#include "comm/customer.h"
 #include "comm/kv_request.h"
+#include "core/status.h"
+#include "core/text.h"
 #include "query/query_table.h"
 #include "secmolra.h"
 
@@ -21,42 +22,30 @@ namespace molra::query {
 // A login record as the plain exports build it: zero, node id -1, token -1, KHH (at most 16
 // bytes; null gives "").
 CusLoginInfo MakeLoginInfo(const char* khh);
-// The text of a fixed-width field, which is not terminated when full.
-template <std::size_t N>
-std::string FixedText(const char (&field)[N]) {
-  const void* nul = std::memchr(field, '\0', N);
-  return std::string(field, nul ? static_cast<std::size_t>(static_cast<const char*>(nul) - field) : N);
-}
-inline std::string KhhOf(const CusLoginInfo& info) { return FixedText(info.KHH); }
+inline std::string KhhOf(const CusLoginInfo& info) { return FieldText(info.KHH); }
 
-// A request run on a logged-in customer's connection set; on success the session holds the
-// answer.
+// A request run on a logged-in customer's connection set; the session holds the answer.
 struct Answer {
   Customer customer;
   KelSession session;
 };
 
-// Steps shared by every request of the frame. Errors are stored with `func` and `info` as
-// extra; on failure `code` is the error's code (0 for a staged connection failure) and false
-// is returned.
-bool RunRequest(const char* func, CusLoginInfo* info, const char* func_code,
-                const ReqFields& fields, Answer& out, std::int64_t& code);
+// Steps shared by every request of the frame: "605 = KHH" and `fields` after the head and
+// the node id. Failures carry `worker` as function name and `info` as account.
+Result<Answer> CustomerRequest(const char* worker, CusLoginInfo* info, const char* func_code,
+                               const ReqFields& fields);
 
 using RowSink = std::function<void(const char* record)>;
-// The worker: RunRequest, then one record per accepted row handed to `sink`. Returns the
-// number of records handed over, or the error's code.
-std::int64_t RunQuery(const QuerySpec& spec, CusLoginInfo* info, const ReqFields& fields,
-                      const RowSink& sink);
+// The worker: the request, then one record per accepted row handed to `sink`. The number of
+// records handed over.
+Result<std::int64_t> RunQuery(const QuerySpec& spec, CusLoginInfo* info, const ReqFields& fields,
+                              const RowSink& sink);
 
+// The query of record type R (QueryOf), its rows appended to `list`.
 template <typename R>
-std::int64_t RunQueryInto(QueryKind kind, CusLoginInfo* info, const ReqFields& fields,
-                          std::vector<R>& list) {
-  const QuerySpec& spec = Spec(kind);
-  if (spec.layout.size != sizeof(R)) {  // the table and the record type disagree
-    SetLastError(SECMOLRA_ERR_ANSWER, "记录长度不符", spec.worker, info);
-    return SECMOLRA_ERR_ANSWER;
-  }
-  return RunQuery(spec, info, fields, [&list](const char* record) {
+Result<std::int64_t> RunQueryInto(CusLoginInfo* info, const ReqFields& fields,
+                                  std::vector<R>& list) {
+  return RunQuery(Spec(QueryOf<R>::kind), info, fields, [&list](const char* record) {
     R r;
     std::memcpy(&r, record, sizeof r);
     list.push_back(r);
@@ -69,27 +58,33 @@ class QueryCaller {
   explicit QueryCaller(const char* khh) : khh_arg_(khh), own_(MakeLoginInfo(khh)) {}
   explicit QueryCaller(CusLoginInfo* info) : ex_(info), ex_form_(true) {}
 
-  // Export steps 1 and 2: empties the list; a null or empty KHH is -221 under `export_name`.
+  // Empties the list; a null or empty KHH is -221 under the export's name.
   template <typename R>
-  bool Begin(const char* export_name, std::vector<R>& list) {
+  Status Begin(std::vector<R>& list) {
     list.clear();
-    return Check(export_name);
+    return Check();
   }
-  bool Check(const char* export_name);
   CusLoginInfo* info() { return ex_form_ ? ex_ : &own_; }
-  std::string khh() const { return ex_form_ ? (ex_ ? KhhOf(*ex_) : std::string()) : LogText(khh_arg_); }
+  // A query's result as the export reports it: the plain form's own record gets no copy.
+  Result<std::int64_t> Finish(Result<std::int64_t> r) const {
+    return DropAccount(std::move(r), &own_);
+  }
+  std::string khh() const {
+    return ex_form_ ? (ex_ != nullptr ? KhhOf(*ex_) : std::string()) : LogText(khh_arg_);
+  }
 
  private:
+  Status Check() const;
   const char* khh_arg_ = nullptr;
   CusLoginInfo own_{};
   CusLoginInfo* ex_ = nullptr;
   bool ex_form_ = false;
 };
 
-// The ETF-share query's own check of the fund code (-221 under "SECMOLRA_QueryETFShare"),
-// and its worker, which expects a checked fund code.
-bool CheckFundCode(const char* jjdm);
-std::int64_t QueryETFShare(CusLoginInfo* info, const char* jjdm,
-                           std::vector<ETFShareRecord>& list);
+// The ETF-share query's own check of the fund code (-221, under the name
+// "SECMOLRA_QueryETFShare" for every form), and its worker, which expects a checked code.
+Status CheckFundCode(const char* jjdm);
+Result<std::int64_t> QueryETFShare(CusLoginInfo* info, const char* jjdm,
+                                   std::vector<ETFShareRecord>& list);
 
 }  // namespace molra::query

@@ -12,9 +12,10 @@ namespace molra::query {
 
 namespace {
 
-template <std::size_t N>
-constexpr RecordLayout Layout(const FieldSpec (&fields)[N], std::size_t size) {
-  return RecordLayout{fields, N, size};
+// The layout of records R: their fields, their size.
+template <typename R, std::size_t N>
+constexpr RecordLayout Layout(const FieldSpec (&fields)[N]) {
+  return RecordLayout{fields, N, sizeof(R)};
 }
 
 const FieldSpec kFundFields[] = {
@@ -55,69 +56,43 @@ const FieldSpec kPSQYFields[] = {
 };
 
 const FieldSpec kOrderFields[] = {
-    MOLRA_FIELD(OrderRecord, KHH, fid::KHH),
-    MOLRA_FIELD(OrderRecord, JYS, fid::JYS),
-    MOLRA_FIELD(OrderRecord, GDH, fid::GDH),
-    MOLRA_FIELD(OrderRecord, ZQDM, fid::ZQDM),
-    MOLRA_FIELD(OrderRecord, ZQMC, fid::ZQMC),
-    MOLRA_FIELD(OrderRecord, WTH, fid::WTH),
-    MOLRA_FIELD(OrderRecord, JYLB, fid::JYLB),
-    MOLRA_FIELD(OrderRecord, WTSL, fid::WTSL),
-    MOLRA_FIELD(OrderRecord, WTJG, fid::WTJG),
-    MOLRA_FIELD(OrderRecord, DDLX, fid::DDLX),
-    MOLRA_FIELD(OrderRecord, WTSJ, fid::WTSJ),
-    MOLRA_FIELD(OrderRecord, CJSL, fid::CJSL),
-    MOLRA_FIELD(OrderRecord, CJJG, fid::CJJG),
-    MOLRA_FIELD(OrderRecord, CJJE, fid::CJJE),
-    MOLRA_FIELD(OrderRecord, CDSL, fid::CDSL),
-    MOLRA_FIELD(OrderRecord, SBJG, fid::SBJG),
-    MOLRA_FIELD(OrderRecord, JGSM, fid::JGSM),
-    MOLRA_FIELD(OrderRecord, CXBZ, fid::CXBZ),
-    MOLRA_FIELD(OrderRecord, KFSBDBH, fid::KFSBDBH),
-    MOLRA_FIELD(OrderRecord, WTPCH, fid::WTPCH),
-    MOLRA_FIELD(OrderRecord, DJZJ, fid::DJZJ),
-    MOLRA_FIELD(OrderRecord, ZJZH, fid::ZJZH),
+    MOLRA_FIELD(OrderRecord, KHH, fid::KHH),         MOLRA_FIELD(OrderRecord, JYS, fid::JYS),
+    MOLRA_FIELD(OrderRecord, GDH, fid::GDH),         MOLRA_FIELD(OrderRecord, ZQDM, fid::ZQDM),
+    MOLRA_FIELD(OrderRecord, ZQMC, fid::ZQMC),       MOLRA_FIELD(OrderRecord, WTH, fid::WTH),
+    MOLRA_FIELD(OrderRecord, JYLB, fid::JYLB),       MOLRA_FIELD(OrderRecord, WTSL, fid::WTSL),
+    MOLRA_FIELD(OrderRecord, WTJG, fid::WTJG),       MOLRA_FIELD(OrderRecord, DDLX, fid::DDLX),
+    MOLRA_FIELD(OrderRecord, WTSJ, fid::WTSJ),       MOLRA_FIELD(OrderRecord, CJSL, fid::CJSL),
+    MOLRA_FIELD(OrderRecord, CJJG, fid::CJJG),       MOLRA_FIELD(OrderRecord, CJJE, fid::CJJE),
+    MOLRA_FIELD(OrderRecord, CDSL, fid::CDSL),       MOLRA_FIELD(OrderRecord, SBJG, fid::SBJG),
+    MOLRA_FIELD(OrderRecord, JGSM, fid::JGSM),       MOLRA_FIELD(OrderRecord, CXBZ, fid::CXBZ),
+    MOLRA_FIELD(OrderRecord, KFSBDBH, fid::KFSBDBH), MOLRA_FIELD(OrderRecord, WTPCH, fid::WTPCH),
+    MOLRA_FIELD(OrderRecord, DJZJ, fid::DJZJ),       MOLRA_FIELD(OrderRecord, ZJZH, fid::ZJZH),
     MOLRA_FIELD(OrderRecord, BZ, fid::BZ),
 };
 
 const FieldSpec kMatchFields[] = {
-    MOLRA_FIELD(MatchRecord, KHH, fid::KHH),
-    MOLRA_FIELD(MatchRecord, JYS, fid::JYS),
-    MOLRA_FIELD(MatchRecord, GDH, fid::GDH),
-    MOLRA_FIELD(MatchRecord, ZQDM, fid::ZQDM),
-    MOLRA_FIELD(MatchRecord, ZQMC, fid::ZQMC),
-    MOLRA_FIELD(MatchRecord, WTH, fid::WTH),
-    MOLRA_FIELD(MatchRecord, JYLB, fid::JYLB),
-    MOLRA_FIELD(MatchRecord, CJSL, fid::CJSL),
-    MOLRA_FIELD(MatchRecord, CJJG, fid::CJJG),
-    MOLRA_FIELD(MatchRecord, CJJE, fid::CJJE),
-    MOLRA_FIELD(MatchRecord, CJBH, fid::CJBH),
-    MOLRA_FIELD(MatchRecord, CJSJ, fid::CJSJ),
+    MOLRA_FIELD(MatchRecord, KHH, fid::KHH),         MOLRA_FIELD(MatchRecord, JYS, fid::JYS),
+    MOLRA_FIELD(MatchRecord, GDH, fid::GDH),         MOLRA_FIELD(MatchRecord, ZQDM, fid::ZQDM),
+    MOLRA_FIELD(MatchRecord, ZQMC, fid::ZQMC),       MOLRA_FIELD(MatchRecord, WTH, fid::WTH),
+    MOLRA_FIELD(MatchRecord, JYLB, fid::JYLB),       MOLRA_FIELD(MatchRecord, CJSL, fid::CJSL),
+    MOLRA_FIELD(MatchRecord, CJJG, fid::CJJG),       MOLRA_FIELD(MatchRecord, CJJE, fid::CJJE),
+    MOLRA_FIELD(MatchRecord, CJBH, fid::CJBH),       MOLRA_FIELD(MatchRecord, CJSJ, fid::CJSJ),
     MOLRA_FIELD(MatchRecord, KFSBDBH, fid::KFSBDBH),
 };
 
 const FieldSpec kPositionFields[] = {
-    MOLRA_FIELD(PositionRecord, KHH, fid::KHH),
-    MOLRA_FIELD(PositionRecord, JYS, fid::JYS),
-    MOLRA_FIELD(PositionRecord, GDH, fid::GDH),
-    MOLRA_FIELD(PositionRecord, ZQDM, fid::ZQDM),
-    MOLRA_FIELD(PositionRecord, ZQMC, fid::ZQMC),
-    MOLRA_FIELD(PositionRecord, GFYE, fid::GFYE),
-    MOLRA_FIELD(PositionRecord, KMSL, fid::KMSL),
-    MOLRA_FIELD(PositionRecord, CBJ, fid::CBJ),
-    MOLRA_FIELD(PositionRecord, ZXJ, fid::ZXJ),
-    MOLRA_FIELD(PositionRecord, ZXSZ, fid::ZXSZ),
-    MOLRA_FIELD(PositionRecord, FDYK, fid::FDYK),
-    MOLRA_FIELD(PositionRecord, BZ, fid::BZ),
+    MOLRA_FIELD(PositionRecord, KHH, fid::KHH),   MOLRA_FIELD(PositionRecord, JYS, fid::JYS),
+    MOLRA_FIELD(PositionRecord, GDH, fid::GDH),   MOLRA_FIELD(PositionRecord, ZQDM, fid::ZQDM),
+    MOLRA_FIELD(PositionRecord, ZQMC, fid::ZQMC), MOLRA_FIELD(PositionRecord, GFYE, fid::GFYE),
+    MOLRA_FIELD(PositionRecord, KMSL, fid::KMSL), MOLRA_FIELD(PositionRecord, CBJ, fid::CBJ),
+    MOLRA_FIELD(PositionRecord, ZXJ, fid::ZXJ),   MOLRA_FIELD(PositionRecord, ZXSZ, fid::ZXSZ),
+    MOLRA_FIELD(PositionRecord, FDYK, fid::FDYK), MOLRA_FIELD(PositionRecord, BZ, fid::BZ),
 };
 
 const FieldSpec kETFShareFields[] = {
-    MOLRA_FIELD(ETFShareRecord, KHH, fid::KHH),
-    MOLRA_FIELD(ETFShareRecord, JYS, fid::JYS),
-    MOLRA_FIELD(ETFShareRecord, GDH, fid::GDH),
-    MOLRA_FIELD(ETFShareRecord, JJDM, fid::JJDM),
-    MOLRA_FIELD(ETFShareRecord, ZQDM, fid::ZQDM),
-    MOLRA_FIELD(ETFShareRecord, FESL, fid::FESL),
+    MOLRA_FIELD(ETFShareRecord, KHH, fid::KHH),   MOLRA_FIELD(ETFShareRecord, JYS, fid::JYS),
+    MOLRA_FIELD(ETFShareRecord, GDH, fid::GDH),   MOLRA_FIELD(ETFShareRecord, JJDM, fid::JJDM),
+    MOLRA_FIELD(ETFShareRecord, ZQDM, fid::ZQDM), MOLRA_FIELD(ETFShareRecord, FESL, fid::FESL),
 };
 
 const FieldSpec kZJHBCLFields[] = {
@@ -132,26 +107,18 @@ const FieldSpec kJDKYZJFields[] = {
     MOLRA_FIELD(JDKYZJRecord, KYZJ, fid::FUND_AMOUNT1),
 };
 
-// Indexed by QueryKind.
+// Indexed by QueryKind; each row reads the records QueryOf names for its kind.
 const QuerySpec kQueries[] = {
-    {"QueryZjxx", "DQ0003", Layout(kFundFields, sizeof(FundRecord)),
+    {"QueryZjxx", "DQ0003", Layout<FundRecord>(kFundFields), RowMode::kSkipNegativeState},
+    {"QueryGDH", "D00734", Layout<AccountRecord>(kAccountFields), RowMode::kSkipNegativeState},
+    {"QueryPSQY", "D00985", Layout<PSQYRecord>(kPSQYFields), RowMode::kRecheckAnswerCode},
+    {"QueryWtxx", "D00751", Layout<OrderRecord>(kOrderFields), RowMode::kSkipNegativeState},
+    {"QueryCjxx", "D00752", Layout<MatchRecord>(kMatchFields), RowMode::kSkipNegativeState},
+    {"QueryCcxx", "D00753", Layout<PositionRecord>(kPositionFields), RowMode::kSkipNegativeState},
+    {"QueryETFShare", "D00754", Layout<ETFShareRecord>(kETFShareFields),
      RowMode::kSkipNegativeState},
-    {"QueryGDH", "D00734", Layout(kAccountFields, sizeof(AccountRecord)),
-     RowMode::kSkipNegativeState},
-    {"QueryPSQY", "D00985", Layout(kPSQYFields, sizeof(PSQYRecord)),
-     RowMode::kRecheckAnswerCode},
-    {"QueryWtxx", "D00751", Layout(kOrderFields, sizeof(OrderRecord)),
-     RowMode::kSkipNegativeState},
-    {"QueryCjxx", "D00752", Layout(kMatchFields, sizeof(MatchRecord)),
-     RowMode::kSkipNegativeState},
-    {"QueryCcxx", "D00753", Layout(kPositionFields, sizeof(PositionRecord)),
-     RowMode::kSkipNegativeState},
-    {"QueryETFShare", "D00754", Layout(kETFShareFields, sizeof(ETFShareRecord)),
-     RowMode::kSkipNegativeState},
-    {"QueryZJHBCL", "910005", Layout(kZJHBCLFields, sizeof(ZJHBCLRecord)),
-     RowMode::kSkipNegativeState},
-    {"QueryJDKYZJ", "910006", Layout(kJDKYZJFields, sizeof(JDKYZJRecord)),
-     RowMode::kSkipNegativeState},
+    {"QueryZJHBCL", "910005", Layout<ZJHBCLRecord>(kZJHBCLFields), RowMode::kSkipNegativeState},
+    {"QueryJDKYZJ", "910006", Layout<JDKYZJRecord>(kJDKYZJFields), RowMode::kSkipNegativeState},
 };
 
 static_assert(sizeof(kQueries) / sizeof(kQueries[0]) ==
@@ -177,18 +144,24 @@ ReqFields PSQYRequest(const char* jys, const char* gdh) {
 ReqFields OrdersRequest(std::int32_t type, std::int32_t sort, std::int32_t rowcount,
                         std::int32_t browindex, const char* jys, const char* zqdm,
                         std::int64_t wth) {
-  return {ReqField::Text(fid::JYS, jys),         ReqField::Text(fid::ZQDM, zqdm),
-          ReqField::Long(fid::WTH, wth),         ReqField::Int(fid::Q_TYPE, type),
-          ReqField::Int(fid::Q_SORT, sort),      ReqField::Int(fid::Q_ROWCOUNT, rowcount),
+  return {ReqField::Text(fid::JYS, jys),
+          ReqField::Text(fid::ZQDM, zqdm),
+          ReqField::Long(fid::WTH, wth),
+          ReqField::Int(fid::Q_TYPE, type),
+          ReqField::Int(fid::Q_SORT, sort),
+          ReqField::Int(fid::Q_ROWCOUNT, rowcount),
           ReqField::Int(fid::Q_BROWINDEX, browindex)};
 }
 
 ReqFields PositionsRequest(std::int32_t sort, std::int32_t rowcount, std::int32_t browindex,
                            const char* gdh, const char* jys, const char* zqdm,
                            std::int32_t exeflag) {
-  return {ReqField::Text(fid::GDH, gdh),          ReqField::Text(fid::JYS, jys),
-          ReqField::Text(fid::ZQDM, zqdm),        ReqField::Int(fid::Q_SORT, sort),
-          ReqField::Int(fid::Q_ROWCOUNT, rowcount), ReqField::Int(fid::Q_BROWINDEX, browindex),
+  return {ReqField::Text(fid::GDH, gdh),
+          ReqField::Text(fid::JYS, jys),
+          ReqField::Text(fid::ZQDM, zqdm),
+          ReqField::Int(fid::Q_SORT, sort),
+          ReqField::Int(fid::Q_ROWCOUNT, rowcount),
+          ReqField::Int(fid::Q_BROWINDEX, browindex),
           ReqField::Int(fid::Q_EXEFLAG, exeflag)};
 }
 

@@ -7,6 +7,7 @@
 
 #include "comm/kv_request.h"
 #include "query/record_layout.h"
+#include "secmolra.h"
 
 namespace molra::query {
 
@@ -23,10 +24,38 @@ struct QuerySpec {
   RowMode rows;
 };
 
-enum class QueryKind { kFund, kAccount, kPSQY, kOrders, kMatchs, kPositions, kETFShare,
-                       kZJHBCL, kJDKYZJ };
+enum class QueryKind {
+  kFund,
+  kAccount,
+  kPSQY,
+  kOrders,
+  kMatchs,
+  kPositions,
+  kETFShare,
+  kZJHBCL,
+  kJDKYZJ
+};
 
 const QuerySpec& Spec(QueryKind kind);
+
+// The query whose answer rows become records R: each record type has exactly one.
+template <typename R>
+struct QueryOf;
+#define MOLRA_QUERY_OF(R, k)                        \
+  template <>                                       \
+  struct QueryOf<R> {                               \
+    static constexpr QueryKind kind = QueryKind::k; \
+  };
+MOLRA_QUERY_OF(FundRecord, kFund)
+MOLRA_QUERY_OF(AccountRecord, kAccount)
+MOLRA_QUERY_OF(PSQYRecord, kPSQY)
+MOLRA_QUERY_OF(OrderRecord, kOrders)
+MOLRA_QUERY_OF(MatchRecord, kMatchs)
+MOLRA_QUERY_OF(PositionRecord, kPositions)
+MOLRA_QUERY_OF(ETFShareRecord, kETFShare)
+MOLRA_QUERY_OF(ZJHBCLRecord, kZJHBCL)
+MOLRA_QUERY_OF(JDKYZJRecord, kJDKYZJ)
+#undef MOLRA_QUERY_OF
 
 // Request fields after 605 = KHH.
 ReqFields FundRequest();

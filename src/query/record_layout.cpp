@@ -3,9 +3,10 @@
 #include <cstring>
 #include <string>
 
-#include "api/last_error.h"
 #include "comm/conn_pool.h"
 #include "comm/kel_api.h"
+#include "core/errors.h"
+#include "core/text.h"
 
 namespace molra::query {
 

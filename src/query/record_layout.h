@@ -59,14 +59,15 @@ void FillRecord(kel::int64 session, kel::int32 row, const RecordLayout& layout, 
 }  // namespace molra::query
 
 // One field of record type Rec filled from answer key `key`; type and width follow the member.
-#define MOLRA_FIELD(Rec, member, key)                                                 \
-  ::molra::query::FieldSpec {                                                         \
+#define MOLRA_FIELD(Rec, member, key)                                                        \
+  ::molra::query::FieldSpec {                                                                \
     offsetof(Rec, member), (key), ::molra::query::FieldTypeOf<decltype(Rec::member)>::value, \
-        sizeof(Rec::member), {}                                                       \
+        sizeof(Rec::member), {}                                                              \
   }
 // A double member holding the sum of up to three answer keys.
-#define MOLRA_SUM_FIELD(Rec, member, k1, k2, k3)                                        \
-  ::molra::query::FieldSpec {                                                           \
-    offsetof(Rec, member), 0, ::molra::query::FieldType::kDoubleSum, sizeof(Rec::member), \
-        { (k1), (k2), (k3) }                                                            \
+#define MOLRA_SUM_FIELD(Rec, member, k1, k2, k3)                                            \
+  ::molra::query::FieldSpec {                                                               \
+    offsetof(Rec, member), 0, ::molra::query::FieldType::kDoubleSum, sizeof(Rec::member), { \
+      (k1), (k2), (k3)                                                                      \
+    }                                                                                       \
   }

@@ -1,14 +1,14 @@
 // Batch entrust: up to 100 ordinary orders of one customer in one 19012 request, checked row
 // by row; the answer's order numbers and notes go back into the caller's rows.
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <charconv>
 #include <cstring>
 
-#include <fmt/format.h>
-
-#include "api/guard.h"
-#include "api/last_error.h"
-#include "log/log.h"
+#include "core/guard.h"
+#include "core/log.h"
+#include "core/messages.h"
 #include "secmolra.h"
 #include "trade/order_args.h"
 #include "trade/order_blocks.h"
@@ -19,40 +19,31 @@ namespace molra::trade {
 
 namespace {
 
-constexpr const char* kEmptyBatchArgs = "客户号、批量委托信息不能为空";
-constexpr const char* kTooManyRows = "批量委托数量超出限制[100]";
 constexpr double kPriceBound = 100000.0;  // the message says 99999.99; the test is below this
 constexpr std::int64_t kMaxQuantity = 999999999;
 constexpr std::uint32_t kMaxOrderType = 999;
-
-template <std::size_t N>
-std::size_t TextLen(const char (&f)[N]) {
-  std::size_t n = 0;
-  while (n < N && f[n] != '\0') ++n;
-  return n;
-}
 
 // The first failing check of a row, as the message recorded with -221; empty when the row
 // is valid. `no` counts rows from 1.
 // The row's members are misaligned: fmt takes its arguments by reference, so it is given
 // copies.
 std::string RowProblem(const BatchOrderRow& r, std::size_t no) {
-  if (TextLen(r.Jys) != 2) return fmt::format("编号{0}交易所[{1}]不合法", no, FieldText(r.Jys));
-  if (TextLen(r.Zqdm) != 6) {
-    return fmt::format("编号{0}证券代码[{1}]不合法", no, FieldText(r.Zqdm));
+  if (FieldLength(r.Jys, sizeof r.Jys) != 2)
+    return fmt::format(msg::kRowExchange, no, FieldText(r.Jys));
+  if (FieldLength(r.Zqdm, sizeof r.Zqdm) != 6) {
+    return fmt::format(msg::kRowCode, no, FieldText(r.Zqdm));
   }
   if (r.Jylb != 1 && r.Jylb != 2) {
-    return fmt::format("编号{0}交易类别[{1}]不合法，应在[JYLB_BUY、JYLB_SALE]", no, std::int32_t{r.Jylb});
+    return fmt::format(msg::kRowCategory, no, std::int32_t{r.Jylb});
   }
   if (!(r.Wtjg > 0.0 && r.Wtjg < kPriceBound)) {
-    return fmt::format("编号{0}委托价格[{1}]不合法，应在(0.000-99999.99]", no, double{r.Wtjg});
+    return fmt::format(msg::kRowPrice, no, double{r.Wtjg});
   }
   if (r.Wtsl < 1 || r.Wtsl > kMaxQuantity) {
-    return fmt::format("编号{0}委托数量[{1}]不合法，应在(0-999999999]", no, std::int64_t{r.Wtsl});
+    return fmt::format(msg::kRowQuantity, no, std::int64_t{r.Wtsl});
   }
   if (static_cast<std::uint32_t>(r.Ddlx) > kMaxOrderType) {
-    return fmt::format("编号{0}订单类型[{1}]不合法，应在[0-999]", no,
-                       static_cast<std::uint32_t>(r.Ddlx));
+    return fmt::format(msg::kRowOrderType, no, static_cast<std::uint32_t>(r.Ddlx));
   }
   return {};
 }
@@ -81,7 +72,7 @@ char* PutFixed(char* p, char* end, double value, int width, int precision) {
 
 template <std::size_t N>
 char* PutText(char* p, char* end, const char (&field)[N]) {
-  const std::size_t n = std::min(TextLen(field), static_cast<std::size_t>(end - p));
+  const std::size_t n = std::min(FieldLength(field, N), static_cast<std::size_t>(end - p));
   std::memcpy(p, field, n);
   return p + n;
 }
@@ -129,42 +120,45 @@ std::int64_t ReadRows(const char* answer, std::int32_t len, std::vector<BatchOrd
 
 }  // namespace
 
-std::int64_t BatchEntrustImpl(CusLoginInfo* record, std::vector<BatchOrderRow>& rows,
-                              std::int64_t wtpch, bool async) {
+Result<std::int64_t> BatchEntrustImpl(CusLoginInfo* record, std::vector<BatchOrderRow>& rows,
+                                      std::int64_t wtpch, bool async) {
   const OrderFamily& f = Family(Fam::kBatchEntrust);
   OrderRequest req(f, record);
   BatchOrderReq& block = req.Block<BatchOrderReq>();
   block.wtpch = wtpch;
-  req.Prepare([&]() -> std::int64_t {
+  req.Prepare([&]() -> Status {
     for (std::size_t i = 0; i < rows.size(); ++i) {
       std::string problem = RowProblem(rows[i], i + 1);
-      if (!problem.empty()) return Refuse(f, record, -221, problem.c_str());
+      if (!problem.empty()) return Refuse(f, record, SECMOLRA_ERR_ARGUMENT, problem.c_str());
       PackRow(rows[i], block.rows + kBatchRowWidth * i);
     }
-    return 0;
+    return Ok();
   });
-  req.Read([&](const char* answer, std::int32_t len) { return ReadRows(answer, len, rows, f.name); });
+  req.Read(
+      [&](const char* answer, std::int32_t len) { return ReadRows(answer, len, rows, f.name); });
   return async ? req.Send(wtpch) : req.Run();
 }
 
-namespace {
-
-std::int64_t BatchExport(const char* func, const char* khh, CusLoginInfo* rec,
-                         std::vector<BatchOrderRow>& rows, std::int64_t wtpch, bool async) {
-  ArgCheck c(func);
-  if (rec == nullptr) c.NotNull({khh});
-  const char* customer = rec != nullptr ? rec->KHH : khh;
-  c.NotEmpty({customer}, kEmptyBatchArgs).Require(!rows.empty(), kEmptyBatchArgs);
-  if (!c.ok()) return c.code();
-  MOLRA_LOG_INFO("{} lpkhh:{} ordernum:{} nWTPCH:{}", func,
-                 rec != nullptr ? FieldText(rec->KHH) : std::string(khh), rows.size(), wtpch);
-  if (!c.Require(rows.size() <= static_cast<std::size_t>(kBatchMaxRows), kTooManyRows).ok()) {
-    return c.code();
+Result<std::int64_t> RunBatchEntrust(const char* name, Fam, const Caller& c, const OrderArgs& a,
+                                     Mode mode) {
+  std::vector<BatchOrderRow>& rows = *a.rows;
+  // An Ex form does not check its record pointer: a null one reaches the frame's check.
+  if (c.ex && c.record == nullptr) return BatchEntrustImpl(nullptr, rows, a.number, mode.async);
+  ArgCheck check;
+  if (!c.ex) check.NotNull({c.khh});
+  check.NotEmpty({c.Khh()}, msg::kEmptyBatchArgs).Require(!rows.empty(), msg::kEmptyBatchArgs);
+  if (!check.ok()) return check.status().TakeFailure();
+  MOLRA_LOG_INFO("{} lpkhh:{} ordernum:{} nWTPCH:{}", name,
+                 c.ex ? FieldText(c.record->KHH) : std::string(c.khh), rows.size(), a.number);
+  if (!check.Require(rows.size() <= static_cast<std::size_t>(kBatchMaxRows), msg::kTooManyRows)
+           .ok()) {
+    return check.status().TakeFailure();
   }
-  if (rec != nullptr) return BatchEntrustImpl(rec, rows, wtpch, async);
-  CusLoginInfo own = MakeRecord(khh, "");
-  return BatchEntrustImpl(&own, rows, wtpch, async);
+  CusLoginInfo own;
+  return DropAccount(BatchEntrustImpl(c.Record(own), rows, a.number, mode.async), &own);
 }
+
+namespace {
 
 std::int64_t PyBatch(const char* khh, std::int64_t wtpch, BatchOrderRow* rows, std::int32_t count,
                      bool async) {
@@ -184,53 +178,16 @@ using molra::Guard;
 
 extern "C" {
 
-SECMOLRA_API int64_t SECMOLRA_BatchOrderEntrust(const char* lpKhh,
-                                                std::vector<BatchOrderRow>& rows,
-                                                int64_t nWTPCH) {
-  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
-    return BatchExport("SECMOLRA_BatchOrderEntrust", lpKhh, nullptr, rows, nWTPCH, false);
-  });
-}
-
-SECMOLRA_API int64_t SECMOLRA_BatchOrderEntrustEx(CusLoginInfo* info,
-                                                  std::vector<BatchOrderRow>& rows,
-                                                  int64_t nWTPCH) {
-  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
-    // An Ex form does not check its record pointer: a null one reaches the frame's check.
-    if (info == nullptr) return BatchEntrustImpl(nullptr, rows, nWTPCH, false);
-    return BatchExport("SECMOLRA_BatchOrderEntrustEx", nullptr, info, rows, nWTPCH, false);
-  });
-}
-
-SECMOLRA_API int64_t SECMOLRA_BatchOrderEntrust_ASync(const char* lpKhh,
-                                                      std::vector<BatchOrderRow>& rows,
-                                                      int64_t nWTPCH) {
-  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
-    return BatchExport("SECMOLRA_BatchOrderEntrust_ASync", lpKhh, nullptr, rows, nWTPCH, true);
-  });
-}
-
-SECMOLRA_API int64_t SECMOLRA_BatchOrderEntrustEx_ASync(CusLoginInfo* info,
-                                                        std::vector<BatchOrderRow>& rows,
-                                                        int64_t nWTPCH) {
-  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
-    if (info == nullptr) return BatchEntrustImpl(nullptr, rows, nWTPCH, true);
-    return BatchExport("SECMOLRA_BatchOrderEntrustEx_ASync", nullptr, info, rows, nWTPCH, true);
-  });
-}
-
 SECMOLRA_API int64_t PYSECMOLRA_BatchOrderEntrust(const char* lpKhh, int64_t nWTPCH,
                                                   BatchOrderRow* rows, int32_t count) {
-  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
-    return PyBatch(lpKhh, nWTPCH, rows, count, false);
-  });
+  return Guard(__func__, std::int64_t{SECMOLRA_ERR_INTERNAL},
+               [&] { return PyBatch(lpKhh, nWTPCH, rows, count, false); });
 }
 
 SECMOLRA_API int64_t PYSECMOLRA_BatchOrderEntrust_ASync(const char* lpKhh, int64_t nWTPCH,
                                                         BatchOrderRow* rows, int32_t count) {
-  return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&]() -> int64_t {
-    return PyBatch(lpKhh, nWTPCH, rows, count, true);
-  });
+  return Guard(__func__, std::int64_t{SECMOLRA_ERR_INTERNAL},
+               [&] { return PyBatch(lpKhh, nWTPCH, rows, count, true); });
 }
 
 }  // extern "C"

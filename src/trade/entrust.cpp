@@ -1,7 +1,8 @@
 // Single entrusts of every business: the blocks that share the ordinary entrust's first 92
 // bytes, the key/value businesses, and the ETF block.
-#include "api/last_error.h"
 #include "comm/kel_api.h"
+#include "core/messages.h"
+#include "core/text.h"
 #include "trade/order_args.h"
 #include "trade/order_blocks.h"
 #include "trade/order_ops.h"
@@ -10,33 +11,26 @@
 
 namespace molra::trade {
 
-std::int64_t Refuse(const OrderFamily& family, CusLoginInfo* record, std::int64_t code,
-                    const char* msg) {
-  SetLastError(code, msg, family.name, record);
-  return code;
+Failure Refuse(const OrderFamily& family, CusLoginInfo* record, std::int64_t code,
+               const char* msg) {
+  return Failure{code, msg, family.name, record};
 }
 
-const OrderFamily* Resolve(Target target, std::int32_t jylb, CusLoginInfo* record) {
+Result<const OrderFamily*> Resolve(Target target, std::int32_t jylb, CusLoginInfo* record) {
   if (target.biz == Biz::kNone) return &Family(target.fam);
   if (const OrderFamily* f = Route(target.biz, jylb)) return f;
   const OrderFamily& first = FirstOf(target.biz);
-  Refuse(first, record, -222, first.refusal);
-  return nullptr;
+  return Refuse(first, record, SECMOLRA_ERR_UNSUPPORTED, first.refusal);
 }
 
-void SetSecurityFields(kel::int64 h, const CusLoginInfo& rec, const char* jys,
-                       const char* zqdm) {
-  const std::string gdh = FieldText(rec.GDH);
-  const std::string khh = FieldText(rec.KHH);
-  kel::api.Kel_SetItem(h, fid::ZQDM, zqdm);
-  kel::api.Kel_SetItem(h, fid::GDH, gdh.c_str());
-  kel::api.Kel_SetItem(h, fid::KHH, khh.c_str());
-  kel::api.Kel_SetItem(h, fid::JYS, jys);
+ReqFields SecurityFields(const CusLoginInfo& rec, const char* jys, const char* zqdm) {
+  return {ReqField::Text(fid::ZQDM, zqdm), ReqField::Text(fid::GDH, FieldText(rec.GDH)),
+          ReqField::Text(fid::KHH, FieldText(rec.KHH)), ReqField::Text(fid::JYS, jys)};
 }
 
 namespace {
 
-void FillEntrustBody(OrderRequest& req, const CusLoginInfo& rec, const EntrustArgs& a) {
+void FillEntrustBody(OrderRequest& req, const CusLoginInfo& rec, const OrderArgs& a) {
   EntrustBody& b = req.Block<EntrustBody>();
   CopyField(b.jys, a.jys);
   CopyField(b.gdh, rec.GDH);
@@ -48,68 +42,67 @@ void FillEntrustBody(OrderRequest& req, const CusLoginInfo& rec, const EntrustAr
   b.byte91 = a.byte91;
 }
 
-void SetEntrustFields(kel::int64 h, const CusLoginInfo& rec, const EntrustArgs& a,
-                      const DzjyArgs* d) {
-  SetSecurityFields(h, rec, a.jys, a.zqdm);
-  kel::api.Kel_SetInt(h, fid::JYLB, a.jylb);
-  kel::api.Kel_SetLong(h, fid::WTSL, a.wtsl);
-  kel::api.Kel_SetDouble(h, fid::WTJG, a.wtjg, kPricePrecision);
-  kel::api.Kel_SetLong(h, fid::DDLX, a.ddlx);
-  if (d == nullptr) return;
-  kel::api.Kel_SetItem(h, fid::DZJY_DFXW, d->dfxw);
-  kel::api.Kel_SetItem(h, fid::DZJY_LXR, d->lxr);
-  kel::api.Kel_SetItem(h, fid::DZJY_LXDH, d->lxdh);
-  kel::api.Kel_SetItem(h, fid::DZJY_HYH, d->hyh);
-  kel::api.Kel_SetItem(h, fid::DZJY_DFGDH, d->dfgdh);
-  kel::api.Kel_SetInt(h, fid::DZJY_PDDM, d->pddm);
-  kel::api.Kel_SetInt(h, fid::DZJY_TDBZ, d->tdbz);
+void FillEtfBlock(OrderRequest& req, const CusLoginInfo& rec, const OrderArgs& a) {
+  ETFEntrustReq& b = req.Block<ETFEntrustReq>();
+  CopyField(b.gdh, rec.GDH);
+  CopyField(b.jys, a.jys);
+  CopyField(b.zqdm, a.zqdm);
+  b.wtsl = static_cast<std::int32_t>(a.wtsl);
+  b.jylb = static_cast<std::uint8_t>(a.jylb);
+  if (a.step != nullptr) CopyField(b.step, a.step);
 }
 
-void LogDzjy(OrderRequest& req, const DzjyArgs& d) {
-  req.Log("dfxw", d.dfxw).Log("lxr", d.lxr).Log("lxdh", d.lxdh).Log("hyh", d.hyh);
-  req.Log("dfgdh", d.dfgdh).Log("pddm", d.pddm).Log("tdbz", d.tdbz);
+ReqFields EntrustFields(const CusLoginInfo& rec, const OrderArgs& a, bool block_trading) {
+  ReqFields f = SecurityFields(rec, a.jys, a.zqdm);
+  f.insert(f.end(), {ReqField::Int(fid::JYLB, a.jylb), ReqField::Long(fid::WTSL, a.wtsl),
+                     ReqField::Double(fid::WTJG, a.wtjg), ReqField::Long(fid::DDLX, a.ddlx)});
+  if (!block_trading) return f;
+  f.insert(f.end(), {ReqField::Text(fid::DZJY_DFXW, a.dfxw), ReqField::Text(fid::DZJY_LXR, a.lxr),
+                     ReqField::Text(fid::DZJY_LXDH, a.lxdh), ReqField::Text(fid::DZJY_HYH, a.hyh),
+                     ReqField::Text(fid::DZJY_DFGDH, a.dfgdh),
+                     ReqField::Int(fid::DZJY_PDDM, a.pddm), ReqField::Int(fid::DZJY_TDBZ, a.tdbz)});
+  return f;
+}
+
+void LogArgs(OrderRequest& req, const CusLoginInfo& rec, const OrderArgs& a, Biz biz) {
+  req.Log("khh", FieldText(rec.KHH)).Log("jys", a.jys).Log("zqdm", a.zqdm).Log("jylb", a.jylb);
+  req.Log("wtsl", a.wtsl).Log("wtjg", a.wtjg).Log("ddlx", a.ddlx).Log("gdh", FieldText(rec.GDH));
+  if (biz == Biz::kETF) req.Log("step", a.step);
+  if (biz != Biz::kDZJY) return;
+  req.Log("dfxw", a.dfxw).Log("lxr", a.lxr).Log("lxdh", a.lxdh).Log("hyh", a.hyh);
+  req.Log("dfgdh", a.dfgdh).Log("pddm", a.pddm).Log("tdbz", a.tdbz);
 }
 
 }  // namespace
 
-std::int64_t EntrustImpl(Target target, CusLoginInfo* record, const EntrustArgs& a, Mode mode,
-                         const DzjyArgs* dzjy) {
-  const OrderFamily* f = Resolve(target, a.jylb, record);
-  if (f == nullptr) return -222;
+Result<std::int64_t> EntrustImpl(Target target, CusLoginInfo* record, const OrderArgs& a,
+                                 Mode mode) {
+  Result<const OrderFamily*> found = Resolve(target, a.jylb, record);
+  if (!found) return found.TakeFailure();
+  const OrderFamily& f = **found;
   if (record == nullptr || a.jys == nullptr || a.zqdm == nullptr) {
-    return Refuse(*f, record, -221, kIllegal);
+    return Refuse(f, record, SECMOLRA_ERR_ARGUMENT, msg::kIllegalArgument);
   }
-  OrderRequest req(*f, record);
-  if (f->key_value) {
-    req.Fields([&](kel::int64 h) { SetEntrustFields(h, *record, a, dzjy); });
+  OrderRequest req(f, record);
+  if (f.key_value) {
+    req.Fields(EntrustFields(*record, a, f.biz == Biz::kDZJY));
+  } else if (f.biz == Biz::kETF) {
+    FillEtfBlock(req, *record, a);
   } else {
     FillEntrustBody(req, *record, a);
   }
-  req.Log("khh", FieldText(record->KHH)).Log("jys", a.jys).Log("zqdm", a.zqdm);
-  req.Log("jylb", a.jylb).Log("wtsl", a.wtsl).Log("wtjg", a.wtjg).Log("ddlx", a.ddlx);
-  req.Log("gdh", FieldText(record->GDH));
-  if (dzjy != nullptr) LogDzjy(req, *dzjy);
+  LogArgs(req, *record, a, f.biz);
   return mode.async ? req.Send(mode.number) : req.Run();
 }
 
-std::int64_t ETFEntrustImpl(CusLoginInfo* record, const char* jys, const char* zqdm,
-                            std::int32_t jylb, std::int32_t wtsl, const char* step, Mode mode) {
-  const OrderFamily* f = Resolve(ByCategory(Biz::kETF), jylb, record);
-  if (f == nullptr) return -222;
-  if (record == nullptr || jys == nullptr || zqdm == nullptr) return Refuse(*f, record, -221, kIllegal);
-
-  OrderRequest req(*f, record);
-  ETFEntrustReq& b = req.Block<ETFEntrustReq>();
-  CopyField(b.gdh, record->GDH);
-  CopyField(b.jys, jys);
-  CopyField(b.zqdm, zqdm);
-  b.wtsl = wtsl;
-  b.jylb = static_cast<std::uint8_t>(jylb);
-  if (step != nullptr) CopyField(b.step, step);
-
-  req.Log("khh", FieldText(record->KHH)).Log("jys", jys).Log("zqdm", zqdm).Log("jylb", jylb);
-  req.Log("wtsl", wtsl).Log("gdh", FieldText(record->GDH)).Log("step", step);
-  return mode.async ? req.Send(mode.number) : req.Run();
+Result<std::int64_t> RunEntrust(const char*, Target target, const Caller& c, const OrderArgs& a,
+                                Mode mode) {
+  ArgCheck check = c.ex ? CheckOrderArgsEx(c.record, a.jys, a.zqdm, mode.async, mode.number)
+                        : CheckOrderArgs(c.khh, a.jys, a.zqdm, c.gdh, mode.async, mode.number);
+  if (target.biz == Biz::kDZJY) check.NotNull({a.dfxw, a.lxr, a.lxdh, a.hyh, a.dfgdh});
+  if (!check.ok()) return check.status().TakeFailure();
+  CusLoginInfo own;
+  return DropAccount(EntrustImpl(target, c.Record(own), a, mode), &own);
 }
 
 }  // namespace molra::trade

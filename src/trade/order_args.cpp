@@ -1,21 +1,16 @@
 #include "trade/order_args.h"
 
+#include <fmt/format.h>
+
 #include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
-#include <fmt/format.h>
-
-#include "api/last_error.h"
+#include "core/messages.h"
 #include "util/clock.h"
 
 namespace molra::trade {
-
-namespace {
-// 32 bits, incremented atomically, never reset while the library is loaded.
-std::atomic<std::uint32_t> g_request_counter{0};
-}  // namespace
 
 std::string RequestNumberTimeText(int hour, int minute, int second) {
   char text[16];
@@ -25,8 +20,8 @@ std::string RequestNumberTimeText(int hour, int minute, int second) {
   return p;
 }
 
-std::int64_t GenerateRequestNumber() {
-  long long counter = g_request_counter.fetch_add(1) + 1LL;
+std::int64_t GenerateRequestNumber(Kit& kit) {
+  long long counter = kit.request_counter.fetch_add(1) + 1LL;
   LocalTime now = NowLocal();
   std::string time_text = RequestNumberTimeText(now.hour, now.minute, now.second);
   char number[32];
@@ -44,56 +39,49 @@ CusLoginInfo MakeRecord(const char* khh, const char* gdh) {
   return rec;
 }
 
-void ArgCheck::Fail(std::int64_t code, const std::string& msg) {
-  code_ = code;
-  SetLastError(code, msg, func_, nullptr);
-}
+void ArgCheck::Fail(std::int64_t code, std::string msg) { status_ = Failure{code, std::move(msg)}; }
 
 ArgCheck& ArgCheck::NotNull(std::initializer_list<const void*> ptrs) {
   for (const void* p : ptrs) {
-    if (ok() && p == nullptr) Fail(-221, kIllegal);
+    if (ok() && p == nullptr) Fail(SECMOLRA_ERR_ARGUMENT, msg::kIllegalArgument);
   }
   return *this;
 }
 
 ArgCheck& ArgCheck::NotEmpty(std::initializer_list<const char*> strs, const char* msg) {
   for (const char* s : strs) {
-    if (ok() && s != nullptr && *s == '\0') Fail(-221, msg);
+    if (ok() && s != nullptr && *s == '\0') Fail(SECMOLRA_ERR_ARGUMENT, msg);
   }
   return *this;
 }
 
 ArgCheck& ArgCheck::Require(bool cond, const char* msg) {
-  if (ok() && !cond) Fail(-221, msg);
+  if (ok() && !cond) Fail(SECMOLRA_ERR_ARGUMENT, msg);
   return *this;
 }
 
 ArgCheck& ArgCheck::InRange(std::int64_t v, const char* label) {
   if (ok() && static_cast<std::uint64_t>(v) > static_cast<std::uint64_t>(kMaxRequestNumber)) {
-    Fail(-221, fmt::format("{}[{}]非法，范围{}~{}", label, v, 0, kMaxRequestNumber));
+    Fail(SECMOLRA_ERR_ARGUMENT,
+         fmt::format(msg::kNumberOutOfRange, label, v, 0, kMaxRequestNumber));
   }
   return *this;
 }
 
-ArgCheck& ArgCheck::Supported(bool cond, const char* msg) {
-  if (ok() && !cond) Fail(-222, msg);
-  return *this;
-}
-
-ArgCheck CheckOrderArgs(const char* func, const char* khh, const char* jys, const char* zqdm,
-                        const char* gdh, bool async, std::int64_t number) {
-  ArgCheck c(func);
-  c.NotNull({khh, jys, zqdm, gdh}).NotEmpty({khh, jys, zqdm, gdh}, kEmptyOrderArgs);
+ArgCheck CheckOrderArgs(const char* khh, const char* jys, const char* zqdm, const char* gdh,
+                        bool async, std::int64_t number) {
+  ArgCheck c;
+  c.NotNull({khh, jys, zqdm, gdh}).NotEmpty({khh, jys, zqdm, gdh}, msg::kEmptyOrderArgs);
   if (async) c.InRange(number, "KFSBDBH");
   return c;
 }
 
-ArgCheck CheckOrderArgsEx(const char* func, const CusLoginInfo* record, const char* jys,
-                          const char* zqdm, bool async, std::int64_t number) {
-  ArgCheck c(func);
+ArgCheck CheckOrderArgsEx(const CusLoginInfo* record, const char* jys, const char* zqdm, bool async,
+                          std::int64_t number) {
+  ArgCheck c;
   c.NotNull({jys, zqdm})
       .NotEmpty({record ? record->KHH : nullptr, jys, zqdm, record ? record->GDH : nullptr},
-                kEmptyOrderArgs);
+                msg::kEmptyOrderArgs);
   if (async) c.InRange(number, "KFSBDBH");
   return c;
 }

@@ -160,7 +160,8 @@ struct TradableQtyPrefix {
 };
 static_assert(sizeof(TradableQtyPrefix) == 82, "tradable prefix is 82 bytes");
 static_assert(offsetof(TradableQtyPrefix, jys) == 55 && offsetof(TradableQtyPrefix, gdh) == 58 &&
-                  offsetof(TradableQtyPrefix, zqdm) == 69 && offsetof(TradableQtyPrefix, jylb) == 81,
+                  offsetof(TradableQtyPrefix, zqdm) == 69 &&
+                  offsetof(TradableQtyPrefix, jylb) == 81,
               "tradable prefix offsets");
 
 // 19011 ordinary tradable quantity.
@@ -231,12 +232,71 @@ struct OrderEntrustAns {
 static_assert(sizeof(OrderEntrustAns) == 472, "OrderEntrustAns is 472 bytes");
 static_assert(offsetof(OrderEntrustAns, wth) == 443, "order number at 443");
 
+// Listed-fund entrust answer (475 bytes): its frozen funds three bytes further on.
+struct LofEntrustAns {
+  AnswerHead head;
+  char reserved1[13];
+  std::int64_t wth;
+  char wtsj[13];
+  char reserved2[3];
+  double djzj;
+};
+static_assert(sizeof(LofEntrustAns) == 475 && offsetof(LofEntrustAns, djzj) == 467,
+              "listed-fund answer");
+
+// Withdrawal answer (516 bytes): the declaration result (SBJG) at 467.
+struct OrderWithdrawAns {
+  AnswerHead head;
+  char reserved1[13];
+  std::int64_t wth;
+  char wtsj[13];
+  char reserved2[3];
+  std::int32_t sbjg;
+  char reserved3[45];
+};
+static_assert(sizeof(OrderWithdrawAns) == 516 && offsetof(OrderWithdrawAns, sbjg) == 467,
+              "withdrawal answer");
+
+// ETF withdrawal answer (517 bytes): the declaration result as a double at 464.
+struct ETFWithdrawAns {
+  AnswerHead head;
+  char reserved1[13];
+  std::int64_t wth;
+  char wtsj[13];
+  double sbjg;
+  char reserved2[45];
+};
+static_assert(sizeof(ETFWithdrawAns) == 517 && offsetof(ETFWithdrawAns, sbjg) == 464,
+              "ETF withdrawal answer");
+
+// Repurchase withdrawal answer (512 bytes); a longer answer carries its declaration result
+// right after, at 512.
+struct ZQHGWithdrawAns {
+  AnswerHead head;
+  char reserved[82];
+};
+static_assert(sizeof(ZQHGWithdrawAns) == 512, "repurchase withdrawal answer");
+
+// Batch withdrawal answer (6459 bytes).
+struct BatchWithdrawAns {
+  AnswerHead head;
+  char reserved[6029];
+};
+static_assert(sizeof(BatchWithdrawAns) == 6459, "batch withdrawal answer");
+
 // Tradable-quantity answer: the quantity as a double at 430.
 struct TradableQtyAns {
   AnswerHead head;
   double quantity;
 };
 static_assert(sizeof(TradableQtyAns) == 438, "tradable answer is 438 bytes");
+
+// ETF tradable-quantity answer: the quantity as 32 bits at 430.
+struct ETFTradableQtyAns {
+  AnswerHead head;
+  std::int32_t quantity;
+};
+static_assert(sizeof(ETFTradableQtyAns) == 434, "ETF tradable answer is 434 bytes");
 
 // Batch entrust answer (7663 bytes).
 struct BatchOrderAns {

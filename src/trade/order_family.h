@@ -80,19 +80,19 @@ struct Categories {
 struct OrderFamily {
   Fam id;
   Biz biz;
-  const char* name;        // log and last-error function name
-  const char* code;        // function code as text; numeric in the block head
-  bool key_value;          // built with Kel_CreateHead and field ids instead of a block
+  const char* name;  // log and last-error function name
+  const char* code;  // function code as text; numeric in the block head
+  bool key_value;    // built with Kel_CreateHead and field ids instead of a block
   std::int32_t block_len;
-  std::int32_t number_at;  // offset of the request number in the block, or kNumberIs*
-  std::int32_t answer_len; // full answer length; the answer must reach it
-  std::int16_t min_ok;     // return codes below it are failures
+  std::int32_t number_at;   // offset of the request number in the block, or kNumberIs*
+  std::int32_t answer_len;  // full answer length; the answer must reach it
+  std::int16_t min_ok;      // return codes below it are failures
   const char* short_answer;
   ResultKind result;
   kel::ReplyFn reply;      // null: synchronous only
   const char* log_format;  // named fields, see OrderRequest::Log; null: no frame log line
   Categories admitted;
-  const char* refusal;     // -222 message when the category is not admitted
+  const char* refusal;  // -222 message when the category is not admitted
 };
 
 const OrderFamily& Family(Fam id);

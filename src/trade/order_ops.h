@@ -1,12 +1,14 @@
-// The order layer's implementations behind the exports. Each takes the customer as a
-// record (the plain exports build one with MakeRecord), checks what the frame needs, fills
-// its family's block or fields and runs the request frame. Failures are recorded under the
-// family's name with the record as account.
+// The order layer's operations behind the exports (trade/order_exports.h). Each takes the
+// customer as a record (the plain exports build one with MakeRecord), checks what the frame
+// needs, fills its family's block or fields and runs the request frame. Failures carry the
+// family's name and the record as account.
 #pragma once
 
 #include <cstdint>
 #include <vector>
 
+#include "comm/kv_request.h"
+#include "core/status.h"
 #include "secmolra.h"
 #include "trade/order_family.h"
 
@@ -29,65 +31,88 @@ struct Target {
 inline Target Fixed(Fam fam) { return Target{Biz::kNone, fam}; }
 inline Target ByCategory(Biz biz) { return Target{biz, Fam::kCount}; }
 
-// The row for `jylb`, or null with -222 and the business's message recorded.
-const OrderFamily* Resolve(Target target, std::int32_t jylb, CusLoginInfo* record);
-// Records code and message under the family's name and returns the code.
-std::int64_t Refuse(const OrderFamily& family, CusLoginInfo* record, std::int64_t code,
-                    const char* msg);
-
-struct EntrustArgs {
-  const char* jys;
-  const char* zqdm;
-  std::int32_t jylb;
-  std::int64_t wtsl;  // travels as 32 bits in blocks
-  double wtjg;
-  std::int64_t ddlx;
-  std::uint8_t byte91;  // the block's byte at 91: order type, 0 or the listed-fund flag
+// A withdrawal names the withdrawn order by its order number or by its request number.
+enum class By { kWth, kKfsbdbh };
+struct WithdrawTarget {
+  Fam fam;
+  By by;
 };
 
-// Block trading's own fields.
-struct DzjyArgs {
-  const char* dfxw;
-  const char* lxr;
-  const char* lxdh;
-  const char* hyh;
-  const char* dfgdh;
-  std::int32_t pddm;
-  std::int32_t tdbz;
+// The row for `jylb`, or -222 with the business's message under its first row's name.
+Result<const OrderFamily*> Resolve(Target target, std::int32_t jylb, CusLoginInfo* record);
+// A failure under the family's name, with the record as account.
+Failure Refuse(const OrderFamily& family, CusLoginInfo* record, std::int64_t code, const char* msg);
+
+// The arguments of every order export; each export sets those it takes.
+struct OrderArgs {
+  const char* jys = nullptr;
+  const char* zqdm = nullptr;  // also the ETF of a basket
+  std::int32_t jylb = 0;
+  std::int64_t wtsl = 0;  // travels as 32 bits in blocks
+  double wtjg = 0;        // also a basket's price
+  std::int64_t ddlx = 0;
+  std::uint8_t byte91 = 0;  // the entrust block's byte at 91: order type, 0 or the listed-fund flag
+  const char* step = nullptr;  // ETF entrust
+  // Block trading.
+  const char* dfxw = nullptr;
+  const char* lxr = nullptr;
+  const char* lxdh = nullptr;
+  const char* hyh = nullptr;
+  const char* dfgdh = nullptr;
+  std::int32_t pddm = 0;
+  std::int32_t tdbz = 0;
+  // The withdrawn order's number, a batch number or a batch's serial number.
+  std::int64_t number = 0;
+  std::vector<BatchOrderRow>* rows = nullptr;
+  std::int32_t units = 0;  // basket
 };
 
 // The first four fields of the key/value entrusts and tradable quantities: 719 security
 // code, 571 shareholder account, 605 customer number, 599 exchange.
-void SetSecurityFields(std::int64_t session, const CusLoginInfo& rec, const char* jys,
-                       const char* zqdm);
+ReqFields SecurityFields(const CusLoginInfo& rec, const char* jys, const char* zqdm);
 
-// Ordinary, repurchase, pledge, listed-fund, after-hours (blocks sharing the first 92
-// bytes) and issuance, block-trading and non-trading (key/value) entrusts.
-std::int64_t EntrustImpl(Target target, CusLoginInfo* record, const EntrustArgs& a, Mode mode,
-                         const DzjyArgs* dzjy = nullptr);
+// Entrusts of every business: blocks that share the ordinary entrust's first 92 bytes, the
+// ETF block, and the key/value businesses.
+Result<std::int64_t> EntrustImpl(Target target, CusLoginInfo* record, const OrderArgs& a,
+                                 Mode mode);
+Result<std::int64_t> TradableImpl(Fam fam, CusLoginInfo* record, const OrderArgs& a);
+Result<std::int64_t> WithdrawImpl(WithdrawTarget target, CusLoginInfo* record, const OrderArgs& a,
+                                  Mode mode);
+Result<std::int64_t> BatchWithdrawImpl(CusLoginInfo* record, std::int64_t lsh, bool async);
+Result<std::int64_t> BatchEntrustImpl(CusLoginInfo* record, std::vector<BatchOrderRow>& rows,
+                                      std::int64_t wtpch, bool async);
+Result<std::int64_t> BasketImpl(CusLoginInfo* record, const OrderArgs& a);
 
-// ETF subscription (29) and redemption (30); `step` may be null.
-std::int64_t ETFEntrustImpl(CusLoginInfo* record, const char* jys, const char* zqdm,
-                            std::int32_t jylb, std::int32_t wtsl, const char* step, Mode mode);
+// The customer as an export names it: customer number and shareholder account (plain
+// forms), or the caller's record (Ex forms, which leave a null record to the frame).
+struct Caller {
+  const char* khh = nullptr;
+  const char* gdh = "";
+  CusLoginInfo* record = nullptr;
+  bool ex = false;
 
-struct WithdrawArgs {
-  const char* jys;
-  std::int64_t cxwth;      // order number, or 0
-  std::int64_t cxkfsbdbh;  // request number of the order, or 0
+  static Caller Plain(const char* khh, const char* gdh) { return Caller{khh, gdh, nullptr, false}; }
+  static Caller Ex(CusLoginInfo* record) { return Caller{nullptr, nullptr, record, true}; }
+  // The Ex form's record, or one built in `own` from the plain form's texts.
+  CusLoginInfo* Record(CusLoginInfo& own) const;
+  // The customer number as the checks see it (null for a null record).
+  const char* Khh() const { return ex ? (record != nullptr ? record->KHH : nullptr) : khh; }
 };
-std::int64_t WithdrawImpl(Fam fam, CusLoginInfo* record, const WithdrawArgs& a, Mode mode);
-std::int64_t BatchWithdrawImpl(CusLoginInfo* record, std::int64_t lsh, bool async);
 
-std::int64_t BatchEntrustImpl(CusLoginInfo* record, std::vector<BatchOrderRow>& rows,
-                              std::int64_t wtpch, bool async);
-
-struct TradableArgs {
-  const char* jys;
-  const char* zqdm;
-  std::int32_t jylb;
-  double wtjg;
-  std::int32_t ddlx;
-};
-std::int64_t TradableImpl(Fam fam, CusLoginInfo* record, const TradableArgs& a);
+// The operations of the export table (trade/order_exports.h): each checks its export's
+// arguments (failures under the export's name `name`), logs the call where its family's
+// line does not, and runs its implementation.
+Result<std::int64_t> RunEntrust(const char* name, Target target, const Caller& c,
+                                const OrderArgs& a, Mode mode);
+Result<std::int64_t> RunTradable(const char* name, Fam fam, const Caller& c, const OrderArgs& a,
+                                 Mode mode);
+Result<std::int64_t> RunWithdraw(const char* name, WithdrawTarget target, const Caller& c,
+                                 const OrderArgs& a, Mode mode);
+Result<std::int64_t> RunBatchWithdraw(const char* name, Fam fam, const Caller& c,
+                                      const OrderArgs& a, Mode mode);
+Result<std::int64_t> RunBatchEntrust(const char* name, Fam fam, const Caller& c, const OrderArgs& a,
+                                     Mode mode);
+Result<std::int64_t> RunBasket(const char* name, Target target, const Caller& c, const OrderArgs& a,
+                               Mode mode);
 
 }  // namespace molra::trade

@@ -6,11 +6,13 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "account/registry.h"
-#include "api/last_error.h"
 #include "comm/conn_pool.h"
+#include "comm/customer.h"
 #include "comm/kel_api.h"
-#include "log/log.h"
+#include "core/context.h"
+#include "core/log.h"
+#include "core/messages.h"
+#include "core/text.h"
 #include "trade/order_args.h"
 #include "trade/order_blocks.h"
 #include "util/field_ids.h"
@@ -43,11 +45,12 @@ std::string NumberText(std::int64_t number) {
   return text;
 }
 
-
 }  // namespace
 
 OrderRequest::OrderRequest(const OrderFamily& family, CusLoginInfo* record)
-    : family_(family), record_(record), logger_(ActiveLogger()),
+    : family_(family),
+      record_(record),
+      logger_(ActiveLogger()),
       block_len_(std::min(static_cast<std::size_t>(family.block_len), kMaxBlock)) {
   std::memset(block_, 0, block_len_);
   if (logger_ != nullptr) {
@@ -56,41 +59,37 @@ OrderRequest::OrderRequest(const OrderFamily& family, CusLoginInfo* record)
   }
 }
 
-std::int64_t OrderRequest::Run() { return Execute(false, 0); }
+Result<std::int64_t> OrderRequest::Run() { return Execute(false, 0); }
 
-std::int64_t OrderRequest::Send(std::int64_t number) { return Execute(true, number); }
+Result<std::int64_t> OrderRequest::Send(std::int64_t number) { return Execute(true, number); }
 
-std::int64_t OrderRequest::Fail(std::int64_t code, const std::string& msg) {
-  SetLastError(code, msg, family_.name, record_);
-  return code;
+Failure OrderRequest::Fail(std::int64_t code, std::string msg) const {
+  return Failure{code, std::move(msg), family_.name, record_};
 }
 
-std::int64_t OrderRequest::Execute(bool async, std::int64_t number) {
-  if (record_ == nullptr || record_->KHH[0] == '\0') return Fail(-221, kIllegal);
-  const std::string khh = FieldText(record_->KHH);
-
-  Customer customer;
-  ErrorRecord not_found;
-  if (!FindCustomer(khh, customer, not_found)) return Fail(not_found.code, not_found.message);
-
-  KelSession session = AllocTradeSession(*customer.conn);
-  if (!session) return Fail(-202, GetStagedError().message);
-
-  const std::int64_t token = record_->Token >= 1 ? record_->Token : CustomerToken(customer, khh);
-  const std::int32_t node = record_->NodeID >= 1 ? record_->NodeID : CustomerNodeId(khh);
-  if (prepare_) {
-    if (std::int64_t code = prepare_(); code != 0) return code;
+Result<std::int64_t> OrderRequest::Execute(bool async, std::int64_t number) {
+  if (record_ == nullptr || record_->KHH[0] == '\0') {
+    return Fail(SECMOLRA_ERR_ARGUMENT, msg::kIllegalArgument);
   }
-  if (async && family_.number_at != kNumberIsTag && number < 1) number = GenerateRequestNumber();
-  const kel::int64 h = session.handle();
+  const std::string khh = FieldText(record_->KHH);
+  Result<Customer> customer = FindCustomer(khh);
+  if (!customer) return customer.TakeFailure().At(family_.name, record_);
+  Result<KelSession> session = AllocTradeSession(*customer->conn);
+  if (!session) return session.TakeFailure().At(family_.name, record_);
 
-  kel::api.Kel_SetNodeId(h, node);
+  const std::int64_t token = record_->Token >= 1 ? record_->Token : customer->token;
+  const std::int32_t node = record_->NodeID >= 1 ? record_->NodeID : customer->node_id;
+  if (prepare_) {
+    if (Status checked = prepare_(); !checked) return checked.TakeFailure();
+  }
+  if (async && family_.number_at != kNumberIsTag && number < 1) {
+    number = GenerateRequestNumber(*CurrentKit());
+  }
+  const kel::int64 h = session->handle();
   if (family_.key_value) {
-    CreateHead(session, family_.code);
-    if (fields_) fields_(h);
-    kel::api.Kel_SetLong(h, fid::TOKEN, token);
-    if (async) kel::api.Kel_SetItem(h, fid::KFSBDBH, NumberText(number).c_str());
+    PrepareRequest(*session, FieldRequest(node, token, async, number));
   } else {
+    kel::api.Kel_SetNodeId(h, node);
     PutHead(token, khh);
     if (async) PutNumber(number);
     kel::api.Kel_SetStructData(h, block_, static_cast<kel::int32>(block_len_));
@@ -98,12 +97,21 @@ std::int64_t OrderRequest::Execute(bool async, std::int64_t number) {
   LogLine(async ? number : 0);
 
   if (async) {
-    if (!Write(h, number)) return Fail(-204, kSendFailed);
-    session.Detach();  // the reply handler owns and releases it
+    if (!Write(h, number)) return Fail(SECMOLRA_ERR_SEND, msg::kSendFailed);
+    session->Detach();  // the reply handler owns and releases it
     return number;
   }
-  if (!kel::api.Kel_Run(h)) return Fail(-204, kSendFailed);
-  return family_.key_value ? ReadFieldAnswer(h) : ReadBlockAnswer(h);
+  if (family_.key_value) return ReadFieldAnswer(std::move(*session));
+  if (!kel::api.Kel_Run(h)) return Fail(SECMOLRA_ERR_SEND, msg::kSendFailed);
+  return ReadBlockAnswer(h);
+}
+
+KvRequest OrderRequest::FieldRequest(std::int32_t node, std::int64_t token, bool async,
+                                     std::int64_t number) const {
+  KvRequest r{{ReqField::NodeId(node)}, family_.code, fields_};
+  r.fields.push_back(ReqField::Long(fid::TOKEN, token));
+  if (async) r.fields.push_back(ReqField::Text(fid::KFSBDBH, NumberText(number)));
+  return r;
 }
 
 void OrderRequest::PutHead(std::int64_t token, const std::string& khh) {
@@ -143,7 +151,7 @@ bool OrderRequest::Write(kel::int64 session, std::int64_t number) {
   return kel::api.Kel_Write(session);
 }
 
-std::int64_t OrderRequest::ReadBlockAnswer(kel::int64 session) {
+Result<std::int64_t> OrderRequest::ReadBlockAnswer(kel::int64 session) {
   if (!kel::api.Kel_IsStruct(session, 0)) {
     std::int64_t code = kel::api.Kel_GetCode(session);
     if (code > 0) code = -code;
@@ -156,14 +164,16 @@ std::int64_t OrderRequest::ReadBlockAnswer(kel::int64 session) {
   if (!kel::api.Kel_GetStructData(session, answer, &len, -1)) len = 0;
   len = std::min(len, capacity);
 
-  if (len < kAnswerHeadLen) return Fail(-205, kAnswerTooShort);
+  if (len < static_cast<std::int32_t>(sizeof(AnswerHead))) {
+    return Fail(SECMOLRA_ERR_ANSWER, msg::kAnswerShort1);
+  }
   const AnswerHead& head = *reinterpret_cast<const AnswerHead*>(answer);
   if (head.code < family_.min_ok) return Fail(head.code, FieldText(head.message));
-  if (len < family_.answer_len) return Fail(-205, family_.short_answer);
-  return Result(answer, len);
+  if (len < family_.answer_len) return Fail(SECMOLRA_ERR_ANSWER, family_.short_answer);
+  return ResultOf(answer, len);
 }
 
-std::int64_t OrderRequest::Result(const char* answer, std::int32_t len) {
+std::int64_t OrderRequest::ResultOf(const char* answer, std::int32_t len) {
   switch (family_.result) {
     case ResultKind::kOrderNumber:
       return ReadAt<std::int64_t>(answer, offsetof(OrderEntrustAns, wth));
@@ -173,7 +183,7 @@ std::int64_t OrderRequest::Result(const char* answer, std::int32_t len) {
       return std::isfinite(q) && std::fabs(q) < kLimit ? static_cast<std::int64_t>(q) : 0;
     }
     case ResultKind::kQuantity32:
-      return ReadAt<std::int32_t>(answer, offsetof(TradableQtyAns, quantity));
+      return ReadAt<std::int32_t>(answer, offsetof(ETFTradableQtyAns, quantity));
     case ResultKind::kReturnCode:
       return ReadAt<std::int16_t>(answer, offsetof(AnswerHead, code));
     case ResultKind::kCustom:
@@ -182,11 +192,11 @@ std::int64_t OrderRequest::Result(const char* answer, std::int32_t len) {
   return 0;
 }
 
-std::int64_t OrderRequest::ReadFieldAnswer(kel::int64 session) {
-  kel::int32 code = kel::api.Kel_GetCode(session);
-  if (code < 0) return Fail(code, GetErrorString(session));
-  kel::int32 field = family_.result == ResultKind::kQuantity ? fid::WTSL : fid::WTH;
-  return kel::api.Kel_GetLong(session, field, -1);
+Result<std::int64_t> OrderRequest::ReadFieldAnswer(KelSession session) {
+  Result<KvAnswer> answer = RunPrepared(std::move(session), kNonNegativeCode);
+  if (!answer) return answer.TakeFailure().At(family_.name, record_);
+  const kel::int32 field = family_.result == ResultKind::kQuantity ? fid::WTSL : fid::WTH;
+  return kel::api.Kel_GetLong(answer->session.handle(), field, -1);
 }
 
 }  // namespace molra::trade

@@ -5,6 +5,8 @@
 // which the family's reply handler owns it.
 #pragma once
 
+#include <spdlog/spdlog.h>
+
 #include <chrono>
 #include <cstdint>
 #include <cstring>
@@ -13,28 +15,21 @@
 #include <string>
 #include <vector>
 
-#include <spdlog/spdlog.h>
-
-#include "log/named_line.h"
+#include "comm/kv_request.h"
+#include "core/messages.h"
+#include "core/status.h"
 #include "secmolra.h"
+#include "trade/named_line.h"
 #include "trade/order_family.h"
 
 namespace molra::trade {
 
-// Offsets of what the frame reads in every answer block.
-constexpr std::int32_t kAnswerHeadLen = 430;
-constexpr const char* kAnswerTooShort = "应答数据包不正确1";
-constexpr const char* kSendFailed = "发送请求失败";
-// Decimal places of a price set as a key/value field.
-constexpr kel::int32 kPricePrecision = 6;
-
 class OrderRequest {
  public:
   using Reader = std::function<std::int64_t(const char* answer, std::int32_t len)>;
-  using FieldSetter = std::function<void(kel::int64 session)>;
 
   // `record` is the customer (khh, node id, token); it also receives the account's copy of
-  // every error the frame records.
+  // every failure of the frame, which carries the family's name.
   OrderRequest(const OrderFamily& family, CusLoginInfo* record);
 
   const OrderFamily& family() const { return family_; }
@@ -51,9 +46,9 @@ class OrderRequest {
     }
     return *reinterpret_cast<T*>(block_);
   }
-  // Key/value families: fields set after Kel_CreateHead; the frame adds the token and,
-  // for asynchronous calls, the request number.
-  void Fields(FieldSetter set) { fields_ = std::move(set); }
+  // Key/value families: fields set after the head; the frame adds the token and, for
+  // asynchronous calls, the request number.
+  void Fields(ReqFields fields) { fields_ = std::move(fields); }
   // A named value of the family's log line (see the formats in the family table); a null
   // text is "". Nothing is kept when the line will not be written.
   template <typename T>
@@ -64,25 +59,27 @@ class OrderRequest {
   // Families whose result is not one value of the answer read it themselves.
   void Read(Reader reader) { reader_ = std::move(reader); }
   // Checks that run once the customer and its session are found, before the block is
-  // sent: a non-zero result (recorded by the check) ends the call with nothing sent.
-  void Prepare(std::function<std::int64_t()> check) { prepare_ = std::move(check); }
+  // sent: a failure ends the call with nothing sent.
+  void Prepare(std::function<Status()> check) { prepare_ = std::move(check); }
 
-  // Synchronous: the family's result, or a failure code with the last error set.
-  std::int64_t Run();
+  // Synchronous: the family's result.
+  Result<std::int64_t> Run();
   // Asynchronous: the request number once the request is written. `number` is the caller's
   // (0 generates one; batch families pass their tag, which is never generated).
-  std::int64_t Send(std::int64_t number);
+  Result<std::int64_t> Send(std::int64_t number);
 
  private:
-  std::int64_t Execute(bool async, std::int64_t number);
+  Result<std::int64_t> Execute(bool async, std::int64_t number);
   void PutHead(std::int64_t token, const std::string& khh);
   void PutNumber(std::int64_t number);
+  KvRequest FieldRequest(std::int32_t node, std::int64_t token, bool async,
+                         std::int64_t number) const;
   void LogLine(std::int64_t lsh);
   bool Write(kel::int64 session, std::int64_t number);
-  std::int64_t ReadBlockAnswer(kel::int64 session);
-  std::int64_t ReadFieldAnswer(kel::int64 session);
-  std::int64_t Result(const char* answer, std::int32_t len);
-  std::int64_t Fail(std::int64_t code, const std::string& msg);
+  Result<std::int64_t> ReadBlockAnswer(kel::int64 session);
+  Result<std::int64_t> ReadFieldAnswer(KelSession session);
+  std::int64_t ResultOf(const char* answer, std::int32_t len);
+  Failure Fail(std::int64_t code, std::string msg) const;
 
   // The largest block (the batch withdrawal's 6098 bytes) with room to spare: requests are
   // built on the stack, not on the heap.
@@ -94,9 +91,9 @@ class OrderRequest {
   spdlog::logger* const logger_;
   std::size_t block_len_;
   char block_[kMaxBlock];
-  FieldSetter fields_;
+  ReqFields fields_;
   Reader reader_;
-  std::function<std::int64_t()> prepare_;
+  std::function<Status()> prepare_;
   std::optional<NamedLine> line_;  // only while the log is on
   std::chrono::steady_clock::time_point start_;
 };

@@ -1,8 +1,8 @@
 // Tradable quantity of every business (synchronous only): how many units the customer can
 // trade at a price for a security, category and order type.
-#include "api/guard.h"
-#include "api/last_error.h"
 #include "comm/kel_api.h"
+#include "core/guard.h"
+#include "core/messages.h"
 #include "secmolra.h"
 #include "trade/order_args.h"
 #include "trade/order_blocks.h"
@@ -26,11 +26,11 @@ Target TargetOf(Fam fam) {
 }
 
 // The fields after the common prefix differ by family.
-void FillTail(OrderRequest& req, Fam fam, const TradableArgs& a) {
+void FillTail(OrderRequest& req, Fam fam, const OrderArgs& a) {
   switch (fam) {
     case Fam::kTradableQty: {
       TradableQtyReq& b = req.Block<TradableQtyReq>();
-      b.ddlx = a.ddlx;
+      b.ddlx = static_cast<std::int32_t>(a.ddlx);
       b.wtjg = a.wtjg;
       break;
     }
@@ -42,7 +42,7 @@ void FillTail(OrderRequest& req, Fam fam, const TradableArgs& a) {
     }
     case Fam::kPHDJTradableQty: {
       PHDJTradableQtyReq& b = req.Block<PHDJTradableQtyReq>();
-      b.ddlx = a.ddlx;
+      b.ddlx = static_cast<std::int32_t>(a.ddlx);
       b.wtjg = a.wtjg;
       break;
     }
@@ -51,7 +51,7 @@ void FillTail(OrderRequest& req, Fam fam, const TradableArgs& a) {
   }
 }
 
-void FillBlock(OrderRequest& req, Fam fam, const CusLoginInfo& rec, const TradableArgs& a) {
+void FillBlock(OrderRequest& req, Fam fam, const CusLoginInfo& rec, const OrderArgs& a) {
   TradableQtyPrefix& p = req.Block<TradableQtyPrefix>();
   CopyField(p.jys, a.jys);
   CopyField(p.gdh, rec.GDH);
@@ -60,97 +60,43 @@ void FillBlock(OrderRequest& req, Fam fam, const CusLoginInfo& rec, const Tradab
   FillTail(req, fam, a);
 }
 
-void SetFields(kel::int64 h, const CusLoginInfo& rec, const TradableArgs& a) {
-  SetSecurityFields(h, rec, a.jys, a.zqdm);
-  kel::api.Kel_SetInt(h, fid::JYLB, a.jylb);
-  kel::api.Kel_SetInt(h, fid::DDLX, a.ddlx);
-  kel::api.Kel_SetDouble(h, fid::WTJG, a.wtjg, kPricePrecision);
+ReqFields Fields(const CusLoginInfo& rec, const OrderArgs& a) {
+  ReqFields f = SecurityFields(rec, a.jys, a.zqdm);
+  f.insert(f.end(), {ReqField::Int(fid::JYLB, a.jylb),
+                     ReqField::Int(fid::DDLX, static_cast<std::int32_t>(a.ddlx)),
+                     ReqField::Double(fid::WTJG, a.wtjg)});
+  return f;
 }
 
 }  // namespace
 
-std::int64_t TradableImpl(Fam fam, CusLoginInfo* record, const TradableArgs& a) {
-  const OrderFamily* f = Resolve(TargetOf(fam), a.jylb, record);
-  if (f == nullptr) return -222;
+Result<std::int64_t> TradableImpl(Fam fam, CusLoginInfo* record, const OrderArgs& a) {
+  Result<const OrderFamily*> found = Resolve(TargetOf(fam), a.jylb, record);
+  if (!found) return found.TakeFailure();
+  const OrderFamily& f = **found;
   if (record == nullptr || a.jys == nullptr || a.zqdm == nullptr) {
-    return Refuse(*f, record, -221, kIllegal);
+    return Refuse(f, record, SECMOLRA_ERR_ARGUMENT, msg::kIllegalArgument);
   }
-  OrderRequest req(*f, record);
-  if (f->key_value) {
-    req.Fields([&](kel::int64 h) { SetFields(h, *record, a); });
+  OrderRequest req(f, record);
+  if (f.key_value) {
+    req.Fields(Fields(*record, a));
   } else {
     FillBlock(req, fam, *record, a);
   }
   req.Log("khh", FieldText(record->KHH)).Log("jys", a.jys).Log("zqdm", a.zqdm);
-  req.Log("jylb", a.jylb).Log("wtjg", a.wtjg).Log("ddlx", a.ddlx).Log("gdh", FieldText(record->GDH));
+  req.Log("jylb", a.jylb)
+      .Log("wtjg", a.wtjg)
+      .Log("ddlx", a.ddlx)
+      .Log("gdh", FieldText(record->GDH));
   return req.Run();
 }
 
-namespace {
-
-std::int64_t Plain(const char* func, Fam fam, const char* khh, const char* gdh,
-                   const TradableArgs& a) {
-  ArgCheck c = CheckOrderArgs(func, khh, a.jys, a.zqdm, gdh, false, 0);
-  if (!c.ok()) return c.code();
-  CusLoginInfo rec = MakeRecord(khh, gdh);
-  return TradableImpl(fam, &rec, a);
+Result<std::int64_t> RunTradable(const char*, Fam fam, const Caller& c, const OrderArgs& a, Mode) {
+  ArgCheck check = c.ex ? CheckOrderArgsEx(c.record, a.jys, a.zqdm, false, 0)
+                        : CheckOrderArgs(c.khh, a.jys, a.zqdm, c.gdh, false, 0);
+  if (!check.ok()) return check.status().TakeFailure();
+  CusLoginInfo own;
+  return DropAccount(TradableImpl(fam, c.Record(own), a), &own);
 }
 
-std::int64_t WithRecord(const char* func, Fam fam, CusLoginInfo* rec, const TradableArgs& a) {
-  ArgCheck c = CheckOrderArgsEx(func, rec, a.jys, a.zqdm, false, 0);
-  if (!c.ok()) return c.code();
-  return TradableImpl(fam, rec, a);
-}
-
-}  // namespace
 }  // namespace molra::trade
-
-using namespace molra::trade;
-using molra::Guard;
-
-// Families asked with a price and an order type.
-#define MOLRA_TRADABLE_PRICED(Name, fam)                                                      \
-  SECMOLRA_API int64_t SECMOLRA_##Name(const char* lpKhh, const char* lpJys,                 \
-                                       const char* lpZqdm, int32_t nJylb, double lfWtjg,     \
-                                       int32_t lDdlx, const char* lpGdh) {                   \
-    return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&] {                                      \
-      return Plain("SECMOLRA_" #Name, fam, lpKhh, lpGdh, {lpJys, lpZqdm, nJylb, lfWtjg, lDdlx}); \
-    });                                                                                       \
-  }                                                                                           \
-  SECMOLRA_API int64_t SECMOLRA_##Name##Ex(CusLoginInfo* info, const char* lpJys,            \
-                                           const char* lpZqdm, int32_t nJylb, double lfWtjg, \
-                                           int32_t lDdlx) {                                  \
-    return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&] {                                      \
-      return WithRecord("SECMOLRA_" #Name "Ex", fam, info, {lpJys, lpZqdm, nJylb, lfWtjg, lDdlx}); \
-    });                                                                                       \
-  }
-
-// Families asked without price and order type.
-#define MOLRA_TRADABLE_PLAIN(Name, fam)                                                       \
-  SECMOLRA_API int64_t SECMOLRA_##Name(const char* lpKhh, const char* lpJys,                 \
-                                       const char* lpZqdm, int32_t nJylb, const char* lpGdh) { \
-    return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&] {                                      \
-      return Plain("SECMOLRA_" #Name, fam, lpKhh, lpGdh, {lpJys, lpZqdm, nJylb, 0, 0});       \
-    });                                                                                       \
-  }                                                                                           \
-  SECMOLRA_API int64_t SECMOLRA_##Name##Ex(CusLoginInfo* info, const char* lpJys,            \
-                                           const char* lpZqdm, int32_t nJylb) {              \
-    return Guard(__func__, SECMOLRA_ERR_INTERNAL, [&] {                                      \
-      return WithRecord("SECMOLRA_" #Name "Ex", fam, info, {lpJys, lpZqdm, nJylb, 0, 0});     \
-    });                                                                                       \
-  }
-
-extern "C" {
-
-MOLRA_TRADABLE_PRICED(TradableQty, Fam::kTradableQty)
-MOLRA_TRADABLE_PLAIN(ETFTradableQty, Fam::kETFTradableQty)
-MOLRA_TRADABLE_PLAIN(ZQHGTradableQty, Fam::kZQHGTradableQty)
-MOLRA_TRADABLE_PRICED(LOFTradableQty, Fam::kLOFTradableQty)
-MOLRA_TRADABLE_PRICED(PHDJTradableQty, Fam::kPHDJTradableQty)
-MOLRA_TRADABLE_PRICED(FXYWTradableQty, Fam::kFXYWTradableQty)
-MOLRA_TRADABLE_PRICED(FJYTradableQty, Fam::kFJYTradableQty)
-
-}  // extern "C"
-
-#undef MOLRA_TRADABLE_PRICED
-#undef MOLRA_TRADABLE_PLAIN

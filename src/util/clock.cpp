@@ -22,7 +22,8 @@ LocalTime NowLocal() {
 std::uint64_t TickCountMs() {
   timespec ts;
   clock_gettime(CLOCK_MONOTONIC, &ts);
-  return static_cast<std::uint64_t>(ts.tv_sec) * 1000u + static_cast<std::uint64_t>(ts.tv_nsec) / 1000000u;
+  return static_cast<std::uint64_t>(ts.tv_sec) * 1000u +
+         static_cast<std::uint64_t>(ts.tv_nsec) / 1000000u;
 }
 LocalTime NowLocal() {
   timeval tv;
@@ -30,7 +31,12 @@ LocalTime NowLocal() {
   tm t;
   time_t secs = tv.tv_sec;
   localtime_r(&secs, &t);
-  return {t.tm_year + 1900, t.tm_mon + 1, t.tm_mday, t.tm_hour, t.tm_min, t.tm_sec,
+  return {t.tm_year + 1900,
+          t.tm_mon + 1,
+          t.tm_mday,
+          t.tm_hour,
+          t.tm_min,
+          t.tm_sec,
           static_cast<int>(tv.tv_usec / 1000)};
 }
 #endif

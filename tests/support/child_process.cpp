@@ -21,7 +21,8 @@ std::string NameOf(const std::string& entry) { return entry.substr(0, entry.find
 
 }  // namespace
 
-ChildProcess::ChildProcess(const std::vector<std::string>& argv, const std::vector<std::string>& env_set) {
+ChildProcess::ChildProcess(const std::vector<std::string>& argv,
+                           const std::vector<std::string>& env_set) {
   int in[2], out[2];
   if (pipe(in) != 0) return;
   if (pipe(out) != 0) {
@@ -92,7 +93,8 @@ bool ChildProcess::ReadToEnd(int seconds) {
 }
 
 ChildProcess::Got ChildProcess::ReadSome(std::chrono::steady_clock::time_point deadline) {
-  auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
+  auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
+      deadline - std::chrono::steady_clock::now());
   pollfd p{out_fd_, POLLIN, 0};
   if (left.count() <= 0 || poll(&p, 1, static_cast<int>(left.count())) <= 0) return Got::TimeOut;
   char buf[4096];

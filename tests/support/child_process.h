@@ -14,7 +14,8 @@ class ChildProcess {
   // Starts `argv[0]` with the arguments, in the current folder, with the environment,
   // MOLRA_BUILD_DIR set to the build folder and the "NAME=value" entries of `env` (which replace
   // variables of the same name).
-  explicit ChildProcess(const std::vector<std::string>& argv, const std::vector<std::string>& env = {});
+  explicit ChildProcess(const std::vector<std::string>& argv,
+                        const std::vector<std::string>& env = {});
   ~ChildProcess();
   ChildProcess(const ChildProcess&) = delete;
   ChildProcess& operator=(const ChildProcess&) = delete;

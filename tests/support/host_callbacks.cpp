@@ -1,7 +1,7 @@
 #include "support/host_callbacks.h"
 
-#include "api/kit_state.h"
-#include "log/log.h"
+#include "core/context.h"
+#include "core/log.h"
 #include "support/test_support.h"
 
 namespace molra::test {
@@ -10,13 +10,13 @@ HostCallbacks* HostCallbacks::current_ = nullptr;
 
 HostCallbacks::HostCallbacks(bool install_msg, bool install_func) {
   current_ = this;
-  Kit().msg_callback.store(install_msg ? &OnMessage : nullptr);
-  Kit().func_callback.store(install_func ? &OnFunction : nullptr);
+  Host().msg_callback.store(install_msg ? &OnMessage : nullptr);
+  Host().func_callback.store(install_func ? &OnFunction : nullptr);
 }
 
 HostCallbacks::~HostCallbacks() {
-  Kit().msg_callback.store(nullptr);
-  Kit().func_callback.store(nullptr);
+  Host().msg_callback.store(nullptr);
+  Host().func_callback.store(nullptr);
   current_ = nullptr;
 }
 

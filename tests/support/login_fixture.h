@@ -6,8 +6,8 @@
 
 #include <string>
 
+#include "core/log.h"
 #include "kelsim.h"
-#include "log/log.h"
 #include "secmolra.h"
 #include "support/test_support.h"
 
@@ -19,7 +19,8 @@ namespace molra::test {
 inline std::string TradeSection(const std::string& extra = "") {
   return "[T]\naddr=127.0.0.1:9101\ntradeaddr=127.0.0.1:9102\nqueryaddr=127.0.0.1:9103\n"
          "subscribeaddr=127.0.0.1:9104\nName=sim\nAppName=molra-test\nwtgy=GY01\n"
-         "exchange=SHA\n" + extra;
+         "exchange=SHA\n" +
+         extra;
 }
 
 class LoginTest : public ::testing::Test {

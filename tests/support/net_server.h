@@ -50,7 +50,9 @@ class NetServer {
   }
   bool listening() const { return server_ != nullptr; }
   std::string address() const { return server_ ? server_->address() : std::string("127.0.0.1:1"); }
-  std::uint16_t port() const { return static_cast<std::uint16_t>(std::stoi(address().substr(address().rfind(':') + 1))); }
+  std::uint16_t port() const {
+    return static_cast<std::uint16_t>(std::stoi(address().substr(address().rfind(':') + 1)));
+  }
   sim::Exchange& exchange() { return exchange_; }
 
  private:

@@ -13,9 +13,9 @@ namespace molra::test {
 
 struct OrderCall {
   trade::Fam fam;
-  const char* name;           // the export called
+  const char* name;  // the export called
   std::int64_t (*sync)();
-  std::int64_t (*async)();    // null: the family has no asynchronous form
+  std::int64_t (*async)();  // null: the family has no asynchronous form
 };
 
 inline BatchOrderRow OneBatchRow() {
@@ -32,17 +32,28 @@ inline BatchOrderRow OneBatchRow() {
 #define MOLRA_GDH "A000001001"
 // A family with both forms: the asynchronous one takes the same arguments and a request
 // number (0: generated), except the batch exports, whose serial number is already there.
-#define MOLRA_BOTH(fam, fn, ...)                                 \
-  {Fam::fam, #fn, [] { return SECMOLRA_##fn(__VA_ARGS__); },    \
-   [] { return SECMOLRA_##fn##_ASync(__VA_ARGS__, 0); }}
-#define MOLRA_SYNC(fam, fn, ...) {Fam::fam, #fn, [] { return SECMOLRA_##fn(__VA_ARGS__); }, nullptr}
+#define MOLRA_BOTH(fam, fn, ...)                              \
+  {                                                           \
+    Fam::fam, #fn, [] { return SECMOLRA_##fn(__VA_ARGS__); }, \
+        [] { return SECMOLRA_##fn##_ASync(__VA_ARGS__, 0); }  \
+  }
+#define MOLRA_SYNC(fam, fn, ...)                                      \
+  {                                                                   \
+    Fam::fam, #fn, [] { return SECMOLRA_##fn(__VA_ARGS__); }, nullptr \
+  }
 inline const std::vector<OrderCall>& OrderCalls() {
   using trade::Fam;
   static const std::vector<OrderCall> calls = {
       MOLRA_BOTH(kOrderEntrust, OrderEntrust, "1001", "SH", "600000", 1, 100, 10.0, 0, MOLRA_GDH),
       {Fam::kBatchEntrust, "BatchOrderEntrust",
-       [] { std::vector<BatchOrderRow> rows{OneBatchRow()}; return SECMOLRA_BatchOrderEntrust("1001", rows, 7); },
-       [] { std::vector<BatchOrderRow> rows{OneBatchRow()}; return SECMOLRA_BatchOrderEntrust_ASync("1001", rows, 7); }},
+       [] {
+         std::vector<BatchOrderRow> rows{OneBatchRow()};
+         return SECMOLRA_BatchOrderEntrust("1001", rows, 7);
+       },
+       [] {
+         std::vector<BatchOrderRow> rows{OneBatchRow()};
+         return SECMOLRA_BatchOrderEntrust_ASync("1001", rows, 7);
+       }},
       MOLRA_BOTH(kETFSubscribe, ETFEntrust, "1001", "SH", "510050", 29, 10000, MOLRA_GDH, nullptr),
       MOLRA_BOTH(kETFRedeem, ETFEntrust, "1001", "SH", "510050", 30, 10000, MOLRA_GDH, nullptr),
       MOLRA_BOTH(kZQHGEntrust, ZQHGEntrust, "1001", "SH", "204001", 4, 10, 2.0, 0, MOLRA_GDH),
@@ -50,7 +61,8 @@ inline const std::vector<OrderCall>& OrderCalls() {
       MOLRA_BOTH(kLof, Lof, "1001", "SH", "501000", 41, 100, 1.0, '0', MOLRA_GDH),
       MOLRA_BOTH(kPHDJEntrust, PHDJEntrust, "1001", "SH", "600000", 1, 100, 10.0, 0, MOLRA_GDH),
       MOLRA_BOTH(kFXYWPeiGu, FXYW, "1001", "SH", "600000", 1, 100, 10.0, 0, MOLRA_GDH),
-      MOLRA_SYNC(kDZJY, DZJY, "1001", "SH", "600000", 55, 100, 10.0, 0, MOLRA_GDH, "", "", "", "", "", 0, 0),
+      MOLRA_SYNC(kDZJY, DZJY, "1001", "SH", "600000", 55, 100, 10.0, 0, MOLRA_GDH, "", "", "", "",
+                 "", 0, 0),
       MOLRA_BOTH(kFJYConvertible, FJY, "1001", "SH", "600000", 11, 100, 10.0, 0, MOLRA_GDH),
       MOLRA_BOTH(kOrderWithdraw, OrderWithdraw, "1001", "SH", 1),
       MOLRA_BOTH(kETFWithdraw, ETFWithdraw, "1001", "SH", 1),
@@ -59,7 +71,8 @@ inline const std::vector<OrderCall>& OrderCalls() {
       MOLRA_BOTH(kPHDJWithdraw, PHDJWithdraw, "1001", "SH", 1),
       MOLRA_BOTH(kFXYWWithdraw, FXYWWithdraw, "1001", "SH", 1),
       MOLRA_BOTH(kFJYWithdraw, FJYWithdraw, "1001", "SH", 1),
-      {Fam::kBatchWithdraw, "BatchOrderWithdraw", [] { return SECMOLRA_BatchOrderWithdraw("1001", 7); },
+      {Fam::kBatchWithdraw, "BatchOrderWithdraw",
+       [] { return SECMOLRA_BatchOrderWithdraw("1001", 7); },
        [] { return SECMOLRA_BatchOrderWithdraw_ASync("1001", 7); }},
       MOLRA_SYNC(kTradableQty, TradableQty, "1001", "SH", "600000", 1, 10.0, 0, MOLRA_GDH),
       MOLRA_SYNC(kETFTradableQty, ETFTradableQty, "1001", "SH", "510050", 29, MOLRA_GDH),

@@ -1,7 +1,7 @@
 // The 17 reply handlers of asynchronous requests, for tests and fuzzers that run them all.
 #pragma once
 
-#include "push/replies.h"
+#include "trade/replies.h"
 
 namespace molra::test {
 

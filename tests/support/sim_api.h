@@ -14,7 +14,8 @@ inline const kel::Api& SimKel() {
   static const kel::Api api = [] {
     kel::Api a;
     void** slots = reinterpret_cast<void**>(&a);
-    for (int i = 0; i < kel::kEntryPointCount; ++i) slots[i] = Sim::Get().Symbol(kel::kEntryPointNames[i]);
+    for (int i = 0; i < kel::kEntryPointCount; ++i)
+      slots[i] = Sim::Get().Symbol(kel::kEntryPointNames[i]);
     return a;
   }();
   return api;
@@ -42,7 +43,8 @@ class SimBlock {
     Int(26, 4, 20200728);
   }
   SimBlock& Int(std::size_t off, int width, long long v) {
-    for (int i = 0; i < width; ++i) b_[off + i] = static_cast<char>((static_cast<unsigned long long>(v) >> (8 * i)) & 0xff);
+    for (int i = 0; i < width; ++i)
+      b_[off + i] = static_cast<char>((static_cast<unsigned long long>(v) >> (8 * i)) & 0xff);
     return *this;
   }
   SimBlock& Double(std::size_t off, double d) {
@@ -62,7 +64,8 @@ class SimBlock {
 
 inline long long ReadInt(const std::string& b, std::size_t off, int width) {
   unsigned long long v = 0;
-  for (int i = 0; i < width && off + i < b.size(); ++i) v |= static_cast<unsigned long long>(static_cast<unsigned char>(b[off + i])) << (8 * i);
+  for (int i = 0; i < width && off + i < b.size(); ++i)
+    v |= static_cast<unsigned long long>(static_cast<unsigned char>(b[off + i])) << (8 * i);
   if (width < 8 && (v >> (8 * width - 1)) & 1) v |= ~0ULL << (8 * width);
   return static_cast<long long>(v);
 }
@@ -72,18 +75,22 @@ inline double ReadDouble(const std::string& b, std::size_t off) {
   std::memcpy(&d, &v, 8);
   return d;
 }
-inline std::string ReadText(const std::string& b, std::size_t off) { return std::string(b.c_str() + off); }
+inline std::string ReadText(const std::string& b, std::size_t off) {
+  return std::string(b.c_str() + off);
+}
 
 // Drives the simulated transport as a client: one connection, synchronous requests.
 class SimClient {
  public:
-  explicit SimClient(const char* addr = "127.0.0.1:9102") : conn(SimKel().Kel_Connect(addr, "", "", 10)) {}
+  explicit SimClient(const char* addr = "127.0.0.1:9102")
+      : conn(SimKel().Kel_Connect(addr, "", "", 10)) {}
   ~SimClient() {
     if (s_) SimKel().Kel_ReleaseSession(s_);
   }
 
   // A key/value request; the answer stays readable through session() until the next request.
-  bool Kv(const std::string& func, const std::vector<std::pair<int, std::string>>& fields, int node = 0) {
+  bool Kv(const std::string& func, const std::vector<std::pair<int, std::string>>& fields,
+          int node = 0) {
     Fresh();
     const kel::Api& k = SimKel();
     k.Kel_SetNodeId(s_, node);

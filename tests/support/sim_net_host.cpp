@@ -90,8 +90,9 @@ std::string Stats() {
   std::string events;
   for (int e : s.events) events += (events.empty() ? "" : ",") + std::to_string(e);
   std::ostringstream out;
-  out << "replies " << s.replies.size() << " dup " << Extra(s.replies) << " failed " << s.failed << " pushes "
-      << s.pushes.size() << " dup " << Extra(s.pushes) << " events " << (events.empty() ? "-" : events);
+  out << "replies " << s.replies.size() << " dup " << Extra(s.replies) << " failed " << s.failed
+      << " pushes " << s.pushes.size() << " dup " << Extra(s.pushes) << " events "
+      << (events.empty() ? "-" : events);
   return out.str();
 }
 
@@ -141,7 +142,8 @@ struct Host {
       long long qty = 0;
       double price = 0;
       in >> zqdm >> qty >> price;
-      long long wth = SECMOLRA_OrderEntrust(khh.c_str(), "SH", zqdm.c_str(), 1, qty, price, 0, Gdh(khh).c_str());
+      long long wth = SECMOLRA_OrderEntrust(khh.c_str(), "SH", zqdm.c_str(), 1, qty, price, 0,
+                                            Gdh(khh).c_str());
       return wth > 0 ? "wth " + std::to_string(wth) : "refused " + std::to_string(wth);
     }
     if (cmd == "async") {
@@ -152,7 +154,8 @@ struct Host {
       in >> n >> zqdm >> qty >> price;
       std::string gdh = Gdh(khh);
       for (int i = 0; i < n; ++i) {
-        long long r = SECMOLRA_OrderEntrust_ASync(khh.c_str(), "SH", zqdm.c_str(), 1, qty, price, 0, gdh.c_str(), next_tag++);
+        long long r = SECMOLRA_OrderEntrust_ASync(khh.c_str(), "SH", zqdm.c_str(), 1, qty, price, 0,
+                                                  gdh.c_str(), next_tag++);
         if (r <= 0) return "sent " + std::to_string(i) + " failed " + std::to_string(r);
       }
       return "sent " + std::to_string(n);

@@ -55,10 +55,15 @@ class SimTradingTest : public ::testing::Test {
   virtual void BeforeLoad() {}
 
   // An ordinary order of 1001; the answer block.
-  std::string Entrust(const char* zqdm, int jylb, long long qty, double price, const char* kfsbdbh = "",
-                      const char* jys = "SH", int ddlx = 0) {
+  std::string Entrust(const char* zqdm, int jylb, long long qty, double price,
+                      const char* kfsbdbh = "", const char* jys = "SH", int ddlx = 0) {
     SimBlock b(19001, 137, token, "1001");
-    b.Text(55, 3, jys).Text(69, 9, zqdm).Int(78, 1, jylb).Int(79, 4, qty).Double(83, price).Int(91, 1, ddlx);
+    b.Text(55, 3, jys)
+        .Text(69, 9, zqdm)
+        .Int(78, 1, jylb)
+        .Int(79, 4, qty)
+        .Double(83, price)
+        .Int(91, 1, ddlx);
     b.Text(120, 17, kfsbdbh);
     return c.Run(b);
   }
@@ -94,8 +99,8 @@ class SimTradingTest : public ::testing::Test {
   }
 
   // The book of a security: one level a side per entry of bids and asks ({price, volume}).
-  static void Book(const char* zqdm, double last, std::vector<KelSimLevel> bids, std::vector<KelSimLevel> asks,
-                   const char* jys = "SH") {
+  static void Book(const char* zqdm, double last, std::vector<KelSimLevel> bids,
+                   std::vector<KelSimLevel> asks, const char* jys = "SH") {
     KelSimQuote q{};
     std::snprintf(q.jys, sizeof q.jys, "%s", jys);
     std::snprintf(q.zqdm, sizeof q.zqdm, "%s", zqdm);

@@ -11,7 +11,14 @@
 #include <stdexcept>
 #include <vector>
 
-#include "log/log.h"
+#if defined(_WIN32)
+#include <windows.h>
+#else
+#include <iconv.h>
+#endif
+
+#include "core/context.h"
+#include "core/log.h"
 #include "secmolra.h"
 #include "util/dynlib.h"
 
@@ -31,9 +38,9 @@ std::string BuildDir() {
 }
 
 std::string MakeTempDir() {
-  static std::mt19937_64 rng(std::random_device{}() ^
-                             static_cast<unsigned long long>(
-                                 std::chrono::steady_clock::now().time_since_epoch().count()));
+  static std::mt19937_64 rng(
+      std::random_device{}() ^
+      static_cast<unsigned long long>(std::chrono::steady_clock::now().time_since_epoch().count()));
   fs::path p = fs::temp_directory_path() / ("molra-test-" + std::to_string(rng()));
   fs::create_directories(p);
   return p.string();
@@ -95,6 +102,13 @@ std::string Sim::CallLog() {
 
 void Sim::ClearCallLog() { Fn<void (*)()>("KelSim_ClearCallLog")(); }
 
+CusRegistry& Customers() { return CurrentKit()->customers; }
+
+ConnPool* KitPool() {
+  Kit* kit = CurrentKit();
+  return kit != nullptr ? kit->pool() : nullptr;
+}
+
 std::int64_t LastError(std::string* msg) {
   std::vector<char> buf(1 << 20);
   std::int64_t code = SECMOLRA_GetLastError(buf.data());
@@ -111,6 +125,35 @@ std::string LastErrorText() {
 std::string KitLog(const std::string& dir) {
   if (auto* l = g_logger.load()) l->flush();
   return ReadFile(dir + "/molra_" + Today() + ".log");
+}
+
+std::string Gbk(const std::string& utf8) {
+#if defined(_WIN32)
+  const int wide_len = MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, utf8.data(),
+                                           static_cast<int>(utf8.size()), nullptr, 0);
+  std::wstring wide(static_cast<std::size_t>(wide_len), L'\0');
+  MultiByteToWideChar(CP_UTF8, 0, utf8.data(), static_cast<int>(utf8.size()), wide.data(),
+                      wide_len);
+  const int len = WideCharToMultiByte(936, 0, wide.data(), wide_len, nullptr, 0, nullptr, nullptr);
+  std::string out(static_cast<std::size_t>(len), '\0');
+  WideCharToMultiByte(936, 0, wide.data(), wide_len, out.data(), len, nullptr, nullptr);
+  if (utf8.size() > 0 && (wide_len == 0 || len == 0))
+    throw std::runtime_error("no GBK for " + utf8);
+  return out;
+#else
+  iconv_t cd = iconv_open("GBK", "UTF-8");
+  if (cd == reinterpret_cast<iconv_t>(-1)) throw std::runtime_error("iconv lacks GBK");
+  std::string in = utf8;
+  std::string out(utf8.size() * 2 + 1, '\0');
+  char* src = in.data();
+  char* dst = out.data();
+  std::size_t src_left = in.size(), dst_left = out.size();
+  const std::size_t r = iconv(cd, &src, &src_left, &dst, &dst_left);
+  iconv_close(cd);
+  if (r == static_cast<std::size_t>(-1)) throw std::runtime_error("no GBK for " + utf8);
+  out.resize(out.size() - dst_left);
+  return out;
+#endif
 }
 
 }  // namespace molra::test

@@ -5,6 +5,11 @@
 #include <cstdint>
 #include <string>
 
+namespace molra {
+class ConnPool;
+class CusRegistry;
+}  // namespace molra
+
 namespace molra::test {
 
 // The build directory (where kelapi50.dll is): MOLRA_BUILD_DIR, else the directory the test
@@ -44,11 +49,21 @@ T V(T v) {
   return v;
 }
 
+// The running kit's connection pool; null without a kit or after SECMOLRA_Exit.
+molra::ConnPool* KitPool();
+// The running kit's customer registry (SECMOLRA_Init first).
+molra::CusRegistry& Customers();
+
 // The kit's last error as (code, message), and its message alone.
 std::int64_t LastError(std::string* msg = nullptr);
 std::string LastErrorText();
 
 // The kit's log file of today in dir, flushed first.
 std::string KitLog(const std::string& dir);
+
+// The GBK bytes of a UTF-8 text: the tests write the kit's texts as they read, and compare
+// what the kit hands out byte for byte. Converted by the platform (iconv, or the Windows
+// code page 936), independently of the kit's own table.
+std::string Gbk(const std::string& utf8);
 
 }  // namespace molra::test

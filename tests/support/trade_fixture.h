@@ -10,8 +10,8 @@
 #include <string>
 #include <vector>
 
+#include "core/log.h"
 #include "kelsim.h"
-#include "log/log.h"
 #include "secmolra.h"
 #include "support/byte_block.h"
 #include "support/test_support.h"

@@ -1,37 +1,43 @@
 // Replies to asynchronous requests: one frame for every business, driven by a table of what
 // each business reports. A reply becomes one JSON text for the function callback (type 14).
-#include "push/replies.h"
+#include "trade/replies.h"
 
 #include <charconv>
 
-#include "api/guard.h"
-#include "api/kit_state.h"
-#include "api/last_error.h"
 #include "comm/conn_pool.h"
 #include "comm/kel_api.h"
-#include "log/log.h"
-#include "push/json_text.h"
+#include "core/context.h"
+#include "core/errors.h"
+#include "core/guard.h"
+#include "core/json_text.h"
+#include "core/log.h"
+#include "core/messages.h"
+#include "trade/order_blocks.h"
 #include "util/field_ids.h"
 
 namespace molra {
 namespace {
 
-constexpr int kReplyType = 14;
-constexpr char kShortAnswer1[] = "应答数据包不正确1";
-constexpr char kShortAnswer[] = "应答数据包不正确";
+using namespace trade;
 
-// Every structured answer: return code, return note, order number, entrust time.
-constexpr int kMinAnswer = 430;
-constexpr int kCodeAt = 11;
-constexpr int kNoteAt = 302, kNoteWidth = 128;
-constexpr int kWthAt = 443;
-constexpr int kWtsjAt = 451, kWtsjWidth = 13;
+constexpr int kReplyType = 14;
+
+// Offsets and widths of the blocks (trade/order_blocks.h). Every structured answer: return
+// code, return note, order number, entrust time.
+constexpr int kMinAnswer = sizeof(AnswerHead);
+constexpr int kCodeAt = offsetof(AnswerHead, code);
+constexpr int kNoteAt = offsetof(AnswerHead, message), kNoteWidth = sizeof(AnswerHead::message);
+constexpr int kWthAt = offsetof(OrderEntrustAns, wth);
+constexpr int kWtsjAt = offsetof(OrderEntrustAns, wtsj), kWtsjWidth = sizeof(OrderEntrustAns::wtsj);
 // The request block's customer number.
-constexpr int kReqKhhAt = 13, kReqKhhWidth = 13;
+constexpr int kReqKhhAt = offsetof(OrderReqHead, khh), kReqKhhWidth = sizeof(OrderReqHead::khh);
 // Batch entrust: rows of the request, and the answer's count, funds, numbers and notes.
-constexpr int kReqRowsAt = 64, kReqRowWidth = 30, kMaxRows = 100;
-constexpr int kBatchSuccessAt = 443, kBatchDjzjAt = 447, kBatchWthAt = 455;
-constexpr int kBatchNoteAt = 1263, kBatchNoteWidth = 64;
+constexpr int kReqRowsAt = offsetof(BatchOrderReq, rows), kReqRowWidth = kBatchRowWidth;
+constexpr int kBatchSuccessAt = offsetof(BatchOrderAns, count);
+constexpr int kBatchDjzjAt = offsetof(BatchOrderAns, djzj);
+constexpr int kBatchWthAt = offsetof(BatchOrderAns, wth);
+constexpr int kBatchNoteAt = offsetof(BatchOrderAns, notes);
+constexpr int kBatchNoteWidth = sizeof(BatchOrderAns::notes[0]);
 
 enum class Form : std::uint8_t {
   kSingle,         // one order's structured answer
@@ -42,48 +48,80 @@ enum class Form : std::uint8_t {
 
 enum class Third : std::uint8_t {
   kNone,
-  kDjzj,             // "DJZJ", a double
-  kSbjg,             // "SBJG", an int32 (key/value: an integer field)
-  kSbjgFromDouble,   // "SBJG", a double truncated toward zero
+  kDjzj,            // "DJZJ", a double
+  kSbjg,            // "SBJG", an int32 (key/value: an integer field)
+  kSbjgFromDouble,  // "SBJG", a double truncated toward zero
 };
 
 struct ReplyKind {
   const char* name;  // also the function name of a refusal's last error
   int jylx;
   Form form;
-  int min_len;    // a structured answer with a positive code must be at least this long
   int wth_width;  // bytes of the order number at 443 (8 or 4)
   Third third;
-  int third_at;   // byte offset of a structured answer, field id of a key/value one
+  int min_len;   // a structured answer with a positive code must be at least this long
+  int third_at;  // byte offset of a structured answer, field id of a key/value one
 };
 
 enum Reply {
-  kOrder, kBatchOrder, kEtfSg, kEtfSh, kZqhg, kZqcrk, kLof, kPhdj, kFxyw, kFjy,
-  kOrderWithdraw, kBatchWithdraw, kEtfWithdraw, kZqhgWithdraw, kLofWithdraw, kPhdjWithdraw,
-  kFxywWithdraw, kReplyCount
+  kOrder,
+  kBatchOrder,
+  kEtfSg,
+  kEtfSh,
+  kZqhg,
+  kZqcrk,
+  kLof,
+  kPhdj,
+  kFxyw,
+  kFjy,
+  kOrderWithdraw,
+  kBatchWithdraw,
+  kEtfWithdraw,
+  kZqhgWithdraw,
+  kLofWithdraw,
+  kPhdjWithdraw,
+  kFxywWithdraw,
+  kReplyCount
 };
 
-// The repurchase withdrawal's "SBJG" at 512 lies past its minimum length of 512: it is read
-// only when the answer holds those bytes (every read below is bounded by the answer).
+// The answer block's length and where its third value lies.
+#define MOLRA_ANSWER(T, third) sizeof(T), offsetof(T, third)
+
+// The repurchase withdrawal's "SBJG" lies right after its 512-byte answer: it is read only
+// when the answer holds those bytes (every read below is bounded by the answer).
 constexpr ReplyKind kReplies[kReplyCount] = {
-    {"Sc_Order_AsyncFuncProcess", 30, Form::kSingle, 472, 8, Third::kDjzj, 464},
-    {"Sc_BatchOrder_AsyncFuncProcess", 30, Form::kBatch, 7663, 0, Third::kNone, 0},
-    {"Sc_ETFSG_AsyncFuncProcess", 31, Form::kSingle, 472, 8, Third::kDjzj, 464},
-    {"Sc_ETFSH_AsyncFuncProcess", 32, Form::kSingle, 472, 8, Third::kDjzj, 464},
-    {"Sc_ZQHG_AsyncFuncProcess", 33, Form::kSingle, 472, 4, Third::kDjzj, 464},
-    {"Sc_ZQCRK_AsyncFuncProcess", 34, Form::kSingle, 472, 4, Third::kDjzj, 464},
-    {"Sc_LOF_AsyncFuncProcess", 35, Form::kSingle, 475, 4, Third::kDjzj, 467},
-    {"Sc_PHDJ_AsyncFuncProcess", 36, Form::kSingle, 472, 8, Third::kDjzj, 464},
-    {"Sc_FXYW_AsyncFuncProcess", 37, Form::kKeyValue, 0, 0, Third::kDjzj, fid::DJZJ},
-    {"Sc_FJY_AsyncFuncProcess", 38, Form::kKeyValue, 0, 0, Third::kDjzj, fid::DJZJ},
-    {"Sc_OrderWithDraw_AsyncFuncProcess", 40, Form::kSingle, 516, 4, Third::kSbjg, 467},
-    {"Sc_BatchOrderWithDraw_AsyncFuncProcess", 41, Form::kBatchWithdraw, 6459, 0, Third::kNone, 0},
-    {"Sc_ETFWithDraw_AsyncFuncProcess", 42, Form::kSingle, 517, 4, Third::kSbjgFromDouble, 464},
-    {"Sc_ZQHGWithDraw_AsyncFuncProcess", 43, Form::kSingle, 512, 4, Third::kSbjg, 512},
-    {"Sc_LOFWithDraw_AsyncFuncProcess", 44, Form::kSingle, 516, 4, Third::kSbjg, 467},
-    {"Sc_PHDJWithDraw_AsyncFuncProcess", 45, Form::kSingle, 516, 4, Third::kSbjg, 467},
-    {"Sc_FXYWWithDraw_AsyncFuncProcess", 46, Form::kKeyValue, 0, 0, Third::kSbjg, fid::SBJG},
+    {"Sc_Order_AsyncFuncProcess", 30, Form::kSingle, 8, Third::kDjzj,
+     MOLRA_ANSWER(OrderEntrustAns, djzj)},
+    {"Sc_BatchOrder_AsyncFuncProcess", 30, Form::kBatch, 0, Third::kNone, sizeof(BatchOrderAns), 0},
+    {"Sc_ETFSG_AsyncFuncProcess", 31, Form::kSingle, 8, Third::kDjzj,
+     MOLRA_ANSWER(OrderEntrustAns, djzj)},
+    {"Sc_ETFSH_AsyncFuncProcess", 32, Form::kSingle, 8, Third::kDjzj,
+     MOLRA_ANSWER(OrderEntrustAns, djzj)},
+    {"Sc_ZQHG_AsyncFuncProcess", 33, Form::kSingle, 4, Third::kDjzj,
+     MOLRA_ANSWER(OrderEntrustAns, djzj)},
+    {"Sc_ZQCRK_AsyncFuncProcess", 34, Form::kSingle, 4, Third::kDjzj,
+     MOLRA_ANSWER(OrderEntrustAns, djzj)},
+    {"Sc_LOF_AsyncFuncProcess", 35, Form::kSingle, 4, Third::kDjzj,
+     MOLRA_ANSWER(LofEntrustAns, djzj)},
+    {"Sc_PHDJ_AsyncFuncProcess", 36, Form::kSingle, 8, Third::kDjzj,
+     MOLRA_ANSWER(OrderEntrustAns, djzj)},
+    {"Sc_FXYW_AsyncFuncProcess", 37, Form::kKeyValue, 0, Third::kDjzj, 0, fid::DJZJ},
+    {"Sc_FJY_AsyncFuncProcess", 38, Form::kKeyValue, 0, Third::kDjzj, 0, fid::DJZJ},
+    {"Sc_OrderWithDraw_AsyncFuncProcess", 40, Form::kSingle, 4, Third::kSbjg,
+     MOLRA_ANSWER(OrderWithdrawAns, sbjg)},
+    {"Sc_BatchOrderWithDraw_AsyncFuncProcess", 41, Form::kBatchWithdraw, 0, Third::kNone,
+     sizeof(BatchWithdrawAns), 0},
+    {"Sc_ETFWithDraw_AsyncFuncProcess", 42, Form::kSingle, 4, Third::kSbjgFromDouble,
+     MOLRA_ANSWER(ETFWithdrawAns, sbjg)},
+    {"Sc_ZQHGWithDraw_AsyncFuncProcess", 43, Form::kSingle, 4, Third::kSbjg,
+     sizeof(ZQHGWithdrawAns), sizeof(ZQHGWithdrawAns)},
+    {"Sc_LOFWithDraw_AsyncFuncProcess", 44, Form::kSingle, 4, Third::kSbjg,
+     MOLRA_ANSWER(OrderWithdrawAns, sbjg)},
+    {"Sc_PHDJWithDraw_AsyncFuncProcess", 45, Form::kSingle, 4, Third::kSbjg,
+     MOLRA_ANSWER(OrderWithdrawAns, sbjg)},
+    {"Sc_FXYWWithDraw_AsyncFuncProcess", 46, Form::kKeyValue, 0, Third::kSbjg, 0, fid::SBJG},
 };
+#undef MOLRA_ANSWER
 
 // A block owned by the session; every read is bounded by its length.
 struct Block {
@@ -113,7 +151,7 @@ std::int64_t Truncated(double d) {
 }
 
 bool Refuse(const ReplyKind& k, const char* msg) {
-  SetLastError(-205, msg, k.name, nullptr);
+  Report(Failure{SECMOLRA_ERR_ANSWER, msg, k.name}, nullptr);
   return false;
 }
 
@@ -169,7 +207,7 @@ void WriteBatchOrders(JsonWriter& w, const Block& answer, const Block& request) 
   Key(w, "orders");
   w.StartObject();
   int row = 0;
-  for (int i = 0; i < kMaxRows; ++i) {
+  for (int i = 0; i < kBatchMaxRows; ++i) {
     const int at = kReqRowsAt + i * kReqRowWidth;
     if (at + kReqRowWidth > request.len) break;
     const char* packed = request.data + at;
@@ -225,13 +263,13 @@ void WriteAnswer(JsonWriter& w, const ReplyKind& k, const Block& answer, const B
 bool StructuredReply(kel::int64 session, const ReplyKind& k) {
   Block answer;
   answer.data = kel::api.Kel_GetStructDataEx(session, &answer.len, -1);
-  if (answer.data == nullptr || answer.len < kMinAnswer) return Refuse(k, kShortAnswer1);
+  if (answer.data == nullptr || answer.len < kMinAnswer) return Refuse(k, msg::kAnswerShort1);
   if (answer.At<std::int16_t>(kCodeAt) > 0 && answer.len < k.min_len) {
-    return Refuse(k, kShortAnswer);
+    return Refuse(k, msg::kAnswerShort);
   }
   const Block request = RequestBlock(session);
-  if (request.data == nullptr) return Refuse(k, kShortAnswer1);
-  const HostCallback cb = Kit().func_callback.load(std::memory_order_acquire);
+  if (request.data == nullptr) return Refuse(k, msg::kAnswerShort1);
+  const HostCallback cb = Host().func_callback.load(std::memory_order_acquire);
   if (cb == nullptr) return true;
   JsonText text;
   JsonWriter& w = text.writer();
@@ -244,8 +282,8 @@ bool StructuredReply(kel::int64 session, const ReplyKind& k) {
 // The back end answered with an error and no record: the short form.
 bool UnstructuredReply(kel::int64 session, const ReplyKind& k) {
   const Block request = RequestBlock(session);
-  if (request.data == nullptr) return Refuse(k, kShortAnswer1);
-  const HostCallback cb = Kit().func_callback.load(std::memory_order_acquire);
+  if (request.data == nullptr) return Refuse(k, msg::kAnswerShort1);
+  const HostCallback cb = Host().func_callback.load(std::memory_order_acquire);
   if (cb == nullptr) return true;
   JsonText text;
   JsonWriter& w = text.writer();
@@ -266,7 +304,7 @@ bool UnstructuredReply(kel::int64 session, const ReplyKind& k) {
 // field 605, the entrust time in the entrust-time field, the note is the transport's text.
 // As for their synchronous calls, a code of 0 or above is an acceptance.
 bool KeyValueReply(kel::int64 session, const ReplyKind& k) {
-  const HostCallback cb = Kit().func_callback.load(std::memory_order_acquire);
+  const HostCallback cb = Host().func_callback.load(std::memory_order_acquire);
   if (cb == nullptr) return true;
   const int code = kel::api.Kel_GetCode(session);
   const bool ok = code >= 0;
@@ -296,12 +334,15 @@ bool KeyValueReply(kel::int64 session, const ReplyKind& k) {
 
 bool Process(kel::int64 session, Reply which) {
   const ReplyKind& k = kReplies[which];
-  return Guard(k.name, false, [&] {
-    const KelSession owned(session, false);  // the handler owns the session: released on return
-    if (k.form == Form::kKeyValue) return KeyValueReply(session, k);
-    if (!kel::api.Kel_IsStruct(session, 0)) return UnstructuredReply(session, k);
-    return StructuredReply(session, k);
-  }, Boundary::kReply);
+  return Guard(
+      k.name, false,
+      [&] {
+        const KelSession owned(session, false);  // the handler owns the session: released on return
+        if (k.form == Form::kKeyValue) return KeyValueReply(session, k);
+        if (!kel::api.Kel_IsStruct(session, 0)) return UnstructuredReply(session, k);
+        return StructuredReply(session, k);
+      },
+      Boundary::kReply);
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-#include "log/named_line.h"
+#include "trade/named_line.h"
 
 #include <cstring>
 

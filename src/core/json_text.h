@@ -11,6 +11,8 @@
 #include <cstdint>
 #include <cstring>
 
+#include "core/text.h"
+
 namespace molra {
 
 using JsonPool = rapidjson::MemoryPoolAllocator<>;
@@ -24,12 +26,12 @@ using JsonWriter = rapidjson::Writer<JsonBuffer, rapidjson::UTF8<>, rapidjson::U
 // text about a fifth slower.
 namespace rapidjson {
 #define MOLRA_DIRECT_NUMBER(Fn, T, room, conv)                                          \
-  template <>                                                                            \
-  inline bool Writer<::molra::JsonBuffer, UTF8<>, UTF8<>, ::molra::JsonPool>::Fn(T v) {  \
-    char* p = os_->Push(room);                                                           \
-    const char* end = internal::conv(v, p);                                              \
-    os_->Pop(static_cast<size_t>(room - (end - p)));                                     \
-    return true;                                                                         \
+  template <>                                                                           \
+  inline bool Writer<::molra::JsonBuffer, UTF8<>, UTF8<>, ::molra::JsonPool>::Fn(T v) { \
+    char* p = os_->Push(room);                                                          \
+    const char* end = internal::conv(v, p);                                             \
+    os_->Pop(static_cast<size_t>(room - (end - p)));                                    \
+    return true;                                                                        \
   }
 MOLRA_DIRECT_NUMBER(WriteInt, int, 11, i32toa)
 MOLRA_DIRECT_NUMBER(WriteUint, unsigned, 10, u32toa)
@@ -57,8 +59,10 @@ class JsonText {
   static constexpr std::size_t kChunkSize = 65536;
   static constexpr std::size_t kInitialText = 256;
 
-  JsonText() : pool_(first_chunk_, sizeof first_chunk_, kChunkSize), text_(&pool_, kInitialText),
-               writer_(text_, &pool_, kNestingDepth) {}
+  JsonText()
+      : pool_(first_chunk_, sizeof first_chunk_, kChunkSize),
+        text_(&pool_, kInitialText),
+        writer_(text_, &pool_, kNestingDepth) {}
   JsonText(const JsonText&) = delete;
   JsonText& operator=(const JsonText&) = delete;
 
@@ -79,12 +83,6 @@ class JsonText {
 template <std::size_t N>
 inline void Key(JsonWriter& w, const char (&key)[N]) {
   w.Key(key, static_cast<rapidjson::SizeType>(N - 1));
-}
-
-// Length of a text field: up to its first NUL, at most `width` bytes.
-inline std::size_t FieldLength(const char* p, std::size_t width) {
-  const void* nul = std::memchr(p, 0, width);
-  return nul != nullptr ? static_cast<std::size_t>(static_cast<const char*>(nul) - p) : width;
 }
 
 // A text field as a JSON string: its bytes passed through unconverted (GBK stays GBK).

@@ -18,8 +18,8 @@ inline spdlog::logger* ActiveLogger() {
                                                      : nullptr;
 }
 
-// Creates the log directory, the logger and its pattern; prints "打开日志文件失败！" and
-// leaves the kit without a log when the library fails.
+// Creates the log directory, the logger and its pattern. When the logging library fails,
+// prints msg::kLogOpenFailed to standard output and leaves the kit without a log.
 void SetUpLogging(const std::string& log_path);
 // Stops the periodic flusher and drops the loggers from spdlog's registry; the kit keeps
 // its own handle, so later lines still reach the file.
@@ -30,11 +30,11 @@ std::string LogBaseName(const std::string& log_path);
 
 }  // namespace molra
 
-#define MOLRA_LOG_AT(level, ...)                                   \
-  do {                                                             \
-    if (spdlog::logger* molra_l_ = ::molra::ActiveLogger()) {      \
-      molra_l_->level(__VA_ARGS__);                                \
-    }                                                              \
+#define MOLRA_LOG_AT(level, ...)                              \
+  do {                                                        \
+    if (spdlog::logger* molra_l_ = ::molra::ActiveLogger()) { \
+      molra_l_->level(__VA_ARGS__);                           \
+    }                                                         \
   } while (0)
 #define MOLRA_LOG_INFO(...) MOLRA_LOG_AT(info, __VA_ARGS__)
 #define MOLRA_LOG_WARN(...) MOLRA_LOG_AT(warn, __VA_ARGS__)

@@ -1,4 +1,4 @@
-#include "log/log.h"
+#include "core/log.h"
 
 #include <spdlog/pattern_formatter.h>
 #include <spdlog/sinks/daily_file_sink.h>
@@ -7,6 +7,8 @@
 #include <cstdio>
 #include <memory>
 #include <vector>
+
+#include "core/messages.h"
 
 #if defined(_WIN32)
 #include <windows.h>
@@ -28,7 +30,9 @@ std::vector<std::shared_ptr<spdlog::logger>>& LoggerOwners() {
   return *owners;
 }
 
-std::string LogDirectory(const std::string& log_path) { return log_path.empty() ? "log" : log_path; }
+std::string LogDirectory(const std::string& log_path) {
+  return log_path.empty() ? "log" : log_path;
+}
 
 // Nested directories are created level by level with the platform's directory call (no
 // command interpreter: a name with spaces works and no console window opens).
@@ -43,7 +47,7 @@ void CreateLogDirectory(const std::string& dir) {
   wide.resize(static_cast<std::size_t>(n - 1));
   for (std::size_t i = 1; i <= wide.size(); ++i) {
     if (i < wide.size() && wide[i] != L'/' && wide[i] != L'\\') continue;
-    if (wide[i - 1] == L':') continue;  // a drive, "C:"
+    if (wide[i - 1] == L':') continue;                     // a drive, "C:"
     CreateDirectoryW(wide.substr(0, i).c_str(), nullptr);  // fails where it exists
   }
 #else
@@ -54,7 +58,9 @@ void CreateLogDirectory(const std::string& dir) {
 
 }  // namespace
 
-std::string LogBaseName(const std::string& log_path) { return LogDirectory(log_path) + "/molra.log"; }
+std::string LogBaseName(const std::string& log_path) {
+  return LogDirectory(log_path) + "/molra.log";
+}
 
 void SetUpLogging(const std::string& log_path) {
   try {
@@ -70,7 +76,7 @@ void SetUpLogging(const std::string& log_path) {
     LoggerOwners().push_back(logger);
     g_logger.store(logger.get(), std::memory_order_release);
   } catch (const spdlog::spdlog_ex& ex) {
-    std::printf("打开日志文件失败！%s\n", ex.what());
+    std::printf(msg::kLogOpenFailed, ex.what());
   }
 }
 

@@ -14,6 +14,9 @@
 #include <cstdint>
 #include <type_traits>
 
+#include "core/errors.h"
+#include "secmolra.h"
+
 namespace molra {
 
 enum class Boundary {
@@ -40,6 +43,14 @@ auto Guard(const char* name, Failure failure, Body&& body,
     ReportCaught(boundary, name);
     if constexpr (!std::is_void_v<std::invoke_result_t<Body&>>) return failure;
   }
+}
+
+// An export whose body yields a Result<int64_t>: its value, or the failure's code once
+// recorded under the export's name (or the function name the failure carries).
+template <typename Body>
+std::int64_t Export(const char* name, Body&& body) noexcept {
+  return Guard(name, std::int64_t{SECMOLRA_ERR_INTERNAL},
+               [&]() -> std::int64_t { return Reported(body(), name); });
 }
 
 }  // namespace molra

@@ -1,16 +1,15 @@
-#include "api/guard.h"
+#include "core/guard.h"
 
 #include <exception>
 
-#include "api/last_error.h"
-#include "log/log.h"
+#include "core/errors.h"
+#include "core/log.h"
+#include "core/messages.h"
 #include "secmolra.h"
 
 namespace molra {
 
 namespace {
-
-constexpr char kInternalError[] = "内部错误";
 
 // The text of the exception being handled; valid while its handler runs.
 const char* CaughtText() noexcept {
@@ -28,8 +27,10 @@ const char* CaughtText() noexcept {
 void ReportCaught(Boundary boundary, const char* name) noexcept {
   const char* text = CaughtText();
   try {
-    if (boundary == Boundary::kExport) SetLastError(SECMOLRA_ERR_INTERNAL, kInternalError, name, nullptr);
-    if (boundary == Boundary::kReply) SetLastError(SECMOLRA_ERR_ANSWER, kInternalError, name, nullptr);
+    if (boundary == Boundary::kExport)
+      SetLastError(SECMOLRA_ERR_INTERNAL, msg::kInternalError, name, nullptr);
+    if (boundary == Boundary::kReply)
+      SetLastError(SECMOLRA_ERR_ANSWER, msg::kInternalError, name, nullptr);
     MOLRA_LOG_INFO("{} exception: {}", name, text);
   } catch (...) {
     // Out of memory even for the record: the failure value alone reports it.

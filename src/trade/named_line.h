@@ -28,7 +28,9 @@ class NamedLine {
       AddNumber(name, Kind::kUint).u = static_cast<unsigned long long>(value);
     } else if constexpr (std::is_floating_point_v<T>) {
       AddNumber(name, Kind::kDouble).d = static_cast<double>(value);
-    } else if constexpr (std::is_pointer_v<std::decay_t<T>>) {
+    } else if constexpr (std::is_array_v<T>) {
+      AddText(name, fmt::string_view(value));
+    } else if constexpr (std::is_pointer_v<T>) {
       AddText(name, value != nullptr ? fmt::string_view(value) : fmt::string_view());
     } else {
       AddText(name, value);

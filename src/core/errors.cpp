@@ -1,9 +1,10 @@
-#include "api/last_error.h"
+#include "core/errors.h"
 
-#include <cstring>
 #include <mutex>
 
-#include "log/log.h"
+#include "core/log.h"
+#include "core/messages.h"
+#include "core/text.h"
 
 namespace molra {
 
@@ -16,15 +17,11 @@ struct ProcessRecord {
   ErrorRecord last;
 };
 ProcessRecord& Process() {
-  static ProcessRecord* record = new ProcessRecord();
+  static auto* record = new ProcessRecord();
   return *record;
 }
 
-// The calling thread's copy of its last error, and its staged hand-over: the connection
-// layer stages a failure and the operation on the same thread reports it, so two threads
-// failing at once never see each other's.
 thread_local ErrorRecord t_last;
-thread_local ErrorRecord t_staged;
 
 }  // namespace
 
@@ -38,26 +35,24 @@ void SetLastError(std::int64_t code, const std::string& msg, const char* func,
     p.last.code = code;
     p.last.message = msg;
   }
-  MOLRA_LOG_ERROR("{0}：{1}", func ? func : "", msg);
+  MOLRA_LOG_ERROR(msg::kErrorLine, LogText(func), msg);
   if (account != nullptr) {
     account->ErrorCode = code;
     CopyField(account->ErrorMsg, msg.c_str());
   }
 }
 
-ErrorRecord GetLastErrorRecord() {
+std::int64_t Report(const Failure& f, const char* caller) {
+  SetLastError(f.code, f.message, f.where != nullptr ? f.where : caller, f.account);
+  return f.code;
+}
+
+ErrorRecord LastErrorRecord() {
   ProcessRecord& p = Process();
   std::lock_guard<std::mutex> lock(p.mutex);
   return p.last;
 }
 
 const ErrorRecord& ThreadLastError() { return t_last; }
-
-void StageError(std::int32_t code, const std::string& msg) {
-  t_staged.code = code;
-  t_staged.message = msg;
-}
-
-ErrorRecord GetStagedError() { return t_staged; }
 
 }  // namespace molra

@@ -1,4 +1,4 @@
-#include "push/json_text.h"
+#include "core/json_text.h"
 
 #include "util/clock.h"
 
