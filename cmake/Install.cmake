@@ -2,6 +2,7 @@
 #   lib/libsecmolra.so (Windows: bin/secmolra.dll, lib/libsecmolra.dll.a), include/secmolra.h,
 #   lib/cmake/secmolra/ (find_package(secmolra) gives secmolra::secmolra),
 #   lib/pkgconfig/secmolra.pc, lib/secmolra/kelapi50.dll (the simulated transport),
+#   bin/molra-simd (the simulated back end as a server),
 #   share/secmolra/examples/ (the C++ examples, buildable on their own), share/doc/secmolra/.
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
@@ -23,6 +24,7 @@ install(TARGETS secmolra EXPORT secmolraTargets
 install(FILES ${PROJECT_SOURCE_DIR}/include/secmolra.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 # The transport is loaded at run time as ./kelapi50.dll, never linked: a plain file.
 install(FILES $<TARGET_FILE:kelapi50> DESTINATION ${MOLRA_SIM_DIR})
+install(TARGETS molra-simd RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 
 install(EXPORT secmolraTargets NAMESPACE secmolra:: DESTINATION ${MOLRA_CMAKE_DIR})
 configure_package_config_file(${CMAKE_CURRENT_LIST_DIR}/secmolraConfig.cmake.in

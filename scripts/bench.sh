@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Builds the kit in Release with the benchmarks, runs them and prints one table: each path's
 # kit time beside its floor (the same transport calls, or the same JSON, done directly); then
-# the simulated exchange's rate of replayed quotes.
+# the simulated exchange's rate of replayed quotes, and the back end's server (molra-simd) under
+# the kit: round trip of a synchronous order and throughput of four host processes.
 #
 #   bash scripts/bench.sh            # table as text
 #   bash scripts/bench.sh --markdown # table as Markdown (for docs/performance.md)
@@ -17,7 +18,7 @@ min_time=${MOLRA_BENCH_MIN_TIME:-0.3}
 
 cmake -S "$root" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release -DMOLRA_BUILD_BENCH=ON \
       -DMOLRA_BUILD_TESTS=OFF >/dev/null
-cmake --build "$build" -j2 --target molra_bench kelapi50 molra_sim_bench >&2
+cmake --build "$build" -j2 --target molra_bench kelapi50 molra_sim_bench molra_server_bench >&2
 
 out=$(mktemp -d /tmp/molra-bench-XXXXXX)
 trap 'rm -rf "$out"' EXIT
@@ -53,3 +54,7 @@ rate = b.get("items_per_second", 0)
 print(f"simulated exchange: {rate:,.0f} quote updates a second replayed with 100 resting orders "
       f"(goal 200,000: {'met' if rate >= 200000 else 'NOT met'})")
 PY
+# The back end's server over loopback, with its state in memory and in a state file.
+echo "running server_bench" >&2
+./bench/molra_server_bench
+./bench/molra_server_bench --state

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Checks that the kit's layers only include downward (docs/building.md, "Layout").
+"""Checks that the kit's layers only include downward (README.md, "Layout").
 
 Each folder of src/ has a rank; a file may include headers of its own folder and of folders
 of a lower rank only. Prints every include that points sideways or up; exits 1 if any.

@@ -9,7 +9,7 @@ export DEBIAN_FRONTEND=noninteractive
 
 # The Linux build: compiler, build tools and the libraries the kit and its tests use.
 LINUX_PACKAGES=(cmake ninja-build g++ libspdlog-dev libfmt-dev rapidjson-dev libsimpleini-dev
-                libgtest-dev libbenchmark-dev libsqlite3-dev)
+                libgtest-dev libbenchmark-dev libsqlite3-dev libasio-dev libcli11-dev)
 # Everything the test suites use besides: the Windows cross build and Wine; for the Python
 # suite pytest, mypy, the wheel tools, venv and pandas (secmolra.frames is tested with it);
 # clang with its runtime libraries for the sanitizer and fuzzing builds; clang-format for the
@@ -90,7 +90,7 @@ build_fuzz() {
     -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_CXX_FLAGS_RELWITHDEBINFO="-O1 -gline-tables-only" \
     -DCMAKE_C_FLAGS_RELWITHDEBINFO="-O1 -gline-tables-only" -DMOLRA_BUILD_FUZZ=ON -DMOLRA_BUILD_TESTS=OFF
 }
-FUZZ_TARGETS=(push_fuzz replies_fuzz order_answer_fuzz config_fuzz adapters_fuzz csv_fuzz)
+FUZZ_TARGETS=(push_fuzz replies_fuzz order_answer_fuzz config_fuzz adapters_fuzz csv_fuzz wire_fuzz)
 
 # run_fuzzer TARGET SECONDS: runs one target on a scratch copy of its seed corpus (new
 # inputs go to $OUT/fuzz/corpus/TARGET, the repository's seeds are only read); a crash, a

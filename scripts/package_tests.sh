@@ -70,7 +70,7 @@ run_folder() {
 }
 
 # What an installation holds on Linux (the Debian package and the tarball hold the same).
-LINUX_FILES=(include/secmolra.h lib/libsecmolra.so lib/libsecmolra.so.0 lib/secmolra/kelapi50.dll
+LINUX_FILES=(bin/molra-simd include/secmolra.h lib/libsecmolra.so lib/libsecmolra.so.0 lib/secmolra/kelapi50.dll
              lib/cmake/secmolra/secmolraConfig.cmake lib/cmake/secmolra/secmolraConfigVersion.cmake
              lib/cmake/secmolra/secmolraTargets.cmake lib/pkgconfig/secmolra.pc
              share/secmolra/examples/CMakeLists.txt share/secmolra/examples/hello.cpp
@@ -92,6 +92,23 @@ host_cases() {
   # The kit's GBK message, converted for the UTF-8 terminal.
   expect_run "$run" 1 'SECMOLRA_TradeLogin failed: -221 配置名、客户号、交易密码不能为空' \
     "$bin/molra_trade" ./ SIM "" 111111
+}
+
+# The installed server starts on a free loopback port, says where, and stops on SIGTERM.
+check_installed_server() {
+  local out=$PKG_WORK/simd.out pid line
+  "$1" --listen 127.0.0.1:0 >"$out" 2>"$PKG_WORK/simd.err" &
+  pid=$!
+  for _ in $(seq 100); do
+    line=$(head -n1 "$out")
+    [ -n "$line" ] && break
+    sleep 0.1
+  done
+  kill -TERM "$pid" 2>/dev/null
+  wait "$pid" || { echo "molra-simd exited $? on SIGTERM"; cat "$PKG_WORK/simd.err"; return 1; }
+  [[ $line =~ ^listening\ on\ 127\.0\.0\.1:[1-9][0-9]*$ ]] ||
+    { echo "molra-simd said: '$line'"; cat "$PKG_WORK/simd.err"; return 1; }
+  echo "installed molra-simd: $line, stopped on SIGTERM"
 }
 
 # --- install ---------------------------------------------------------------------------------
@@ -128,6 +145,7 @@ EOF
      -Wl,-rpath,"$("${pc[@]}" --variable=libdir secmolra)" || return 1
   run_folder "$PKG_WORK/c_run" "$prefix"
   expect_run "$PKG_WORK/c_run" 0 'C host: token yes' "$PKG_WORK/c_host" || return 1
+  check_installed_server "$prefix/bin/molra-simd" || return 1
   echo "install: $(wc -l <<<"$listing") files; find_package and pkg-config hosts built and run"
 }
 
@@ -170,7 +188,7 @@ check_linux_packages() {
 }
 
 # --- Windows zip -----------------------------------------------------------------------------
-WINDOWS_FILES=(bin/secmolra.dll include/secmolra.h lib/secmolra.lib lib/secmolra.def
+WINDOWS_FILES=(bin/secmolra.dll bin/molra-simd.exe include/secmolra.h lib/secmolra.lib lib/secmolra.def
                lib/libsecmolra.dll.a lib/secmolra/kelapi50.dll README-windows.md
                lib/cmake/secmolra/secmolraConfig.cmake lib/pkgconfig/secmolra.pc
                share/secmolra/examples/hello.cpp share/secmolra/examples/molra.ini
@@ -239,8 +257,8 @@ suite_package() {
   say "package: interface reference"
   timed "package: interface doc" check_interface_doc || rc=1
   say "package: builds ($OUT/linux, $OUT/windows; what the packages hold)"
-  BUILD_TARGETS="secmolra kelapi50" timed "package builds" build_linux || return 1
-  BUILD_TARGETS="secmolra kelapi50 secmolra_msvc_lib secmolra_readme_windows" \
+  BUILD_TARGETS="secmolra kelapi50 molra-simd" timed "package builds" build_linux || return 1
+  BUILD_TARGETS="secmolra kelapi50 molra-simd secmolra_msvc_lib secmolra_readme_windows" \
     timed "package builds (windows)" build_windows || return 1
   say "package: install, .deb, .tar.gz, Windows zip"
   timed "package: install" check_install || rc=1

@@ -8,6 +8,7 @@
 #include "host.h"
 #include "kelsim.h"
 #include "push.h"
+#include "remote.h"
 #include "scripted.h"
 #include "sim_core.h"
 
@@ -33,20 +34,21 @@ sim::Quote FromRecord(const KelSimQuote& r) {
   return q;
 }
 
-void PostConnEvent(kel::int64 conn, kel::int32 event) {
-  sim::PostEvent([conn, event] {
-    kel::ConnEventFn fn = nullptr;
-    void* ctx = nullptr;
-    {
-      std::lock_guard<std::mutex> lock(sim::core().mutex);
-      // The handler as it is at delivery: a handler removed meanwhile receives nothing.
-      if (const sim::Connection* k = sim::core().FindConnLocked(conn)) {
-        fn = k->event_fn;
-        ctx = k->event_ctx;
-      }
-    }
-    if (fn != nullptr) fn(conn, event, ctx);
-  });
+using Op = sim::wire::ControlOp;
+
+sim::wire::ControlMsg Msg(Op op, const char* jys = nullptr, const char* zqdm = nullptr) {
+  sim::wire::ControlMsg m;
+  m.op = op;
+  m.jys = Str(jys);
+  m.zqdm = Str(zqdm);
+  return m;
+}
+
+// The market and the clock of a process with a connection to a server are the server's: true
+// when the call went there (its result in *a).
+bool AtServer(const sim::wire::ControlMsg& m, sim::wire::ControlAnswer* a = nullptr) {
+  sim::wire::ControlAnswer ignored;
+  return sim::remote::Control(m, a ? a : &ignored);
 }
 }  // namespace
 
@@ -85,7 +87,9 @@ KELSIM_EXPORT int32_t KelSim_CallLog(char* buf, int32_t cap) {
 KELSIM_EXPORT void KelSim_ClearCallLog(void) { sim::ClearCallLog(); }
 KELSIM_EXPORT void KelSim_SetCallLog(bool on) { sim::SetCallLog(on); }
 
-KELSIM_EXPORT void KelSim_FailConnect(const char* addr, int32_t count) { sim::faults().connect.Set(addr, count); }
+KELSIM_EXPORT void KelSim_FailConnect(const char* addr, int32_t count) {
+  sim::faults().connect.Set(addr, count);
+}
 KELSIM_EXPORT void KelSim_FailBind(int32_t count) { sim::faults().bind.Set(count); }
 KELSIM_EXPORT void KelSim_FailAllocSession(int32_t count) { sim::faults().alloc.Set(count); }
 KELSIM_EXPORT void KelSim_FailRun(int32_t count) { sim::faults().run.Set(count); }
@@ -105,26 +109,39 @@ KELSIM_EXPORT int64_t KelSim_ConnectionByAddr(const char* addr, int32_t nth) {
 }
 
 KELSIM_EXPORT void KelSim_BreakConnection(int64_t conn, int32_t event) {
+  bool remote;
   {
     std::lock_guard<std::mutex> lock(sim::core().mutex);
     sim::Connection* k = sim::core().FindConnLocked(conn);
     if (k == nullptr) return;
     k->up = false;
+    remote = k->remote;
   }
-  PostConnEvent(conn, event == 0 ? 1 : event);
+  if (remote) sim::remote::Break(conn);  // its socket closes; no reconnection until restored
+  sim::PostConnEvent(conn, event == 0 ? 1 : event);
 }
 
 KELSIM_EXPORT void KelSim_RestoreConnection(int64_t conn) {
+  bool remote;
   {
     std::lock_guard<std::mutex> lock(sim::core().mutex);
     sim::Connection* k = sim::core().FindConnLocked(conn);
     if (k == nullptr) return;
-    k->up = true;
+    remote = k->remote;
+    if (!remote) k->up = true;
   }
-  PostConnEvent(conn, 0);
+  // A server connection is up, with its event 0, once the server has it again.
+  if (remote) return sim::remote::Restore(conn);
+  sim::PostConnEvent(conn, 0);
 }
 
-KELSIM_EXPORT void KelSim_RaiseConnEvent(int64_t conn, int32_t event) { PostConnEvent(conn, event); }
+KELSIM_EXPORT void KelSim_RaiseConnEvent(int64_t conn, int32_t event) {
+  sim::PostConnEvent(conn, event);
+}
+
+KELSIM_EXPORT void KelSim_SetReconnectDelay(int32_t first_ms, int32_t max_ms) {
+  sim::remote::SetReconnectDelay(first_ms, max_ms);
+}
 
 KELSIM_EXPORT void KelSim_WaitIdle(void) { sim::WaitIdle(); }
 
@@ -134,14 +151,16 @@ KELSIM_EXPORT int32_t KelSim_OpenSessions(void) {
 }
 
 KELSIM_EXPORT void KelSim_SetStructAnswer(const char* func, const char* block, int32_t len) {
-  sim::ScriptStruct(Str(func), block && len > 0 ? std::string(block, static_cast<std::size_t>(len)) : std::string());
+  sim::ScriptStruct(Str(func), block && len > 0 ? std::string(block, static_cast<std::size_t>(len))
+                                                : std::string());
   sim::ClearPrepared();
 }
 KELSIM_EXPORT void KelSim_SetAnswerLength(const char* func, int32_t len) {
   sim::ScriptLength(Str(func), len);
   sim::ClearPrepared();
 }
-KELSIM_EXPORT void KelSim_SetKvAnswer(const char* func, int32_t code, const char* msg, const char* rows) {
+KELSIM_EXPORT void KelSim_SetKvAnswer(const char* func, int32_t code, const char* msg,
+                                      const char* rows) {
   sim::ScriptKv(Str(func), code, Str(msg), Str(rows));
   sim::ClearPrepared();
 }
@@ -158,19 +177,38 @@ KELSIM_EXPORT int32_t KelSim_LastRequest(const char* func, char* buf, int32_t ca
   return sim::LastRequest(Str(func), buf, cap);
 }
 
-KELSIM_EXPORT void KelSim_PushRecord(const char* khh, int32_t kind, const char* record, int32_t len) {
-  sim::QueueRawPush(Str(khh), kind, record && len > 0 ? std::string(record, static_cast<std::size_t>(len)) : std::string());
+KELSIM_EXPORT void KelSim_PushRecord(const char* khh, int32_t kind, const char* record,
+                                     int32_t len) {
+  sim::QueueRawPush(
+      Str(khh), kind,
+      record && len > 0 ? std::string(record, static_cast<std::size_t>(len)) : std::string());
 }
 
 KELSIM_EXPORT void KelSim_SetPrice(const char* jys, const char* zqdm, double price) {
-  sim::exchange().SetPrice(Str(jys), Str(zqdm), price);
+  sim::wire::ControlMsg m = Msg(Op::SetPrice, jys, zqdm);
+  m.price = price;
+  if (!AtServer(m)) sim::exchange().SetPrice(Str(jys), Str(zqdm), price);
 }
 KELSIM_EXPORT void KelSim_SetLiquidity(const char* jys, const char* zqdm, int64_t qty) {
-  sim::exchange().SetLiquidity(Str(jys), Str(zqdm), qty);
+  sim::wire::ControlMsg m = Msg(Op::SetLiquidity, jys, zqdm);
+  m.n = qty;
+  if (!AtServer(m)) sim::exchange().SetLiquidity(Str(jys), Str(zqdm), qty);
 }
-KELSIM_EXPORT void KelSim_SetMatchVolume(int64_t volume) { sim::exchange().SetMatchVolume(volume); }
-KELSIM_EXPORT void KelSim_SetServerTimeOffsetMs(int64_t ms) { sim::exchange().SetTimeOffset(ms); }
-KELSIM_EXPORT void KelSim_SetTradeDate(int64_t yyyymmdd) { sim::exchange().SetTradeDate(yyyymmdd); }
+KELSIM_EXPORT void KelSim_SetMatchVolume(int64_t volume) {
+  sim::wire::ControlMsg m = Msg(Op::SetMatchVolume);
+  m.n = volume;
+  if (!AtServer(m)) sim::exchange().SetMatchVolume(volume);
+}
+KELSIM_EXPORT void KelSim_SetServerTimeOffsetMs(int64_t ms) {
+  sim::wire::ControlMsg m = Msg(Op::SetTimeOffset);
+  m.n = ms;
+  if (!AtServer(m)) sim::exchange().SetTimeOffset(ms);
+}
+KELSIM_EXPORT void KelSim_SetTradeDate(int64_t yyyymmdd) {
+  sim::wire::ControlMsg m = Msg(Op::SetTradeDate);
+  m.n = yyyymmdd;
+  if (!AtServer(m)) sim::exchange().SetTradeDate(yyyymmdd);
+}
 KELSIM_EXPORT void KelSim_SetPushCodes(const char* confirm, const char* report) {
   std::lock_guard<std::mutex> lock(sim::core().mutex);
   if (confirm) sim::core().confirm_func = confirm;
@@ -178,18 +216,38 @@ KELSIM_EXPORT void KelSim_SetPushCodes(const char* confirm, const char* report) 
 }
 
 KELSIM_EXPORT bool KelSim_GetQuote(const char* jys, const char* zqdm, KelSimQuote* out) {
-  sim::Quote q;
-  if (out == nullptr || !sim::exchange().GetQuote(Str(jys), Str(zqdm), &q)) return false;
-  *out = sim::ToRecord(q);
-  return true;
+  if (out == nullptr) return false;
+  sim::wire::ControlAnswer a;
+  if (!AtServer(Msg(Op::GetQuote, jys, zqdm), &a))
+    a.ok = sim::exchange().GetQuote(Str(jys), Str(zqdm), &a.quote);
+  if (a.ok) *out = sim::ToRecord(a.quote);
+  return a.ok;
 }
 KELSIM_EXPORT bool KelSim_SetQuote(const KelSimQuote* quote) {
-  return quote != nullptr && sim::exchange().SetQuote(FromRecord(*quote));
+  if (quote == nullptr) return false;
+  sim::wire::ControlMsg m = Msg(Op::SetQuote);
+  m.quote = FromRecord(*quote);
+  sim::wire::ControlAnswer a;
+  return AtServer(m, &a) ? a.ok : sim::exchange().SetQuote(m.quote);
 }
-KELSIM_EXPORT void KelSim_SetQuoteCallback(KelSimQuoteFn fn, void* ctx) { sim::SetQuoteCallback(fn, ctx); }
-KELSIM_EXPORT bool KelSim_Advance(int64_t ms) { return sim::exchange().Advance(ms); }
-KELSIM_EXPORT void KelSim_NewDay(void) { sim::exchange().NewDay(); }
-KELSIM_EXPORT void KelSim_Clock(int64_t* date, int64_t* time_ms) { sim::exchange().ClockTime(date, time_ms); }
+KELSIM_EXPORT void KelSim_SetQuoteCallback(KelSimQuoteFn fn, void* ctx) {
+  sim::SetQuoteCallback(fn, ctx);
+}
+KELSIM_EXPORT bool KelSim_Advance(int64_t ms) {
+  sim::wire::ControlMsg m = Msg(Op::Advance);
+  m.n = ms;
+  sim::wire::ControlAnswer a;
+  return AtServer(m, &a) ? a.ok : sim::exchange().Advance(ms);
+}
+KELSIM_EXPORT void KelSim_NewDay(void) {
+  if (!AtServer(Msg(Op::NewDay))) sim::exchange().NewDay();
+}
+KELSIM_EXPORT void KelSim_Clock(int64_t* date, int64_t* time_ms) {
+  sim::wire::ControlAnswer a;
+  if (!AtServer(Msg(Op::Clock), &a)) return sim::exchange().ClockTime(date, time_ms);
+  if (date) *date = a.date;
+  if (time_ms) *time_ms = a.ms;
+}
 
 KELSIM_EXPORT int32_t KelSim_SubscriptionCount(const char* khh) {
   std::lock_guard<std::mutex> lock(sim::core().mutex);

@@ -26,30 +26,39 @@ void ClearPrepared() {
   g_prepared.clear();
 }
 
-static void Compute(const Request& req, const Settings& set, Answer* ans) {
+// In benchmark mode the first answer of a code answers every later request of it.
+static void Prepare(const Request& req, const Answer& ans) {
+  if (!BenchMode()) return;
+  std::lock_guard<std::mutex> lock(g_prepared_mutex);
+  g_prepared.emplace(req.func, ans);
+}
+
+bool AnswerHere(const Request& req, Answer* ans) {
+  if (BenchMode()) {
+    std::lock_guard<std::mutex> lock(g_prepared_mutex);
+    auto it = g_prepared.find(req.func);
+    if (it != g_prepared.end()) {
+      *ans = it->second;
+      return true;
+    }
+  } else {
+    RecordRequest(req.func, req.Describe());
+  }
   *ans = Answer();
-  if (FindScripted(req.func, ans)) return;
-  exchange().Handle(req, Caller{set.node_id}, ans);
+  if (!FindScripted(req.func, ans)) return false;
+  Prepare(req, *ans);
+  return true;
+}
+
+void Finish(const Request& req, Answer* ans) {
   ApplyLength(req.func, ans);
+  Prepare(req, *ans);
 }
 
 void Dispatch(const Request& req, const Settings& set, Answer* ans) {
-  if (BenchMode()) {
-    {
-      std::lock_guard<std::mutex> lock(g_prepared_mutex);
-      auto it = g_prepared.find(req.func);
-      if (it != g_prepared.end()) {
-        *ans = it->second;
-        return;
-      }
-    }
-    Compute(req, set, ans);
-    std::lock_guard<std::mutex> lock(g_prepared_mutex);
-    g_prepared.emplace(req.func, *ans);
-    return;
-  }
-  RecordRequest(req.func, req.Describe());
-  Compute(req, set, ans);
+  if (AnswerHere(req, ans)) return;
+  exchange().Handle(req, Caller{set.node_id}, ans);
+  Finish(req, ans);
 }
 
 }  // namespace sim

@@ -51,7 +51,8 @@ KEL_EXPORT const char* Kel_GetErrMsg(kel::int64 session, char* buf, kel::int32* 
 KEL_EXPORT kel::int32 Kel_GetCount(kel::int64 session) {
   LogCall("Kel_GetCount", session);
   kel::int32 v = 0;
-  sim::WithSession(session, [&](sim::Session& s) { v = static_cast<kel::int32>(s.ans.rows.size()); });
+  sim::WithSession(session,
+                   [&](sim::Session& s) { v = static_cast<kel::int32>(s.ans.rows.size()); });
   return v;
 }
 
@@ -70,8 +71,8 @@ KEL_EXPORT bool Kel_HaveItem(kel::int64 session, kel::int32 fieldId, kel::int32 
   return Item(session, fieldId, row, &v);
 }
 
-KEL_EXPORT const char* Kel_GetItem(kel::int64 session, kel::int32 fieldId, char* buf, kel::int32* len,
-                                   kel::int32 row) {
+KEL_EXPORT const char* Kel_GetItem(kel::int64 session, kel::int32 fieldId, char* buf,
+                                   kel::int32* len, kel::int32 row) {
   LogCall("Kel_GetItem", session, fieldId, row);
   std::string v;
   if (!Item(session, fieldId, row, &v)) {
@@ -99,7 +100,8 @@ KEL_EXPORT double Kel_GetDouble(kel::int64 session, kel::int32 fieldId, kel::int
   return Item(session, fieldId, row, &v) ? std::strtod(v.c_str(), nullptr) : 0.0;
 }
 
-KEL_EXPORT bool Kel_GetItemBuf(kel::int64 session, kel::int32 fieldId, char* buf, kel::int32* len, kel::int32 row) {
+KEL_EXPORT bool Kel_GetItemBuf(kel::int64 session, kel::int32 fieldId, char* buf, kel::int32* len,
+                               kel::int32 row) {
   LogCall("Kel_GetItemBuf", session, fieldId, row);
   std::string v;
   bool found = false;
@@ -119,14 +121,16 @@ KEL_EXPORT bool Kel_GetItemBuf(kel::int64 session, kel::int32 fieldId, char* buf
   return sim::CopyBinary(v, buf, len);
 }
 
-KEL_EXPORT const char* Kel_GetValWithIdByIndex(kel::int64 session, kel::int32 index, kel::int32* fieldId, char* buf,
-                                               kel::int32* len, kel::int32 row) {
+KEL_EXPORT const char* Kel_GetValWithIdByIndex(kel::int64 session, kel::int32 index,
+                                               kel::int32* fieldId, char* buf, kel::int32* len,
+                                               kel::int32 row) {
   LogCall("Kel_GetValWithIdByIndex", session, index, row);
   sim::Field f{0, {}};
   bool found = false;
   sim::WithSession(session, [&](sim::Session& s) {
     std::size_t r = row < 0 ? 0 : static_cast<std::size_t>(row);
-    if (r < s.ans.rows.size() && index >= 0 && static_cast<std::size_t>(index) < s.ans.rows[r].size()) {
+    if (r < s.ans.rows.size() && index >= 0 &&
+        static_cast<std::size_t>(index) < s.ans.rows[r].size()) {
       f = s.ans.rows[r][static_cast<std::size_t>(index)];
       found = true;
     }
@@ -143,7 +147,8 @@ KEL_EXPORT bool Kel_IsStruct(kel::int64 session, kel::int32 index) {
   return v;
 }
 
-KEL_EXPORT bool Kel_GetStructData(kel::int64 session, char* buf, kel::int32* len, kel::int32 index) {
+KEL_EXPORT bool Kel_GetStructData(kel::int64 session, char* buf, kel::int32* len,
+                                  kel::int32 index) {
   LogCall("Kel_GetStructData", session, index);
   std::string v;
   bool found = false;

@@ -1,16 +1,49 @@
 // Connections, their events, and sessions.
 #include <atomic>
 
-#include "host.h"
 #include "faults.h"
+#include "host.h"
 #include "kel_exports.h"
+#include "remote.h"
 
 using sim::LogCall;
 
-KEL_EXPORT kel::int64 Kel_Connect(const char* addr, const char* user, const char* pwd, kel::int32 timeoutSeconds) {
+namespace {
+
+// A connection to a server of the back end: registered down, up once the server welcomed it.
+kel::int64 ConnectToServer(const std::string& addr, kel::int32 timeout_s) {
+  sim::Core& c = sim::core();
+  kel::int64 id;
+  {
+    std::lock_guard<std::mutex> lock(c.mutex);
+    if (sim::faults().connect.Hit(addr)) {
+      c.last_error = "connect to " + addr + " timed out";
+      return 0;
+    }
+    sim::Connection conn;
+    conn.id = id = c.NewHandle();
+    conn.addr = addr;
+    conn.up = false;
+    conn.remote = true;
+    conn.last_recv_ms = conn.last_send_ms = sim::NowMs();
+    c.conns[id] = conn;
+  }
+  std::string why;
+  if (sim::remote::Open(id, addr, timeout_s, &why)) return id;
+  std::lock_guard<std::mutex> lock(c.mutex);
+  c.conns.erase(id);
+  c.last_error = why;
+  return 0;
+}
+
+}  // namespace
+
+KEL_EXPORT kel::int64 Kel_Connect(const char* addr, const char* user, const char* pwd,
+                                  kel::int32 timeoutSeconds) {
   LogCall("Kel_Connect", addr, user, pwd, timeoutSeconds);
   std::string a = addr ? addr : "";
   std::string down = sim::exchange().running() ? std::string() : sim::exchange().failure();
+  if (sim::remote::IsServerAddress(a)) return ConnectToServer(a, timeoutSeconds);
   sim::Core& c = sim::core();
   std::lock_guard<std::mutex> lock(c.mutex);
   bool known = false;
@@ -38,14 +71,17 @@ KEL_EXPORT kel::int64 Kel_Connect(const char* addr, const char* user, const char
 KEL_EXPORT void Kel_Close(kel::int64 conn) {
   LogCall("Kel_Close", conn);
   sim::Core& c = sim::core();
-  std::lock_guard<std::mutex> lock(c.mutex);
-  c.conns.erase(conn);
-  for (auto it = c.subs.begin(); it != c.subs.end();) {
-    if (it->second.conn == conn)
-      it = c.subs.erase(it);
-    else
-      ++it;
+  {
+    std::lock_guard<std::mutex> lock(c.mutex);
+    c.conns.erase(conn);
+    for (auto it = c.subs.begin(); it != c.subs.end();) {
+      if (it->second.conn == conn)
+        it = c.subs.erase(it);
+      else
+        ++it;
+    }
   }
+  sim::remote::Close(conn);
 }
 
 KEL_EXPORT bool Kel_IsConnect(kel::int64 conn) {

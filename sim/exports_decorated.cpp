@@ -4,5 +4,11 @@
 
 #pragma GCC diagnostic ignored "-Wunused-parameter"
 
-KEL_CXX_EXPORT bool Kel_GetReqBody(kel::int64 session, char*& body, int& len) { sim::LogCall("Kel_GetReqBody"); return false; }
-KEL_CXX_EXPORT bool Kel_SetWriteData(kel::int64 session, const char* data, int len) { sim::LogCall("Kel_SetWriteData"); return false; }
+KEL_CXX_EXPORT bool Kel_GetReqBody(kel::int64 session, char*& body, int& len) {
+  sim::LogCall("Kel_GetReqBody");
+  return false;
+}
+KEL_CXX_EXPORT bool Kel_SetWriteData(kel::int64 session, const char* data, int len) {
+  sim::LogCall("Kel_SetWriteData");
+  return false;
+}

@@ -4,6 +4,7 @@
 
 #include "host.h"
 #include "kel_exports.h"
+#include "remote.h"
 
 namespace sim {
 std::atomic<bool> g_default_info_ok{true};
@@ -32,6 +33,7 @@ KEL_EXPORT void Kel_Uninitialize(void) {
   // Every queued event, reply and push is delivered, then the threads end; the connections
   // are closed with their subscriptions. Sessions stay until released.
   sim::StopClock();
+  sim::remote::Shutdown();  // answers still on their way from a server are delivered below
   sim::StopThreads();
   sim::exchange().Save();
   sim::Core& c = sim::core();
@@ -76,9 +78,12 @@ KEL_EXPORT bool Kel_WriteLog(bool enable) {
   return true;
 }
 
-KEL_EXPORT void Kel_SetAppInfo(const char* app, const char* extra) { LogCall("Kel_SetAppInfo", app, extra); }
+KEL_EXPORT void Kel_SetAppInfo(const char* app, const char* extra) {
+  LogCall("Kel_SetAppInfo", app, extra);
+}
 
-KEL_EXPORT void Kel_SetCertFile(const char* file, const char* pwd, const char* a, const char* b, kel::int32 flag) {
+KEL_EXPORT void Kel_SetCertFile(const char* file, const char* pwd, const char* a, const char* b,
+                                kel::int32 flag) {
   LogCall("Kel_SetCertFile", file, pwd, a, b, flag);
 }
 

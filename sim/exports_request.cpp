@@ -1,11 +1,12 @@
 // Building a request on a session, and sending it synchronously or asynchronously.
 #include <cstdio>
 
-#include "bench.h"
 #include "backend/block.h"
+#include "bench.h"
 #include "dispatch.h"
 #include "faults.h"
 #include "kel_exports.h"
+#include "remote.h"
 
 using sim::LogCall;
 
@@ -15,14 +16,42 @@ bool SetField(kel::int64 session, kel::int32 id, std::string value) {
   return sim::WithSession(session, [&](sim::Session& s) { s.req.SetField(id, std::move(value)); });
 }
 
-// The connection of a session is open and up; its send time is noted.
-bool Sendable(const sim::Session& s) {
+// The connection of a session is open and up; its send time is noted. *remote: whether it
+// reaches a server rather than the in-process back end.
+bool Sendable(const sim::Session& s, bool* remote) {
   sim::Core& c = sim::core();
   std::lock_guard<std::mutex> lock(c.mutex);
   sim::Connection* k = c.FindConnLocked(s.conn);
   if (k == nullptr || !k->up) return false;
   if (!sim::BenchMode()) k->last_send_ms = k->last_recv_ms = sim::NowMs();
+  *remote = k->remote;
   return true;
+}
+
+// Hands the answer of a Kel_Write to the session's reply handler, on the reply thread.
+void DeliverReply(const sim::SessionPtr& s) {
+  s->replied = true;
+  // A session released before its answer came has nobody to hand it to.
+  if (!sim::core().FindSession(s->id)) return;
+  if (s->reply_fn != nullptr) {
+    s->reply_fn(s->id);  // the handler owns the session now and releases it
+  } else {
+    std::lock_guard<std::mutex> lock(sim::core().mutex);
+    sim::core().sessions.erase(s->id);
+  }
+}
+
+// A Kel_Write to a server: the answer comes on the network thread and goes to the reply
+// thread; an answer lost with the connection is a failure answer (code -1).
+bool WriteToServer(const sim::SessionPtr& s) {
+  return sim::remote::Send(s->conn, s->req, s->set.node_id, [s](bool ok, sim::Answer ans) {
+    if (ok) sim::Finish(s->req, &ans);
+    auto shared = std::make_shared<sim::Answer>(std::move(ans));
+    sim::PostReply([s, shared] {
+      s->ans = std::move(*shared);
+      DeliverReply(s);
+    });
+  });
 }
 
 }  // namespace
@@ -77,7 +106,8 @@ KEL_EXPORT kel::int32 Kel_GetNodeId(kel::int64 session) {
 }
 KEL_EXPORT bool Kel_SetSysInfo(kel::int64 session, kel::int32 kind, kel::int32 fieldId) {
   LogCall("Kel_SetSysInfo", session, kind, fieldId);
-  return sim::WithSession(session, [&](sim::Session& s) { s.set.sysinfo.emplace_back(kind, fieldId); });
+  return sim::WithSession(session,
+                          [&](sim::Session& s) { s.set.sysinfo.emplace_back(kind, fieldId); });
 }
 KEL_EXPORT kel::int64 Kel_GetToken(kel::int64 session) {
   LogCall("Kel_GetToken", session);
@@ -116,18 +146,22 @@ KEL_EXPORT bool Kel_SetInt64(kel::int64 session, kel::int32 fieldId, kel::int64 
   LogCall("Kel_SetInt64", session, fieldId, value);
   return SetField(session, fieldId, std::to_string(value));
 }
-KEL_EXPORT bool Kel_SetDouble(kel::int64 session, kel::int32 fieldId, double value, kel::int32 precision) {
+KEL_EXPORT bool Kel_SetDouble(kel::int64 session, kel::int32 fieldId, double value,
+                              kel::int32 precision) {
   LogCall("Kel_SetDouble", session, fieldId, value, precision);
   char buf[512];
-  std::snprintf(buf, sizeof buf, "%.*f", precision < 0 ? 6 : (precision > 20 ? 20 : precision), value);
+  std::snprintf(buf, sizeof buf, "%.*f", precision < 0 ? 6 : (precision > 20 ? 20 : precision),
+                value);
   return SetField(session, fieldId, buf);
 }
-KEL_EXPORT bool Kel_SetString(kel::int64 session, kel::int32 fieldId, const char* value, kel::int32 len) {
+KEL_EXPORT bool Kel_SetString(kel::int64 session, kel::int32 fieldId, const char* value,
+                              kel::int32 len) {
   LogCall("Kel_SetString", session, fieldId, len);
   if (value == nullptr || len < 0) return SetField(session, fieldId, "");
   return SetField(session, fieldId, std::string(value, static_cast<std::size_t>(len)));
 }
-KEL_EXPORT bool Kel_SetItemBuf(kel::int64 session, kel::int32 fieldId, const char* data, kel::int32 len) {
+KEL_EXPORT bool Kel_SetItemBuf(kel::int64 session, kel::int32 fieldId, const char* data,
+                               kel::int32 len) {
   LogCall("Kel_SetItemBuf", session, fieldId, len);
   if (data == nullptr || len < 0) return false;
   return SetField(session, fieldId, std::string(data, static_cast<std::size_t>(len)));
@@ -167,11 +201,18 @@ KEL_EXPORT bool Kel_Run(kel::int64 session) {
   sim::SessionPtr s = sim::core().FindSession(session);
   if (!s || s->req.func.empty()) return false;
   if (!sim::BenchMode() && sim::faults().run.Hit()) return false;
-  if (!Sendable(*s)) return false;
+  bool remote = false;
+  if (!Sendable(*s, &remote)) return false;
   s->replied = false;
-  sim::Dispatch(s->req, s->set, &s->ans);
+  bool answered = true;
+  if (!remote) {
+    sim::Dispatch(s->req, s->set, &s->ans);
+  } else if (!sim::AnswerHere(s->req, &s->ans)) {
+    answered = sim::remote::Call(s->conn, s->req, s->set.node_id, s->set.timeout, &s->ans);
+    if (answered) sim::Finish(s->req, &s->ans);
+  }
   s->replied = true;
-  return true;
+  return answered;
 }
 
 KEL_EXPORT bool Kel_Write(kel::int64 session) {
@@ -179,19 +220,17 @@ KEL_EXPORT bool Kel_Write(kel::int64 session) {
   sim::SessionPtr s = sim::core().FindSession(session);
   if (!s || s->req.func.empty()) return false;
   if (!sim::BenchMode() && sim::faults().write.Hit()) return false;
-  if (!Sendable(*s)) return false;
+  bool remote = false;
+  if (!Sendable(*s, &remote)) return false;
   s->replied = false;
+  if (remote) {
+    if (!sim::AnswerHere(s->req, &s->ans)) return WriteToServer(s);
+    sim::PostReply([s] { DeliverReply(s); });
+    return true;
+  }
   sim::PostReply([s] {
     sim::Dispatch(s->req, s->set, &s->ans);
-    s->replied = true;
-    // A session released before its answer came has nobody to hand it to.
-    if (!sim::core().FindSession(s->id)) return;
-    if (s->reply_fn != nullptr) {
-      s->reply_fn(s->id);  // the handler owns the session now and releases it
-    } else {
-      std::lock_guard<std::mutex> lock(sim::core().mutex);
-      sim::core().sessions.erase(s->id);
-    }
+    DeliverReply(s);
   });
   return true;
 }

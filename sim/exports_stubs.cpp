@@ -3,6 +3,8 @@
 
 #pragma GCC diagnostic ignored "-Wunused-parameter"
 
+// One stub a line.
+// clang-format off
 KEL_EXPORT bool Kel_AutoLoadOpenSSL(void) { sim::LogCall("Kel_AutoLoadOpenSSL"); return false; }
 KEL_EXPORT void Kel_SetCharset(const char* charset) { sim::LogCall("Kel_SetCharset"); }
 KEL_EXPORT void Kel_SetDefaultQYBM(const char* qybm) { sim::LogCall("Kel_SetDefaultQYBM"); }
@@ -50,3 +52,4 @@ KEL_EXPORT const char* Kel_GetAnsData(kel::int64 session, kel::int32* len) { sim
 #if !defined(KELSIM_OMIT_LAST)  // the variant used to test a transport lacking its last entry
 KEL_EXPORT bool Kel_AnsIsMulti(kel::int64 session) { sim::LogCall("Kel_AnsIsMulti"); return false; }
 #endif
+// clang-format on

@@ -54,7 +54,7 @@ namespace {
 // Pushes go to the subscriptions, quotes to the quote callback, both on the push thread.
 class TransportListener : public ExchangeListener {
  public:
-  void OnPush(PendingPush push) override { QueueBackendPush(std::move(push)); }
+  void OnPush(PendingPush&& push) override { QueueBackendPush(std::move(push)); }
   bool WantsQuotes() const override { return quote_target().on.load(std::memory_order_relaxed); }
   void OnQuote(const Quote& quote) override {
     KelSimQuote record = ToRecord(quote);

@@ -134,8 +134,8 @@ typedef struct KelSimLevel {
 typedef struct KelSimQuote {
   char jys[4];
   char zqdm[12];
-  int32_t date;     /* trade date, YYYYMMDD */
-  int32_t time_ms;  /* the clock's time of day when the market last changed, in ms */
+  int32_t date;    /* trade date, YYYYMMDD */
+  int32_t time_ms; /* the clock's time of day when the market last changed, in ms */
   double last;
   double prev_close;
   double upper_limit;
@@ -182,6 +182,14 @@ void KelSim_NewDay(void);
 /* The trade date (YYYYMMDD) and the clock's time of day (milliseconds since midnight);
  * either pointer may be null. */
 void KelSim_Clock(int64_t* date, int64_t* time_ms);
+
+/* ---- connections to a server of the back end (molra-simd) ----
+ * Kel_Connect to "host:port" that is not an in-process address connects to a server. A
+ * dropped server connection reconnects by itself: the first attempt first_ms after the drop,
+ * then after twice as long each time, up to max_ms (100 and 2000 by default). While a process
+ * has a server connection, the market and clock functions above act on the server's exchange
+ * (that of its first server connection). */
+void KelSim_SetReconnectDelay(int32_t first_ms, int32_t max_ms);
 
 /* ---- benchmark mode ----
  * On: every Kel_Run and Kel_Write answers at once from the prepared answer of its function

@@ -24,15 +24,20 @@ bool FindScripted(const std::string& func, Answer* out) {
 
 void ScriptStruct(const std::string& func, std::string block) {
   Answer a;
-  if (block.size() >= 13) a.code = static_cast<std::int16_t>(static_cast<unsigned char>(block[11]) |
-                                                           (static_cast<unsigned char>(block[12]) << 8));
-  if (block.size() > 302) a.msg = std::string(block.c_str() + 302, strnlen(block.c_str() + 302, std::min<std::size_t>(128, block.size() - 302)));
+  if (block.size() >= 13)
+    a.code = static_cast<std::int16_t>(static_cast<unsigned char>(block[11]) |
+                                       (static_cast<unsigned char>(block[12]) << 8));
+  if (block.size() > 302)
+    a.msg =
+        std::string(block.c_str() + 302,
+                    strnlen(block.c_str() + 302, std::min<std::size_t>(128, block.size() - 302)));
   a.blocks.push_back(std::move(block));
   std::lock_guard<std::mutex> lock(g_scripts_mutex);
   g_answers[func] = std::move(a);
 }
 
-void ScriptKv(const std::string& func, std::int32_t code, std::string msg, const std::string& rows) {
+void ScriptKv(const std::string& func, std::int32_t code, std::string msg,
+              const std::string& rows) {
   Answer a;
   a.code = code;
   a.msg = std::move(msg);
@@ -88,7 +93,8 @@ std::int32_t LastRequest(const std::string& func, char* buf, std::int32_t cap) {
   auto it = g_requests.find(func);
   if (it == g_requests.end()) return -1;
   if (buf != nullptr && cap > 0)
-    std::memcpy(buf, it->second.data(), std::min<std::size_t>(it->second.size(), static_cast<std::size_t>(cap)));
+    std::memcpy(buf, it->second.data(),
+                std::min<std::size_t>(it->second.size(), static_cast<std::size_t>(cap)));
   return static_cast<std::int32_t>(it->second.size());
 }
 

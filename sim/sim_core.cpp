@@ -6,6 +6,24 @@
 namespace sim {
 namespace {
 std::atomic<std::uint64_t> g_posted{0};
+thread_local DeliveryBatch* t_batch = nullptr;
+
+// One task that runs the tasks of a batch in order.
+std::function<void()> Together(std::vector<std::function<void()>> tasks) {
+  if (tasks.size() == 1) return std::move(tasks[0]);
+  auto shared = std::make_shared<std::vector<std::function<void()>>>(std::move(tasks));
+  return [shared] {
+    for (auto& t : *shared) t();
+  };
+}
+}  // namespace
+
+DeliveryBatch::DeliveryBatch() : outer_(t_batch) { t_batch = this; }
+
+DeliveryBatch::~DeliveryBatch() {
+  t_batch = outer_;
+  if (!replies_.empty()) PostReply(Together(std::move(replies_)));
+  if (!pushes_.empty()) PostPush(Together(std::move(pushes_)));
 }
 
 Core& core() {
@@ -29,12 +47,30 @@ void PostEvent(std::function<void()> task) {
   core().events.Post(std::move(task));
 }
 void PostReply(std::function<void()> task) {
+  if (t_batch != nullptr) return t_batch->replies_.push_back(std::move(task));
   ++g_posted;
   core().replies.Post(std::move(task));
 }
 void PostPush(std::function<void()> task) {
+  if (t_batch != nullptr) return t_batch->pushes_.push_back(std::move(task));
   ++g_posted;
   core().pushes.Post(std::move(task));
+}
+
+void PostConnEvent(std::int64_t conn, std::int32_t event) {
+  PostEvent([conn, event] {
+    kel::ConnEventFn fn = nullptr;
+    void* ctx = nullptr;
+    {
+      std::lock_guard<std::mutex> lock(core().mutex);
+      // The handler as it is at delivery: a handler removed meanwhile receives nothing.
+      if (const Connection* k = core().FindConnLocked(conn)) {
+        fn = k->event_fn;
+        ctx = k->event_ctx;
+      }
+    }
+    if (fn != nullptr) fn(conn, event, ctx);
+  });
 }
 
 void WaitIdle() {

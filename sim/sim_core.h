@@ -40,6 +40,10 @@ struct Connection {
   bool auto_reconnect = true;
   std::int64_t last_send_ms = 0;
   std::int64_t last_recv_ms = 0;
+  // A connection to a server of the back end (remote.h) rather than to the in-process one,
+  // with the server's subscription codes of confirmations and match reports.
+  bool remote = false;
+  std::string confirm_func, report_func;
 };
 
 struct Subscription {
@@ -76,8 +80,8 @@ struct Core {
   Worker pushes;
 
   std::int64_t NewHandle() { return next_handle++; }
-  SessionPtr FindSession(std::int64_t id);            // takes the lock
-  Connection* FindConnLocked(std::int64_t id);         // lock held by the caller
+  SessionPtr FindSession(std::int64_t id);      // takes the lock
+  Connection* FindConnLocked(std::int64_t id);  // lock held by the caller
 };
 
 Core& core();
@@ -95,7 +99,26 @@ bool WithSession(std::int64_t session, F f) {
 void PostEvent(std::function<void()> task);
 void PostReply(std::function<void()> task);
 void PostPush(std::function<void()> task);
+
+// While one lives on a thread, the replies and pushes that thread posts are handed to their
+// threads together when it ends: a read of many answers wakes each thread once.
+class DeliveryBatch {
+ public:
+  DeliveryBatch();
+  ~DeliveryBatch();
+  DeliveryBatch(const DeliveryBatch&) = delete;
+  DeliveryBatch& operator=(const DeliveryBatch&) = delete;
+
+ private:
+  friend void PostReply(std::function<void()> task);
+  friend void PostPush(std::function<void()> task);
+  std::vector<std::function<void()>> replies_, pushes_;
+  DeliveryBatch* outer_;
+};
 void WaitIdle();
+// Delivers a connection event to the connection's handler (as it is at delivery) on the
+// events thread.
+void PostConnEvent(std::int64_t conn, std::int32_t event);
 void StartThreads();
 void StopThreads();
 

@@ -2,20 +2,14 @@
 // second process continues where a first one stopped, nothing accepted is lost when a process
 // is killed between two orders, and a file that is not such a state file, or one in use, is
 // refused and left as it is. The other processes are tests/sim_state_helper.
-#include <poll.h>
 #include <signal.h>
-#include <spawn.h>
 #include <sqlite3.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
-#include <chrono>
 #include <string>
 #include <vector>
 
+#include "support/child_process.h"
 #include "support/sim_trading.h"
-
-extern char** environ;
 
 using namespace molra::test;
 
@@ -23,69 +17,24 @@ namespace {
 
 constexpr int kHelperSeconds = 30;
 
-// The helper process, its output read until a line or its end, within kHelperSeconds.
-class Helper {
+// The helper process on the back end of `config`, its output read until a line or its end,
+// within kHelperSeconds.
+class Helper : public ChildProcess {
  public:
-  Helper(const std::string& config, const std::vector<std::string>& args) {
-    int out[2];
-    if (pipe(out) != 0) return;
-    std::vector<std::string> env = {"KELSIM_CONFIG=" + config, "MOLRA_BUILD_DIR=" + BuildDir()};
-    for (char** e = environ; *e != nullptr; ++e)
-      if (std::strncmp(*e, "KELSIM_CONFIG=", 14) != 0 &&
-          std::strncmp(*e, "MOLRA_BUILD_DIR=", 16) != 0)
-        env.push_back(*e);
-    std::vector<std::string> argv = {BuildDir() + "/tests/sim_state_helper"};
-    argv.insert(argv.end(), args.begin(), args.end());
-    std::vector<char*> a, e;
-    for (auto& s : argv) a.push_back(s.data());
-    for (auto& s : env) e.push_back(s.data());
-    a.push_back(nullptr);
-    e.push_back(nullptr);
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_adddup2(&actions, out[1], 1);
-    posix_spawn_file_actions_addclose(&actions, out[0]);
-    if (posix_spawn(&pid_, a[0], &actions, nullptr, a.data(), e.data()) != 0) pid_ = -1;
-    posix_spawn_file_actions_destroy(&actions);
-    close(out[1]);
-    fd_ = out[0];
-  }
-  ~Helper() {
-    if (pid_ > 0) Kill();
-    if (fd_ >= 0) close(fd_);
-  }
+  Helper(const std::string& config, const std::vector<std::string>& args)
+      : ChildProcess(Argv(args), {"KELSIM_CONFIG=" + config}) {}
   // Reads until `line` has been printed (empty: until the output ends); false on time-out.
   bool Read(const std::string& line = std::string()) {
-    auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(kHelperSeconds);
-    while (line.empty() || out.find(line + "\n") == std::string::npos) {
-      auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
-          deadline - std::chrono::steady_clock::now());
-      pollfd p{fd_, POLLIN, 0};
-      if (left.count() <= 0 || poll(&p, 1, static_cast<int>(left.count())) <= 0) return false;
-      char buf[256];
-      ssize_t n = read(fd_, buf, sizeof buf);
-      if (n <= 0) return line.empty();
-      out.append(buf, static_cast<std::size_t>(n));
-    }
-    return true;
+    return line.empty() ? ReadToEnd(kHelperSeconds) : Line(line, kHelperSeconds) == line;
   }
-  // Waits for the end; the exit status, or 128 + the signal that ended it.
-  int Wait() {
-    int status = 0;
-    waitpid(pid_, &status, 0);
-    pid_ = -1;
-    return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-  }
-  int Kill() {
-    kill(pid_, SIGKILL);
-    return Wait();
-  }
-  bool started() const { return pid_ > 0; }
-  std::string out;
+  int Kill() { return Signal(SIGKILL); }
 
  private:
-  pid_t pid_ = -1;
-  int fd_ = -1;
+  static std::vector<std::string> Argv(const std::vector<std::string>& args) {
+    std::vector<std::string> argv = {BuildDir() + "/tests/sim_state_helper"};
+    argv.insert(argv.end(), args.begin(), args.end());
+    return argv;
+  }
 };
 
 // The order numbers a helper printed.
@@ -112,9 +61,9 @@ class SecondProcess : public SimState {
   void BeforeLoad() override {
     Helper first(config(), {"buy:600000:1000:10.00", "buy:600000:100:9.00", "sell:600000:500:11.00",
                             "advance:60000", "price:600036:36.00"});
-    ASSERT_TRUE(first.Read()) << first.out;
-    ASSERT_EQ(first.Wait(), 0) << first.out;
-    ASSERT_EQ(Numbers(first.out), (std::vector<std::string>{"1", "2", "3"})) << first.out;
+    ASSERT_TRUE(first.Read()) << first.output();
+    ASSERT_EQ(first.Wait(), 0) << first.output();
+    ASSERT_EQ(Numbers(first.output()), (std::vector<std::string>{"1", "2", "3"})) << first.output();
   }
 };
 
@@ -144,9 +93,9 @@ class KilledProcess : public SimState {
   // Killed after the answer to its second order: a buy that matched and one that rests.
   void BeforeLoad() override {
     Helper first(config(), {"buy:600000:1000:10.00", "buy:600000:100:9.00", "hang"});
-    ASSERT_TRUE(first.Read("hanging")) << first.out;
+    ASSERT_TRUE(first.Read("hanging")) << first.output();
     EXPECT_EQ(first.Kill(), 128 + SIGKILL);
-    ASSERT_EQ(Numbers(first.out), (std::vector<std::string>{"1", "2"})) << first.out;
+    ASSERT_EQ(Numbers(first.output()), (std::vector<std::string>{"1", "2"})) << first.output();
   }
 };
 
@@ -215,7 +164,7 @@ TEST_F(SimState, InUseByAnotherProcessIsRefused) {
   k.Kel_Uninitialize();
   SIM_FN(KelSim_Reset)();  // this process lets go of the file
   Helper other(config(), {"hang"});
-  ASSERT_TRUE(other.Read("hanging")) << other.out;
+  ASSERT_TRUE(other.Read("hanging")) << other.output();
   EXPECT_FALSE(SIM_FN(KelSim_LoadConfig)(config().c_str()));
   EXPECT_NE(ConnectError().find("in use by another process"), std::string::npos);
   other.Kill();

@@ -76,7 +76,7 @@ void Place(sim::Exchange& ex, int jylb, double price) {
 
 // Counts the exchange's pushes: the orders' confirmations only, as long as nothing matches.
 struct Counter : sim::ExchangeListener {
-  void OnPush(sim::PendingPush) override { ++pushes; }
+  void OnPush(sim::PendingPush&&) override { ++pushes; }
   bool WantsQuotes() const override { return false; }
   void OnQuote(const sim::Quote&) override {}
   long long pushes = 0;

@@ -106,7 +106,8 @@ const EtfCfg* Backend::FindEtf(const std::string& jys, const std::string& zqdm) 
 
 std::int64_t Backend::IssueToken(Customer& c) {
   // One token per customer for the life of the back end: a second login answers the same.
-  if (c.token == 0) c.token = 880000000 + 7919 * next_token_++ + std::atoll(c.cfg.khh.c_str()) % 1000;
+  if (c.token == 0)
+    c.token = 880000000 + 7919 * next_token_++ + std::atoll(c.cfg.khh.c_str()) % 1000;
   return c.token;
 }
 
@@ -132,10 +133,10 @@ void Backend::Changed(const Order& o) {
   if (it != customers_.end()) changes_.orders.emplace_back(&it->second, o.wth);
 }
 
-std::vector<PendingPush> Backend::TakePushes() {
-  std::vector<PendingPush> out;
-  out.swap(pending_);
-  return out;
+std::vector<PendingPush>& Backend::TakePushes() {
+  taken_.clear();
+  taken_.swap(pending_);
+  return taken_;
 }
 
 void Backend::RestoreSequences(const Sequences& s) {

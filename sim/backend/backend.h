@@ -70,18 +70,18 @@ struct Customer {
   std::int64_t token = 0;  // 0 until the first login
   double balance = 0;
   double frozen = 0;
-  double day_start = 0;  // balance when the day began
+  double day_start = 0;                       // balance when the day began
   std::map<std::int32_t, double> node_alloc;  // funds allocated to each trading node
   std::map<std::int32_t, double> node_ratio;  // allocation ratio of each trading node
   std::vector<Position> positions;
-  std::map<std::int64_t, Order> orders;       // the day's, by order number
-  std::vector<MatchRec> matches;              // the day's
-  std::size_t matches_saved = 0;              // how many of them the state file holds
-  bool touched = false;                       // possibly changed since the last save
+  std::map<std::int64_t, Order> orders;  // the day's, by order number
+  std::vector<MatchRec> matches;         // the day's
+  std::size_t matches_saved = 0;         // how many of them the state file holds
+  bool touched = false;                  // possibly changed since the last save
   double Available() const { return balance - frozen; }
   void AddFunds(double yuan) { balance = Round2(balance + yuan); }
   void Freeze(double yuan) { frozen = Round2(frozen + yuan); }
-  std::vector<std::int32_t> TradeNodes() const;  // nodes of system type 4
+  std::vector<std::int32_t> TradeNodes() const;      // nodes of system type 4
   std::string GdhFor(const std::string& jys) const;  // "" for an unknown exchange
   Position* FindPosition(const std::string& jys, const std::string& zqdm);
   Position& GetPosition(const std::string& jys, const std::string& zqdm);
@@ -140,8 +140,12 @@ class Backend {
   Order& AddOrder(Customer& cu, Order o);
   void Changed(const Order& o);
 
-  void Push(const std::string& khh, int kind, PushValues v) { pending_.push_back({khh, kind, std::move(v)}); }
-  std::vector<PendingPush> TakePushes();
+  void Push(const std::string& khh, int kind, PushValues v) {
+    pending_.push_back({khh, kind, std::move(v)});
+  }
+  // The pushes given so far, to be moved out before the next call (a record is some 2 KiB: the
+  // two vectors keep their room from call to call).
+  std::vector<PendingPush>& TakePushes();
   bool HasPushes() const { return !pending_.empty(); }
 
   Clock clock;
@@ -168,7 +172,7 @@ class Backend {
   Config cfg_;
   std::map<std::string, Customer> customers_;
   std::map<std::string, Security> securities_;  // by jys + "." + zqdm
-  std::vector<PendingPush> pending_;
+  std::vector<PendingPush> pending_, taken_;
   Changes changes_;
   std::int64_t next_wth_ = 1;
   std::int64_t next_cjbh_ = 1;

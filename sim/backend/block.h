@@ -40,7 +40,8 @@ class Block {
   // Text of at most `width` bytes, up to the first NUL.
   std::string Text(std::size_t off, std::size_t width) const {
     std::string s;
-    for (std::size_t i = 0; i < width && off + i < b_.size() && b_[off + i] != '\0'; ++i) s += b_[off + i];
+    for (std::size_t i = 0; i < width && off + i < b_.size() && b_[off + i] != '\0'; ++i)
+      s += b_[off + i];
     return s;
   }
 
@@ -60,7 +61,8 @@ class Block {
   }
   // Bounded copy: at most `width` bytes, the rest of the field zero; no NUL when full.
   void PutText(std::size_t off, std::size_t width, const std::string& s) {
-    for (std::size_t i = 0; i < width && off + i < b_.size(); ++i) b_[off + i] = i < s.size() ? s[i] : '\0';
+    for (std::size_t i = 0; i < width && off + i < b_.size(); ++i)
+      b_[off + i] = i < s.size() ? s[i] : '\0';
   }
 
  private:

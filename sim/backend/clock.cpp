@@ -10,8 +10,11 @@ namespace {
 std::tm LocalTm(std::int64_t offset_ms, int* ms) {
   auto now = std::chrono::system_clock::now() + std::chrono::milliseconds(offset_ms);
   auto since = now.time_since_epoch();
-  std::time_t t = static_cast<std::time_t>(std::chrono::duration_cast<std::chrono::seconds>(since).count());
-  if (ms) *ms = static_cast<int>(std::chrono::duration_cast<std::chrono::milliseconds>(since).count() % 1000);
+  std::time_t t =
+      static_cast<std::time_t>(std::chrono::duration_cast<std::chrono::seconds>(since).count());
+  if (ms)
+    *ms = static_cast<int>(std::chrono::duration_cast<std::chrono::milliseconds>(since).count() %
+                           1000);
   std::tm tm{};
 #if defined(_WIN32)
   localtime_s(&tm, &t);
@@ -35,7 +38,8 @@ std::int64_t WallDate(std::int64_t offset_ms) {
 }
 
 std::int64_t SteadyMs() {
-  return std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now().time_since_epoch())
+  return std::chrono::duration_cast<std::chrono::milliseconds>(
+             std::chrono::steady_clock::now().time_since_epoch())
       .count();
 }
 
@@ -71,7 +75,8 @@ std::int64_t Clock::Target() const {
     case ClockMode::Realtime:
       return WallTimeOfDay(offset_ms_);
     case ClockMode::Speed:
-      return anchor_ms_ + static_cast<std::int64_t>(static_cast<double>(SteadyMs() - anchor_wall_ms_) * speed_);
+      return anchor_ms_ +
+             static_cast<std::int64_t>(static_cast<double>(SteadyMs() - anchor_wall_ms_) * speed_);
     default:
       return ms_;
   }
@@ -79,7 +84,9 @@ std::int64_t Clock::Target() const {
 
 void Clock::MoveTo(std::int64_t ms) { ms_ = ms; }
 
-std::int64_t Clock::Now() const { return mode_ == ClockMode::Realtime ? WallTimeOfDay(offset_ms_) : ms_; }
+std::int64_t Clock::Now() const {
+  return mode_ == ClockMode::Realtime ? WallTimeOfDay(offset_ms_) : ms_;
+}
 
 void Clock::StartDay(std::int64_t date) {
   SetDate(date);
@@ -108,8 +115,8 @@ std::int64_t Clock::ShownMs() const {
 std::string Clock::HHMMSS() const {
   std::int64_t s = ShownMs() / 1000;
   char buf[16];
-  std::snprintf(buf, sizeof buf, "%02d%02d%02d", static_cast<int>(s / 3600), static_cast<int>(s / 60 % 60),
-                static_cast<int>(s % 60));
+  std::snprintf(buf, sizeof buf, "%02d%02d%02d", static_cast<int>(s / 3600),
+                static_cast<int>(s / 60 % 60), static_cast<int>(s % 60));
   return buf;
 }
 
@@ -117,10 +124,13 @@ std::string Clock::TimeText() const {
   std::int64_t ms = ShownMs();
   char buf[32];
   std::snprintf(buf, sizeof buf, "%02d:%02d:%02d.%03d", static_cast<int>(ms / 3600000),
-                static_cast<int>(ms / 60000 % 60), static_cast<int>(ms / 1000 % 60), static_cast<int>(ms % 1000));
+                static_cast<int>(ms / 60000 % 60), static_cast<int>(ms / 1000 % 60),
+                static_cast<int>(ms % 1000));
   return buf;
 }
 
-std::int64_t Clock::ShownDate() const { return mode_ == ClockMode::Realtime ? WallDate(offset_ms_) : Date(); }
+std::int64_t Clock::ShownDate() const {
+  return mode_ == ClockMode::Realtime ? WallDate(offset_ms_) : Date();
+}
 
 }  // namespace sim

@@ -33,7 +33,8 @@ std::string Pad(const std::string& prefix, const std::string& khh, std::size_t w
   return s + khh;
 }
 
-CustomerCfg MakeCustomer(const std::string& khh, const std::string& pwd, std::vector<NodeCfg> nodes) {
+CustomerCfg MakeCustomer(const std::string& khh, const std::string& pwd,
+                         std::vector<NodeCfg> nodes) {
   CustomerCfg c;
   c.khh = khh;
   c.password = pwd;
@@ -75,19 +76,22 @@ Config DefaultConfig() {
     const char *jys, *zqdm, *name;
     double price;
   } kSecurities[] = {
-      {"SH", "600000", "PFYH", 10.00},    {"SH", "600036", "ZSYH", 35.00},   {"SH", "601318", "ZGPA", 50.00},
-      {"SZ", "000001", "PAYH", 12.00},    {"SZ", "000002", "WKA", 20.00},    {"SH", "510050", "50ETF", 2.500},
-      {"SH", "510300", "300ETF", 4.000},  {"SZ", "159919", "300ETFSZ", 4.000}, {"SH", "204001", "GC001", 2.000},
-      {"SH", "501000", "LOF501000", 1.000},
+      {"SH", "600000", "PFYH", 10.00},   {"SH", "600036", "ZSYH", 35.00},
+      {"SH", "601318", "ZGPA", 50.00},   {"SZ", "000001", "PAYH", 12.00},
+      {"SZ", "000002", "WKA", 20.00},    {"SH", "510050", "50ETF", 2.500},
+      {"SH", "510300", "300ETF", 4.000}, {"SZ", "159919", "300ETFSZ", 4.000},
+      {"SH", "204001", "GC001", 2.000},  {"SH", "501000", "LOF501000", 1.000},
   };
-  for (const auto& s : kSecurities) c.securities.push_back(MakeSecurity(s.jys, s.zqdm, s.name, s.price));
+  for (const auto& s : kSecurities)
+    c.securities.push_back(MakeSecurity(s.jys, s.zqdm, s.name, s.price));
 
   EtfCfg e50;
   e50.jys = "SH";
   e50.zqdm = "510050";
   e50.unit = 10000;
   e50.cash = 1000.00;
-  e50.constituents = {{"SH", "600000", 1000, 1}, {"SH", "600036", 200, 1}, {"SH", "601318", 100, 0}};
+  e50.constituents = {
+      {"SH", "600000", 1000, 1}, {"SH", "600036", 200, 1}, {"SH", "601318", 100, 0}};
   EtfCfg e300 = e50;
   e300.zqdm = "510300";
   e300.info_date = 20200101;  // stale: never the trade date
@@ -101,8 +105,10 @@ Config DefaultConfig() {
   c.etfs = {e50, e300, esz};
 
   CustomerCfg c1 = MakeCustomer("1001", "111111", {{1, 4}});
-  c1.positions = {{"SH", "600000", 10000, 10000, 9.50},  {"SH", "600036", 2000, 2000, 30.00},
-                  {"SH", "601318", 1000, 1000, 48.00},   {"SZ", "000001", 5000, 5000, 11.00},
+  c1.positions = {{"SH", "600000", 10000, 10000, 9.50},
+                  {"SH", "600036", 2000, 2000, 30.00},
+                  {"SH", "601318", 1000, 1000, 48.00},
+                  {"SZ", "000001", 5000, 5000, 11.00},
                   {"SH", "510050", 100000, 100000, 2.40}};
   CustomerCfg c2 = MakeCustomer("1002", "222222", {{1, 4}, {2, 4}});
   c2.positions = {{"SZ", "000002", 3000, 3000, 18.00}};
@@ -116,15 +122,16 @@ Config DefaultConfig() {
   return c;
 }
 
-
-SecurityCfg MakeSecurity(const std::string& jys, const std::string& zqdm, const std::string& name, double price) {
+SecurityCfg MakeSecurity(const std::string& jys, const std::string& zqdm, const std::string& name,
+                         double price) {
   SecurityCfg s;
   s.jys = jys;
   s.zqdm = zqdm;
   s.name = name;
   s.price = price;
   bool fund = (jys == "SH" && zqdm.rfind('5', 0) == 0) ||
-              (jys == "SZ" && (zqdm.rfind("15", 0) == 0 || zqdm.rfind("16", 0) == 0 || zqdm.rfind("18", 0) == 0));
+              (jys == "SZ" &&
+               (zqdm.rfind("15", 0) == 0 || zqdm.rfind("16", 0) == 0 || zqdm.rfind("18", 0) == 0));
   SetKind(s, fund ? SecurityKind::Fund : SecurityKind::Stock);
   return s;
 }
@@ -136,8 +143,8 @@ void SetKind(SecurityCfg& s, SecurityKind kind) {
 
 std::int64_t ParseTimeOfDay(const std::string& text) {
   int h = 0, m = 0, sec = 0, n = 0;
-  if (std::sscanf(text.c_str(), "%2d:%2d:%2d%n", &h, &m, &sec, &n) != 3 || n != 8 || h > 23 || m > 59 || sec > 59 ||
-      h < 0 || m < 0 || sec < 0)
+  if (std::sscanf(text.c_str(), "%2d:%2d:%2d%n", &h, &m, &sec, &n) != 3 || n != 8 || h > 23 ||
+      m > 59 || sec > 59 || h < 0 || m < 0 || sec < 0)
     return -1;
   std::int64_t ms = 0;
   std::size_t at = 8;
@@ -159,7 +166,8 @@ namespace {
 // unnoticed otherwise).
 class Section {
  public:
-  Section(const CSimpleIniA& ini, const char* name, std::string* error) : ini_(ini), name_(name), error_(error) {}
+  Section(const CSimpleIniA& ini, const char* name, std::string* error)
+      : ini_(ini), name_(name), error_(error) {}
 
   bool Has(const char* key) const { return ini_.GetValue(name_, key, nullptr) != nullptr; }
   std::string Text(const char* key, const std::string& def = std::string()) {
@@ -191,7 +199,9 @@ class Section {
     char* end = nullptr;
     long long n = std::strtoll(v.c_str(), &end, 10);
     if (*end != '\0' || n < lo || n > hi)
-      return Fail(key, v, "a whole number from " + std::to_string(lo) + " to " + std::to_string(hi)), def;
+      return Fail(key, v,
+                  "a whole number from " + std::to_string(lo) + " to " + std::to_string(hi)),
+             def;
     return n;
   }
   void Fail(const char* key, const std::string& value, const std::string& expected) {
@@ -221,7 +231,8 @@ class Section {
 };
 
 std::string Resolve(const std::string& config_path, const std::string& path) {
-  if (path.empty() || path[0] == '/' || path[0] == '\\' || (path.size() > 1 && path[1] == ':')) return path;
+  if (path.empty() || path[0] == '/' || path[0] == '\\' || (path.size() > 1 && path[1] == ':'))
+    return path;
   std::size_t slash = config_path.find_last_of("/\\");
   return slash == std::string::npos ? path : config_path.substr(0, slash + 1) + path;
 }
@@ -315,7 +326,9 @@ bool LoadConfigFile(const std::string& path, Config& out, std::string* error) {
     CSimpleIniA::TNamesDepend keys;
     ini.GetAllKeys(sec.pItem, keys);
     keys.sort(CSimpleIniA::Entry::LoadOrder());
-    auto get = [&](const char* key, const char* def) { return std::string(ini.GetValue(sec.pItem, key, def)); };
+    auto get = [&](const char* key, const char* def) {
+      return std::string(ini.GetValue(sec.pItem, key, def));
+    };
     Section section(ini, sec.pItem, &problem);
     if (parts.size() == 2 && parts[0] == "customer") {
       CustomerCfg cu = MakeCustomer(parts[1], get("password", ""), ParseNodes(get("nodes", "1:4")));
@@ -330,7 +343,8 @@ bool LoadConfigFile(const std::string& path, Config& out, std::string* error) {
         if (std::strncmp(k.pItem, "position", 8) != 0) continue;
         auto f = Split(ini.GetValue(sec.pItem, k.pItem, ""), ',');
         if (f.size() < 3) {
-          if (error) *error = name + "." + k.pItem + ": expected jys,zqdm,balance[,sellable[,cost]]";
+          if (error)
+            *error = name + "." + k.pItem + ": expected jys,zqdm,balance[,sellable[,cost]]";
           return false;
         }
         PositionCfg p;
@@ -363,7 +377,8 @@ bool LoadConfigFile(const std::string& path, Config& out, std::string* error) {
           if (error) *error = name + "." + k.pItem + ": expected jys,zqdm,qty[,flag]";
           return false;
         }
-        e.constituents.push_back({f[0], f[1], std::atoll(f[2].c_str()), f.size() > 3 ? std::atoi(f[3].c_str()) : 0});
+        e.constituents.push_back(
+            {f[0], f[1], std::atoll(f[2].c_str()), f.size() > 3 ? std::atoi(f[3].c_str()) : 0});
       }
       c.etfs.push_back(e);
     } else if (name == "market") {

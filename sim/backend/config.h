@@ -39,15 +39,15 @@ struct SecurityCfg {
   std::int64_t liquidity = -1;  // quantity the market can match; -1 unlimited
   SecurityKind kind = SecurityKind::Stock;
   double tick = 0.01;
-  std::int64_t lot = 100;       // buys of ordinary trading come in whole lots
-  double limit = 0.10;          // daily price limit around the previous close; 0: none
-  double volatility = -1;       // of the random walk, per trading day; -1: the market's
+  std::int64_t lot = 100;  // buys of ordinary trading come in whole lots
+  double limit = 0.10;     // daily price limit around the previous close; 0: none
+  double volatility = -1;  // of the random walk, per trading day; -1: the market's
 };
 
 struct ConstituentCfg {
   std::string jys, zqdm;
-  std::int64_t qty = 0;  // per creation unit
-  std::int32_t flag = 0; // 1: cash substitution allowed
+  std::int64_t qty = 0;   // per creation unit
+  std::int32_t flag = 0;  // 1: cash substitution allowed
 };
 
 struct EtfCfg {
@@ -62,20 +62,20 @@ struct EtfCfg {
 enum class ClockMode { Manual, Realtime, Speed };
 
 struct MarketCfg {
-  std::string replay;           // CSV of quotes (path as given, resolved against the file)
-  bool random_walk = false;     // a seed was given (and no replay)
+  std::string replay;        // CSV of quotes (path as given, resolved against the file)
+  bool random_walk = false;  // a seed was given (and no replay)
   std::uint64_t seed = 0;
   double volatility = 0.02;     // default of the securities'
   std::int64_t step_ms = 3000;  // interval of the random walk's quotes
   ClockMode clock = ClockMode::Realtime;
-  double speed = 1;             // ClockMode::Speed
+  double speed = 1;                                  // ClockMode::Speed
   std::int64_t start_ms = 9 * 3600000 + 30 * 60000;  // time of day a day starts at
 };
 
 struct FeeCfg {
   double commission_rate = 0;
-  double commission_min = 0;  // per order
-  double stamp_duty_rate = 0; // sells
+  double commission_min = 0;   // per order
+  double stamp_duty_rate = 0;  // sells
   double transfer_fee_rate = 0;
 };
 
@@ -98,7 +98,8 @@ struct Config {
 Config DefaultConfig();
 // A security with the defaults of its code: SH 5xxxxx and SZ 15xxxx, 16xxxx, 18xxxx are
 // funds (tick 0.001), anything else a stock (tick 0.01).
-SecurityCfg MakeSecurity(const std::string& jys, const std::string& zqdm, const std::string& name, double price);
+SecurityCfg MakeSecurity(const std::string& jys, const std::string& zqdm, const std::string& name,
+                         double price);
 // The kind and its default tick.
 void SetKind(SecurityCfg& s, SecurityKind kind);
 // Reads an INI file; false (and `out` untouched) when it cannot be read or parsed. Relative

@@ -35,7 +35,9 @@ bool CsvReader::Next(std::vector<std::string>* fields) {
   fields->clear();
   if (!error_.empty()) return false;
   // Skip empty lines.
-  while (at_ < text_.size() && (text_[at_] == '\n' || (text_[at_] == '\r' && at_ + 1 < text_.size() && text_[at_ + 1] == '\n'))) {
+  while (at_ < text_.size() &&
+         (text_[at_] == '\n' ||
+          (text_[at_] == '\r' && at_ + 1 < text_.size() && text_[at_ + 1] == '\n'))) {
     at_ += text_[at_] == '\r' ? 2 : 1;
     ++line_;
   }
@@ -67,8 +69,9 @@ bool CsvReader::Next(std::vector<std::string>* fields) {
 }
 
 std::string CsvField(const std::string& value) {
-  bool plain = !value.empty() && value.find_first_of(",\"\r\n") == std::string::npos &&
-               value.compare(0, 3, "\xEF\xBB\xBF") != 0;  // a leading mark would read as a byte-order mark
+  bool plain =
+      !value.empty() && value.find_first_of(",\"\r\n") == std::string::npos &&
+      value.compare(0, 3, "\xEF\xBB\xBF") != 0;  // a leading mark would read as a byte-order mark
   if (plain) return value;
   std::string out = "\"";
   for (char ch : value) {

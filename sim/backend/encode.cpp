@@ -30,8 +30,11 @@ std::string EncodePassword(PwdForm form, const std::string& khh, const std::stri
   return out;
 }
 
-bool DecodePassword(PwdForm form, const std::string& khh, const std::string& encoded, std::string* clear) {
-  if (encoded.empty() || encoded[0] != (form == PwdForm::Uni ? 'U' : '3') || encoded.size() % 2 != 1) return false;
+bool DecodePassword(PwdForm form, const std::string& khh, const std::string& encoded,
+                    std::string* clear) {
+  if (encoded.empty() || encoded[0] != (form == PwdForm::Uni ? 'U' : '3') ||
+      encoded.size() % 2 != 1)
+    return false;
   std::string out;
   for (std::size_t i = 1, n = 0; i < encoded.size(); i += 2, ++n) {
     int hi = Hex(encoded[i]), lo = Hex(encoded[i + 1]);

@@ -14,6 +14,7 @@ enum class PwdForm { Uni, Third };
 
 std::string EncodePassword(PwdForm form, const std::string& khh, const std::string& clear);
 // False when `encoded` is not in `form` for this customer number.
-bool DecodePassword(PwdForm form, const std::string& khh, const std::string& encoded, std::string* clear);
+bool DecodePassword(PwdForm form, const std::string& khh, const std::string& encoded,
+                    std::string* clear);
 
 }  // namespace sim

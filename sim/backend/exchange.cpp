@@ -31,7 +31,9 @@ bool Exchange::Start(const Config& cfg, std::string* error) {
   store_.reset();
   std::unique_ptr<Store> store;
   if (!cfg.state.empty() && !StateFilesSupported()) {
-    std::fprintf(stderr, "kelapi50 (simulated): [backend] state = %s ignored, this build keeps state in memory only\n",
+    std::fprintf(stderr,
+                 "kelapi50 (simulated): [backend] state = %s ignored, this build keeps state in "
+                 "memory only\n",
                  cfg.state.c_str());
   } else if (!cfg.state.empty() && (store = OpenStore(cfg.state, &why)) == nullptr) {
     StopLocked(why);
@@ -102,6 +104,7 @@ void Exchange::Emit() {
 }
 
 void Exchange::Done() {
+  if (batch_) return;
   Commit();
   Emit();
 }
@@ -111,7 +114,8 @@ void Exchange::Handle(const Request& req, const Caller& who, Answer* ans) {
   *ans = Answer();
   if (!be_) return ans->Fail(-1, "the simulated back end is not running: " + failure_);
   Handler h = FindHandler(req.func);
-  if (h == nullptr) return ans->Fail(-1, "function " + req.func + " is not supported by the simulated back end");
+  if (h == nullptr)
+    return ans->Fail(-1, "function " + req.func + " is not supported by the simulated back end");
   RollRealtimeDay();
   if (req.is_block && req.block.size() < 30) {
     ans->Fail(err::kBadRequest, "request block too short");
@@ -119,6 +123,17 @@ void Exchange::Handle(const Request& req, const Caller& who, Answer* ans) {
     HandlerCtx ctx{*be_, req, who, *ans};
     h(ctx);
   }
+  Done();
+}
+
+void Exchange::BeginBatch() {
+  std::lock_guard<std::mutex> lock(m_);
+  batch_ = true;
+}
+
+void Exchange::EndBatch() {
+  std::lock_guard<std::mutex> lock(m_);
+  batch_ = false;
   Done();
 }
 

@@ -28,7 +28,7 @@ struct PendingPush;
 class ExchangeListener {
  public:
   virtual ~ExchangeListener() = default;
-  virtual void OnPush(PendingPush push) = 0;
+  virtual void OnPush(PendingPush&& push) = 0;
   // Quotes are built only for a listener that wants them.
   virtual bool WantsQuotes() const = 0;
   virtual void OnQuote(const Quote& quote) = 0;
@@ -54,6 +54,11 @@ class Exchange {
 
   // Answers one request.
   void Handle(const Request& req, const Caller& who, Answer* ans);
+  // Between the two, what calls change is saved in one transaction at EndBatch, and the
+  // pushes leave then: a host that batches holds every answer of the batch until EndBatch
+  // has returned (a server saves the requests of one read so).
+  void BeginBatch();
+  void EndBatch();
 
   // The clock. A clock that runs itself (realtime, speed) and has quotes to give is moved by
   // the host calling RunClock every few milliseconds; a manual one by Advance (false for
@@ -98,6 +103,7 @@ class Exchange {
   ExchangeListener* listener_ = nullptr;
   std::string failure_ = "not started";
   std::int64_t realtime_date_ = 0;  // the wall clock's date the realtime clock last saw
+  bool batch_ = false;
 };
 
 }  // namespace sim

@@ -18,7 +18,9 @@ std::uint64_t SplitMix(std::uint64_t x) {
 }
 
 // Uniform in (0, 1].
-double Unit(std::uint64_t x) { return (static_cast<double>(SplitMix(x) >> 11) + 1.0) / 9007199254740992.0; }
+double Unit(std::uint64_t x) {
+  return (static_cast<double>(SplitMix(x) >> 11) + 1.0) / 9007199254740992.0;
+}
 
 std::uint64_t Hash(const std::string& s) {
   std::uint64_t h = 1469598103934665603ULL;
@@ -45,7 +47,8 @@ void Feed::Attach(Backend& be, const MarketCfg& market, std::shared_ptr<const Re
     }
   } else if (market.random_walk) {
     for (auto& [key, s] : be.securities())
-      if ((s.cfg.volatility >= 0 ? s.cfg.volatility : volatility_) > 0 && s.last > 0) walkers_.push_back(&s);
+      if ((s.cfg.volatility >= 0 ? s.cfg.volatility : volatility_) > 0 && s.last > 0)
+        walkers_.push_back(&s);
   }
 }
 
@@ -84,11 +87,13 @@ void Feed::Run(Backend& be, std::int64_t to, const std::function<void(Security&)
 // One step of a security's random walk: a normal move of the volatility scaled to the step,
 // on the tick and within the limits, a book of five levels a tick apart, and some volume.
 void Feed::Step(Backend& be, Security& s, std::int64_t step) {
-  std::uint64_t key = SplitMix(seed_ ^ SplitMix(static_cast<std::uint64_t>(be.clock.Date()))) ^ Hash(s.cfg.jys + s.cfg.zqdm) ^
-                      SplitMix(static_cast<std::uint64_t>(step));
+  std::uint64_t key = SplitMix(seed_ ^ SplitMix(static_cast<std::uint64_t>(be.clock.Date()))) ^
+                      Hash(s.cfg.jys + s.cfg.zqdm) ^ SplitMix(static_cast<std::uint64_t>(step));
   double z = std::sqrt(-2.0 * std::log(Unit(key))) * std::cos(6.283185307179586 * Unit(key + 1));
   double vol = s.cfg.volatility >= 0 ? s.cfg.volatility : volatility_;
-  double price = ToTick(s.last * std::exp(vol * std::sqrt(static_cast<double>(step_ms_) / kTradingDayMs) * z), s.cfg.tick);
+  double price =
+      ToTick(s.last * std::exp(vol * std::sqrt(static_cast<double>(step_ms_) / kTradingDayMs) * z),
+             s.cfg.tick);
   if (s.cfg.limit > 0) price = std::min(std::max(price, s.LowerLimit()), s.UpperLimit());
   price = std::max(price, s.cfg.tick);
   QuoteUpdate q;

@@ -36,10 +36,11 @@ std::int64_t FeeCents(std::int64_t amount_milli, std::int64_t rate_ppb) {
 
 std::int64_t MilliToCents(std::int64_t amount_milli) { return (amount_milli + 5) / 10; }
 
-MatchFees ChargeFees(const FeeSchedule& f, bool sell, std::int64_t amount_milli, std::int64_t order_amount_before_milli,
-                     std::int64_t commission_paid) {
+MatchFees ChargeFees(const FeeSchedule& f, bool sell, std::int64_t amount_milli,
+                     std::int64_t order_amount_before_milli, std::int64_t commission_paid) {
   MatchFees m;
-  std::int64_t owed = std::max(f.commission_min_cents, FeeCents(order_amount_before_milli + amount_milli, f.commission_ppb));
+  std::int64_t owed = std::max(
+      f.commission_min_cents, FeeCents(order_amount_before_milli + amount_milli, f.commission_ppb));
   m.commission = std::max<std::int64_t>(0, owed - commission_paid);
   m.stamp = sell ? FeeCents(amount_milli, f.stamp_ppb) : 0;
   m.transfer = FeeCents(amount_milli, f.transfer_ppb);

@@ -39,8 +39,8 @@ std::int64_t MilliToCents(std::int64_t amount_milli);
 // The fees of one match of an order. The commission is owed on the order's matched amount so
 // far, at least the minimum once per order: this match pays what that adds to what the
 // order's earlier matches paid. Stamp duty (sells) and transfer fee are owed on the match.
-MatchFees ChargeFees(const FeeSchedule& f, bool sell, std::int64_t amount_milli, std::int64_t order_amount_before_milli,
-                     std::int64_t commission_paid);
+MatchFees ChargeFees(const FeeSchedule& f, bool sell, std::int64_t amount_milli,
+                     std::int64_t order_amount_before_milli, std::int64_t commission_paid);
 // The most a whole order of this amount can pay in fees (a buy freezes it with the amount).
 std::int64_t FeeCeiling(const FeeSchedule& f, bool sell, std::int64_t amount_milli);
 

@@ -135,7 +135,8 @@ Customer* BlockCustomer(HandlerCtx& c, std::size_t answer_size) {
     return nullptr;
   }
   if (!NodeAllowed(*cu, c.who.node_id)) {
-    RefuseBlock(c, answer_size, err::kBadNode, "customer " + khh + " has no node " + std::to_string(c.who.node_id));
+    RefuseBlock(c, answer_size, err::kBadNode,
+                "customer " + khh + " has no node " + std::to_string(c.who.node_id));
     return nullptr;
   }
   if (!c.be.TokenValid(*cu, req.I64(3))) {

@@ -24,17 +24,17 @@ Handler FindHandler(const std::string& func);
 
 // Return codes and messages of refusals.
 namespace err {
-constexpr int kBadRequest = -100;   // malformed request
+constexpr int kBadRequest = -100;  // malformed request
 constexpr int kBadToken = -101;
 constexpr int kNoCustomer = -102;
 constexpr int kNoFunds = -103;
 constexpr int kNoShares = -104;
 constexpr int kNoSecurity = -105;
-constexpr int kBadOrder = -106;     // quantity, price or category
-constexpr int kNoOrder = -107;      // nothing to withdraw
+constexpr int kBadOrder = -106;  // quantity, price or category
+constexpr int kNoOrder = -107;   // nothing to withdraw
 constexpr int kBadPassword = -108;
 constexpr int kBadNode = -109;
-constexpr int kBadAccount = -110;   // shareholder or fund account not the customer's
+constexpr int kBadAccount = -110;  // shareholder or fund account not the customer's
 constexpr int kBadExchange = -111;
 constexpr int kNoEtf = -112;
 constexpr int kNotAllowed = -113;

@@ -39,12 +39,14 @@ void HandleModifyPwd(HandlerCtx& c) {
   if (cu == nullptr) return;
   std::string& pwd = c.req.func == "610303" ? cu->trade_pwd : cu->fund_pwd;
   std::string oldp, newp;
-  if (!DecodePassword(PwdForm::Third, cu->cfg.khh, c.req.Text(fid::OLD_PWD), &oldp) || oldp != pwd) {
+  if (!DecodePassword(PwdForm::Third, cu->cfg.khh, c.req.Text(fid::OLD_PWD), &oldp) ||
+      oldp != pwd) {
     c.ans.Fail(err::kBadPassword, "wrong old password");
     Put(c.ans.AddRow(), fid::ROW_STATE, err::kBadPassword);
     return;
   }
-  if (!DecodePassword(PwdForm::Third, cu->cfg.khh, c.req.Text(fid::NEW_PWD), &newp) || newp.empty()) {
+  if (!DecodePassword(PwdForm::Third, cu->cfg.khh, c.req.Text(fid::NEW_PWD), &newp) ||
+      newp.empty()) {
     c.ans.Fail(err::kBadPassword, "new password is not valid");
     Put(c.ans.AddRow(), fid::ROW_STATE, err::kBadPassword);
     return;
@@ -58,7 +60,8 @@ void HandleTransfer(HandlerCtx& c) {
   Customer* cu = KvCustomer(c, false);
   if (cu == nullptr || !FundAccountOk(c, *cu)) return;
   std::string pwd;
-  if (!DecodePassword(PwdForm::Third, cu->cfg.khh, c.req.Text(fid::JYMM), &pwd) || pwd != cu->fund_pwd)
+  if (!DecodePassword(PwdForm::Third, cu->cfg.khh, c.req.Text(fid::JYMM), &pwd) ||
+      pwd != cu->fund_pwd)
     return c.ans.Fail(err::kBadPassword, "wrong fund password");
   double amount = c.req.Double(fid::FSJE);
   if (!(amount > 0)) return c.ans.Fail(err::kBadOrder, "amount must be positive");
@@ -87,7 +90,8 @@ void HandleTransferBetweenNodes(HandlerCtx& c) {
   double amount = c.req.Double(fid::FSJE);
   if (!(amount > 0)) return c.ans.Fail(err::kBadOrder, "amount must be positive");
   if (amount > cu->node_alloc[n1] + 1e-6)
-    return c.ans.Fail(err::kNoFunds, "node " + std::to_string(n1) + " holds only " + Money(cu->node_alloc[n1]));
+    return c.ans.Fail(err::kNoFunds,
+                      "node " + std::to_string(n1) + " holds only " + Money(cu->node_alloc[n1]));
   cu->node_alloc[n1] -= amount;
   cu->node_alloc[n2] += amount;
   Done(c, *cu, "transfer between nodes done");
@@ -102,7 +106,8 @@ void HandleSetRatio(HandlerCtx& c) {
   if (!IsTradeNode(*cu, n1) || !IsTradeNode(*cu, n2) || n1 == n2)
     return c.ans.Fail(err::kBadNode, "nodes " + std::to_string(n1) + " and " + std::to_string(n2) +
                                          " are not two trading nodes of the customer");
-  if (r1 < 0 || r2 < 0 || r1 + r2 > 1.0 + 1e-9) return c.ans.Fail(err::kBadOrder, "ratios must be >= 0 and add up to at most 1");
+  if (r1 < 0 || r2 < 0 || r1 + r2 > 1.0 + 1e-9)
+    return c.ans.Fail(err::kBadOrder, "ratios must be >= 0 and add up to at most 1");
   cu->node_ratio[n1] = r1;
   cu->node_ratio[n2] = r2;
   Done(c, *cu, "allocation ratio set");

@@ -94,7 +94,8 @@ void HandleKvWithdraw(HandlerCtx& c) {
   if (cu == nullptr) return;
   std::int64_t wth = c.req.Long(fid::WTH);
   if (wth <= 0) return c.ans.Fail(err::kBadRequest, "no order number to withdraw");
-  WithdrawResult r = WithdrawOrder(c.be, *cu, wth, "", c.req.Text(fid::KFSBDBH), std::atoi(c.req.func.c_str()));
+  WithdrawResult r =
+      WithdrawOrder(c.be, *cu, wth, "", c.req.Text(fid::KFSBDBH), std::atoi(c.req.func.c_str()));
   c.ans.Fail(r.code, r.msg);
   if (r.code <= 0) return;
   Row& row = c.ans.AddRow();

@@ -18,19 +18,26 @@ void HandleEtfEntrust(HandlerCtx& c) {
   if (cu == nullptr) return;
   Block req(c.req.block);
   bool creation = c.req.func == "19013";
-  std::string jys = req.Text(blk::kEtfJys, 3), zqdm = req.Text(blk::kEtfZqdm, 9), gdh = req.Text(blk::kEtfGdh, 11);
+  std::string jys = req.Text(blk::kEtfJys, 3), zqdm = req.Text(blk::kEtfZqdm, 9),
+              gdh = req.Text(blk::kEtfGdh, 11);
   std::int64_t wtsl = req.I32(blk::kEtfWtsl);
   int jylb = req.U8(blk::kEtfJylb);
   if (jylb != (creation ? 29 : 30))
-    return RefuseBlock(c, size, err::kBadOrder, "trade category " + std::to_string(jylb) + " does not fit function " + c.req.func);
+    return RefuseBlock(
+        c, size, err::kBadOrder,
+        "trade category " + std::to_string(jylb) + " does not fit function " + c.req.func);
   const EtfCfg* etf = c.be.FindEtf(jys, zqdm);
-  if (etf == nullptr) return RefuseBlock(c, size, err::kNoEtf, "ETF " + jys + "." + zqdm + " not found");
+  if (etf == nullptr)
+    return RefuseBlock(c, size, err::kNoEtf, "ETF " + jys + "." + zqdm + " not found");
   if (!gdh.empty() && gdh != cu->GdhFor(jys))
-    return RefuseBlock(c, size, err::kBadAccount, "shareholder account [" + gdh + "] is not the customer's on " + jys);
+    return RefuseBlock(c, size, err::kBadAccount,
+                       "shareholder account [" + gdh + "] is not the customer's on " + jys);
   if (creation && !etf->creation_allowed)
     return RefuseBlock(c, size, err::kNotAllowed, "ETF " + zqdm + " admits no creation");
   if (wtsl <= 0 || etf->unit <= 0 || wtsl % etf->unit != 0)
-    return RefuseBlock(c, size, err::kBadOrder, "quantity must be a multiple of the creation unit " + std::to_string(etf->unit));
+    return RefuseBlock(
+        c, size, err::kBadOrder,
+        "quantity must be a multiple of the creation unit " + std::to_string(etf->unit));
   std::int64_t units = wtsl / etf->unit;
   double cash = etf->cash * static_cast<double>(units);
 
@@ -42,13 +49,17 @@ void HandleEtfEntrust(HandlerCtx& c) {
       std::int64_t have = p ? std::min(p->sellable, need) : 0;
       if (have < need) {
         if (k.flag != 1)
-          return RefuseBlock(c, size, err::kNoShares, "constituent " + k.zqdm + " short by " + std::to_string(need - have) + " and not substitutable");
+          return RefuseBlock(c, size, err::kNoShares,
+                             "constituent " + k.zqdm + " short by " + std::to_string(need - have) +
+                                 " and not substitutable");
         const Security* s = c.be.FindSecurity(k.jys, k.zqdm);
         cash += static_cast<double>(need - have) * (s ? s->last : 0.0) * 1.1;
       }
     }
     if (cash > cu->Available() + 1e-6)
-      return RefuseBlock(c, size, err::kNoFunds, "insufficient funds: needs " + Money(cash) + ", available " + Money(cu->Available()));
+      return RefuseBlock(
+          c, size, err::kNoFunds,
+          "insufficient funds: needs " + Money(cash) + ", available " + Money(cu->Available()));
     for (const auto& k : etf->constituents) {
       if (Position* p = cu->FindPosition(k.jys, k.zqdm)) {
         std::int64_t take = std::min(p->sellable, k.qty * units);
@@ -64,7 +75,9 @@ void HandleEtfEntrust(HandlerCtx& c) {
   } else {
     Position* e = cu->FindPosition(jys, zqdm);
     if (e == nullptr || e->sellable < wtsl)
-      return RefuseBlock(c, size, err::kNoShares, "insufficient ETF shares: sellable " + std::to_string(e ? e->sellable : 0));
+      return RefuseBlock(
+          c, size, err::kNoShares,
+          "insufficient ETF shares: sellable " + std::to_string(e ? e->sellable : 0));
     e->balance -= wtsl;
     e->sellable -= wtsl;
     for (const auto& k : etf->constituents) {
@@ -93,7 +106,8 @@ void HandleEtfEntrust(HandlerCtx& c) {
   o.jgsm = creation ? "created" : "redeemed";
   Order& stored = c.be.AddOrder(*cu, o);
   PushConfirmation(c.be, *cu, stored);
-  RecordMatch(c.be, *cu, stored, wtsl, cash / static_cast<double>(wtsl), 0.0, creation ? -cash : cash);
+  RecordMatch(c.be, *cu, stored, wtsl, cash / static_cast<double>(wtsl), 0.0,
+              creation ? -cash : cash);
 
   Block ans = AnswerBlock(c.req, size, 1, creation ? "creation accepted" : "redemption accepted");
   ans.PutI64(blk::kAnsWth, stored.wth);

@@ -16,7 +16,8 @@ void HandleLogin(HandlerCtx& c) {
       clear != cu->trade_pwd)
     return c.ans.Fail(err::kBadPassword, "wrong trade password");
   if (!NodeAllowed(*cu, c.who.node_id))
-    return c.ans.Fail(err::kBadNode, "customer " + khh + " has no node " + std::to_string(c.who.node_id));
+    return c.ans.Fail(err::kBadNode,
+                      "customer " + khh + " has no node " + std::to_string(c.who.node_id));
   std::int64_t token = c.be.IssueToken(*cu);
   c.ans.code = 1;
   c.ans.msg = "login ok";

@@ -24,7 +24,8 @@ void HandleEntrust(HandlerCtx& c) {
   in.kfsbdbh = req.Text(blk::kEntrustKfsbdbh, 17);
   in.side = OrdinarySide(in.jylb);
   if (in.side == Side::None)
-    return RefuseBlock(c, blk::kEntrustAnswer, err::kBadOrder, "trade category " + std::to_string(in.jylb) + " is not buy or sell");
+    return RefuseBlock(c, blk::kEntrustAnswer, err::kBadOrder,
+                       "trade category " + std::to_string(in.jylb) + " is not buy or sell");
   PlaceResult r = PlaceOrder(c.be, *cu, in);
   Block ans = AnswerBlock(c.req, blk::kEntrustAnswer, r.code, r.msg);
   if (r.code > 0) {
@@ -40,15 +41,17 @@ void HandleWithdraw(HandlerCtx& c) {
   // 19044 (repurchase), 19026 (listed funds); they differ in the answer's length and in
   // where the declaration result lies.
   int func = std::atoi(c.req.func.c_str());
-  std::size_t size = func == 19020 ? blk::kEtfWithdrawAnswer
-                                   : (func == 19044 ? blk::kRepoWithdrawAnswer : blk::kWithdrawAnswer);
+  std::size_t size = func == 19020
+                         ? blk::kEtfWithdrawAnswer
+                         : (func == 19044 ? blk::kRepoWithdrawAnswer : blk::kWithdrawAnswer);
   Customer* cu = BlockCustomer(c, size);
   if (cu == nullptr) return;
   Block req(c.req.block);
   std::int64_t cxwth = req.I64(blk::kWdCxwth);
   std::string cxkfsbdbh = req.Text(blk::kWdCxkfsbdbh, 17);
   if (cxwth <= 0 && cxkfsbdbh.empty())
-    return RefuseBlock(c, size, err::kBadRequest, "neither an order number nor a request number to withdraw");
+    return RefuseBlock(c, size, err::kBadRequest,
+                       "neither an order number nor a request number to withdraw");
   WithdrawResult r = WithdrawOrder(c.be, *cu, cxwth, cxwth > 0 ? std::string() : cxkfsbdbh,
                                    req.Text(blk::kWdKfsbdbh, 17), func);
   Block ans = AnswerBlock(c.req, size, r.code, r.msg);
@@ -90,8 +93,9 @@ void HandleBatch(HandlerCtx& c) {
       in.ddlx = std::atoi(row.substr(27, 3).c_str());
       in.wtpch = wtpch;
       in.side = OrdinarySide(in.jylb);
-      r = in.side == Side::None ? PlaceResult{err::kBadOrder, "trade category is not buy or sell", 0, 0, ""}
-                                : PlaceOrder(c.be, *cu, in);
+      r = in.side == Side::None
+              ? PlaceResult{err::kBadOrder, "trade category is not buy or sell", 0, 0, ""}
+              : PlaceOrder(c.be, *cu, in);
     }
     if (r.code > 0) {
       ans.PutI64(blk::kBatchWth + 8 * i, r.wth);
@@ -105,8 +109,9 @@ void HandleBatch(HandlerCtx& c) {
   // The count at 443 is the number of refused rows.
   ans.PutI32(blk::kBatchFailed, failed);
   ans.PutF64(blk::kBatchDjzj, djzj);
-  ans.PutText(302, 127, "batch of " + std::to_string(rows) + " rows: " + std::to_string(rows - failed) +
-                            " accepted, " + std::to_string(failed) + " refused");
+  ans.PutText(302, 127,
+              "batch of " + std::to_string(rows) + " rows: " + std::to_string(rows - failed) +
+                  " accepted, " + std::to_string(failed) + " refused");
   SetBlockAnswer(c, ans);
 }
 
@@ -121,8 +126,9 @@ void HandleBatchWithdraw(HandlerCtx& c) {
     return RefuseBlock(c, blk::kBatchWithdrawAnswer, err::kNoOrder,
                        "batch " + std::to_string(lsh) + " has no order left to withdraw");
   for (std::int64_t wth : open) WithdrawOrder(c.be, *cu, wth, "", "", 19063);
-  Block ans = AnswerBlock(c.req, blk::kBatchWithdrawAnswer, 1,
-                         std::to_string(open.size()) + " orders of batch " + std::to_string(lsh) + " withdrawn");
+  Block ans = AnswerBlock(
+      c.req, blk::kBatchWithdrawAnswer, 1,
+      std::to_string(open.size()) + " orders of batch " + std::to_string(lsh) + " withdrawn");
   ans.PutI32(blk::kAnsWth, static_cast<std::int32_t>(open.size()));
   SetBlockAnswer(c, ans);
 }

@@ -29,7 +29,8 @@ std::int64_t Affordable(const Customer& cu, double price, std::int64_t lot) {
 }
 
 // The quantity, or a refusal (code < 0 and message).
-std::int64_t Quantity(Backend& be, Customer& cu, int func, const QtyReq& q, int* code, std::string* msg) {
+std::int64_t Quantity(Backend& be, Customer& cu, int func, const QtyReq& q, int* code,
+                      std::string* msg) {
   const Security* sec = be.FindSecurity(q.jys, q.zqdm);
   double price = q.wtjg > 0 ? q.wtjg : (sec ? sec->last : 0.0);
   switch (func) {
@@ -37,13 +38,15 @@ std::int64_t Quantity(Backend& be, Customer& cu, int func, const QtyReq& q, int*
     case 19133:
     case 19028:
       if (sec == nullptr) break;
-      if (q.jylb == 1 || q.jylb == 41 || q.jylb == 42) return Affordable(cu, price, func == 19028 ? 1 : 100);
+      if (q.jylb == 1 || q.jylb == 41 || q.jylb == 42)
+        return Affordable(cu, price, func == 19028 ? 1 : 100);
       return Sellable(cu, q);
     case 19024: {
       const EtfCfg* e = be.FindEtf(q.jys, q.zqdm);
       if (e == nullptr || e->unit <= 0) break;
       if (q.jylb == 30) return Sellable(cu, q) / e->unit * e->unit;
-      std::int64_t units = e->cash > 0 ? static_cast<std::int64_t>(std::floor(cu.Available() / e->cash)) : 1000000;
+      std::int64_t units =
+          e->cash > 0 ? static_cast<std::int64_t>(std::floor(cu.Available() / e->cash)) : 1000000;
       for (const auto& k : e->constituents) {
         Position* p = cu.FindPosition(k.jys, k.zqdm);
         if (k.flag != 1 && k.qty > 0) units = std::min(units, (p ? p->sellable : 0) / k.qty);
@@ -81,7 +84,8 @@ void HandleTradableQty(HandlerCtx& c) {
   if (func == 19011 || func == 19133) q.wtjg = req.F64(blk::kQtyWtjg);
   if (func == 19028) q.wtjg = req.F64(blk::kQtyDdlx);  // 19028 carries the price at 82
   if (!q.gdh.empty() && q.gdh != cu->GdhFor(q.jys))
-    return RefuseBlock(c, size, err::kBadAccount, "shareholder account [" + q.gdh + "] is not the customer's on " + q.jys);
+    return RefuseBlock(c, size, err::kBadAccount,
+                       "shareholder account [" + q.gdh + "] is not the customer's on " + q.jys);
   int code = 1;
   std::string msg = "ok";
   std::int64_t n = Quantity(c.be, *cu, func, q, &code, &msg);

@@ -36,10 +36,12 @@ bool Matches(const Request& req, std::int32_t id, const std::string& value) {
 template <typename T>
 std::vector<T> Page(const Request& req, std::vector<T> rows) {
   if (req.Long(fid::Q_SORT) == 1) std::reverse(rows.begin(), rows.end());
-  std::size_t skip = static_cast<std::size_t>(std::max<std::int64_t>(0, req.Long(fid::Q_BROWINDEX)));
+  std::size_t skip =
+      static_cast<std::size_t>(std::max<std::int64_t>(0, req.Long(fid::Q_BROWINDEX)));
   rows.erase(rows.begin(), rows.begin() + static_cast<std::ptrdiff_t>(std::min(skip, rows.size())));
   std::int64_t count = req.Long(fid::Q_ROWCOUNT);
-  if (count > 0 && rows.size() > static_cast<std::size_t>(count)) rows.resize(static_cast<std::size_t>(count));
+  if (count > 0 && rows.size() > static_cast<std::size_t>(count))
+    rows.resize(static_cast<std::size_t>(count));
   return rows;
 }
 
@@ -54,14 +56,14 @@ void HandleQueryFunds(HandlerCtx& c) {
   Put(r, fid::ZJZH, cu->cfg.zjzh);
   Put(r, fid::BZ, "RMB");
   Put(r, fid::FUND_TEXT2, "0001");
-  PutMoney(r, fid::FUND_AMOUNT1, cu->Available());       // available
-  PutMoney(r, fid::FUND_AMOUNT3, cu->balance);           // balance
-  PutMoney(r, fid::FUND_AMOUNT4, cu->Available());       // withdrawable
-  PutMoney(r, fid::FUND_AMOUNT5, 0.0);                   // unsettled
-  PutMoney(r, fid::FUND_AMOUNT6, 0.0);                   // interest
+  PutMoney(r, fid::FUND_AMOUNT1, cu->Available());         // available
+  PutMoney(r, fid::FUND_AMOUNT3, cu->balance);             // balance
+  PutMoney(r, fid::FUND_AMOUNT4, cu->Available());         // withdrawable
+  PutMoney(r, fid::FUND_AMOUNT5, 0.0);                     // unsettled
+  PutMoney(r, fid::FUND_AMOUNT6, 0.0);                     // interest
   PutMoney(r, fid::FUND_AMOUNT7, MarketValue(c.be, *cu));  // market value
-  PutMoney(r, fid::FUND_AMOUNT8, cu->day_start);         // balance at the start of the day
-  PutMoney(r, fid::FUND_AMOUNT9, cu->frozen);            // frozen
+  PutMoney(r, fid::FUND_AMOUNT8, cu->day_start);           // balance at the start of the day
+  PutMoney(r, fid::FUND_AMOUNT9, cu->frozen);              // frozen
   Put(r, fid::ROW_STATE, 0);
   if (cu->cfg.bad_fund_row) {
     Row& bad = c.ans.AddRow();
@@ -137,7 +139,8 @@ void HandleQueryOrders(HandlerCtx& c) {
     Put(r, fid::DDLX, o->ddlx);
     Put(r, fid::WTSJ, o->wtsj);
     Put(r, fid::CJSL, o->matched);
-    PutMoney(r, fid::CJJG, o->matched > 0 ? o->matched_amount / static_cast<double>(o->matched) : 0.0, 3);
+    PutMoney(r, fid::CJJG,
+             o->matched > 0 ? o->matched_amount / static_cast<double>(o->matched) : 0.0, 3);
     PutMoney(r, fid::CJJE, o->matched_amount);
     Put(r, fid::CDSL, o->withdrawn);
     Put(r, fid::SBJG, o->sbjg);
@@ -185,7 +188,8 @@ void HandleQueryPositions(HandlerCtx& c) {
   if (cu == nullptr) return;
   std::vector<const Position*> found;
   for (const auto& p : cu->positions) {
-    if (!Matches(c.req, fid::JYS, p.jys) || !Matches(c.req, fid::ZQDM, p.zqdm) || !Matches(c.req, fid::GDH, p.gdh))
+    if (!Matches(c.req, fid::JYS, p.jys) || !Matches(c.req, fid::ZQDM, p.zqdm) ||
+        !Matches(c.req, fid::GDH, p.gdh))
       continue;
     if (c.req.Long(fid::Q_EXEFLAG) == 1 && p.balance == 0) continue;
     found.push_back(&p);

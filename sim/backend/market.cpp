@@ -29,7 +29,9 @@ std::pair<std::int64_t, std::int64_t> RestKey(const Order& o) {
   return {o.side == Side::Buy ? -p : p, o.wth};
 }
 
-RestingOrders& RestSide(Security& s, const Order& o) { return o.side == Side::Buy ? s.buys : s.sells; }
+RestingOrders& RestSide(Security& s, const Order& o) {
+  return o.side == Side::Buy ? s.buys : s.sells;
+}
 
 PushValues OrderPush(const Customer& cu, const Order& o) {
   PushValues v;
@@ -87,7 +89,8 @@ void Fill(Backend& be, Customer& cu, Order& o, std::int64_t q, double p) {
     pos.balance -= q;
   } else {
     ReleaseFrozen(cu, o, Yuan(MilliToCents(Milli(o.freeze_price) * q) + fees.Total()));
-    double cost_total = pos.cost * static_cast<double>(pos.balance) + Yuan(amount_cents + fees.Total());
+    double cost_total =
+        pos.cost * static_cast<double>(pos.balance) + Yuan(amount_cents + fees.Total());
     pos.balance += q;
     pos.cost = pos.balance > 0 ? cost_total / static_cast<double>(pos.balance) : 0.0;
   }
@@ -134,7 +137,8 @@ void CrossSide(Backend& be, Security& s, RestingOrders& rest, Levels& book, bool
       if (lv.price <= 0 || lv.volume == 0) continue;
       std::int64_t level = Milli(lv.price);
       if (buy ? level > limit : level < limit) break;
-      std::int64_t q = Cap(Cap(o.Remaining() - got, lv.volume), s.liquidity == kUnlimited ? kUnlimited : s.liquidity - got);
+      std::int64_t q = Cap(Cap(o.Remaining() - got, lv.volume),
+                           s.liquidity == kUnlimited ? kUnlimited : s.liquidity - got);
       Take(lv.volume, q);
       got += q;
       if (got == o.Remaining()) break;
@@ -151,9 +155,11 @@ void CrossSide(Backend& be, Security& s, RestingOrders& rest, Levels& book, bool
 
 // Withdraws what is left of an open order: its funds or shares released, its place in the
 // book given up, a withdrawal record booked and confirmed.
-Order& Cancel(Backend& be, Customer& cu, Order& o, std::int32_t func, const std::string& kfsbdbh, const std::string& note) {
+Order& Cancel(Backend& be, Customer& cu, Order& o, std::int32_t func, const std::string& kfsbdbh,
+              const std::string& note) {
   std::int64_t rest = o.Remaining();
-  if (Security* s = be.FindSecurity(o.jys, o.zqdm); s != nullptr && o.side != Side::None) RestSide(*s, o).erase(RestKey(o));
+  if (Security* s = be.FindSecurity(o.jys, o.zqdm); s != nullptr && o.side != Side::None)
+    RestSide(*s, o).erase(RestKey(o));
   o.withdrawn += rest;
   if (o.side == Side::Buy) ReleaseFrozen(cu, o, o.frozen);
   if (o.side == Side::Sell)
@@ -188,23 +194,37 @@ std::string Refusal(PlaceResult* r, int code, std::string msg) {
 bool Acceptable(Customer& cu, const OrderIn& in, Security* sec, PlaceResult* r) {
   if (in.wtsl <= 0) return Refusal(r, err::kBadOrder, "order quantity must be positive"), false;
   std::string acct = cu.GdhFor(in.jys);
-  if (acct.empty()) return Refusal(r, err::kBadExchange, "unknown exchange [" + in.jys + "]"), false;
+  if (acct.empty())
+    return Refusal(r, err::kBadExchange, "unknown exchange [" + in.jys + "]"), false;
   if (!in.gdh.empty() && in.gdh != acct)
-    return Refusal(r, err::kBadAccount, "shareholder account [" + in.gdh + "] is not the customer's on " + in.jys), false;
+    return Refusal(r, err::kBadAccount,
+                   "shareholder account [" + in.gdh + "] is not the customer's on " + in.jys),
+           false;
   if (in.side == Side::None) return true;
-  if (sec == nullptr) return Refusal(r, err::kNoSecurity, "security " + in.jys + "." + in.zqdm + " does not exist"), false;
-  if (in.ddlx == 0 && in.wtjg <= 0) return Refusal(r, err::kBadOrder, "order price must be positive"), false;
+  if (sec == nullptr)
+    return Refusal(r, err::kNoSecurity, "security " + in.jys + "." + in.zqdm + " does not exist"),
+           false;
+  if (in.ddlx == 0 && in.wtjg <= 0)
+    return Refusal(r, err::kBadOrder, "order price must be positive"), false;
   if (in.ddlx == 0 && !OnTick(in.wtjg, sec->cfg.tick))
-    return Refusal(r, err::kBadOrder, "price " + Money(in.wtjg, 4) + " is not a multiple of the tick " + Money(sec->cfg.tick, 3)), false;
+    return Refusal(r, err::kBadOrder,
+                   "price " + Money(in.wtjg, 4) + " is not a multiple of the tick " +
+                       Money(sec->cfg.tick, 3)),
+           false;
   if (in.side == Side::Buy && in.wtsl % sec->cfg.lot != 0)
-    return Refusal(r, err::kBadOrder, "a buy must be a whole number of lots of " + std::to_string(sec->cfg.lot)), false;
+    return Refusal(r, err::kBadOrder,
+                   "a buy must be a whole number of lots of " + std::to_string(sec->cfg.lot)),
+           false;
   Position* pos = cu.FindPosition(in.jys, in.zqdm);
   std::int64_t sellable = pos ? pos->sellable : 0;
   if (in.side == Side::Sell && sellable < in.wtsl)
-    return Refusal(r, err::kNoShares, "insufficient shares: sellable " + std::to_string(sellable)), false;
+    return Refusal(r, err::kNoShares, "insufficient shares: sellable " + std::to_string(sellable)),
+           false;
   if (in.side == Side::Sell && in.wtsl % sec->cfg.lot != sellable % sec->cfg.lot)
-    return Refusal(r, err::kBadOrder, "odd lots are sold whole: the order's odd part must be " +
-                                          std::to_string(sellable % sec->cfg.lot)), false;
+    return Refusal(r, err::kBadOrder,
+                   "odd lots are sold whole: the order's odd part must be " +
+                       std::to_string(sellable % sec->cfg.lot)),
+           false;
   return true;
 }
 
@@ -228,9 +248,12 @@ Side OrdinarySide(std::int32_t jylb) {
   return Side::None;
 }
 
-void PushConfirmation(Backend& be, const Customer& cu, const Order& o) { be.Push(cu.cfg.khh, 0, OrderPush(cu, o)); }
+void PushConfirmation(Backend& be, const Customer& cu, const Order& o) {
+  be.Push(cu.cfg.khh, 0, OrderPush(cu, o));
+}
 
-void RecordMatch(Backend& be, Customer& cu, const Order& o, std::int64_t q, double p, double fees, double qszj) {
+void RecordMatch(Backend& be, Customer& cu, const Order& o, std::int64_t q, double p, double fees,
+                 double qszj) {
   MatchRec m;
   m.khh = cu.cfg.khh;
   m.jys = o.jys;
@@ -269,7 +292,10 @@ PlaceResult PlaceOrder(Backend& be, Customer& cu, const OrderIn& in) {
     std::int64_t amount = Milli(unit) * in.wtsl;
     freeze = Yuan(MilliToCents(amount) + FeeCeiling(be.fees, false, amount));
     if (freeze > cu.Available() + 1e-6)
-      return Refusal(&r, err::kNoFunds, "insufficient funds: needs " + Money(freeze) + ", available " + Money(cu.Available())), r;
+      return Refusal(&r, err::kNoFunds,
+                     "insufficient funds: needs " + Money(freeze) + ", available " +
+                         Money(cu.Available())),
+             r;
   }
 
   Order o;
@@ -293,8 +319,8 @@ PlaceResult PlaceOrder(Backend& be, Customer& cu, const OrderIn& in) {
   if (sec != nullptr && in.ddlx == 0 && in.side != Side::None && BeyondLimits(*sec, in.wtjg)) {
     // The exchange refuses a price beyond the day's limits: nothing stays frozen.
     o.sbjg = 3;
-    o.jgsm = "price " + Money(in.wtjg, 3) + " beyond the limits " + Money(sec->LowerLimit(), 3) + " - " +
-             Money(sec->UpperLimit(), 3);
+    o.jgsm = "price " + Money(in.wtjg, 3) + " beyond the limits " + Money(sec->LowerLimit(), 3) +
+             " - " + Money(sec->UpperLimit(), 3);
     freeze = 0;
   } else if (in.side == Side::Buy) {
     o.frozen = freeze;
@@ -307,7 +333,8 @@ PlaceResult PlaceOrder(Backend& be, Customer& cu, const OrderIn& in) {
   if (sec != nullptr && stored.side != Side::None && stored.matchable && stored.sbjg != 3) {
     TakeBook(be, cu, stored, *sec);
     if (stored.Open() && stored.ddlx != 0)
-      Cancel(be, cu, stored, stored.func, stored.kfsbdbh, "the rest of a market order is withdrawn");
+      Cancel(be, cu, stored, stored.func, stored.kfsbdbh,
+             "the rest of a market order is withdrawn");
     else if (stored.Open())
       RestSide(*sec, stored)[RestKey(stored)] = &cu;
   }
@@ -320,8 +347,9 @@ PlaceResult PlaceOrder(Backend& be, Customer& cu, const OrderIn& in) {
   return r;
 }
 
-WithdrawResult WithdrawOrder(Backend& be, Customer& cu, std::int64_t cxwth, const std::string& cxkfsbdbh,
-                             const std::string& own_kfsbdbh, std::int32_t func) {
+WithdrawResult WithdrawOrder(Backend& be, Customer& cu, std::int64_t cxwth,
+                             const std::string& cxkfsbdbh, const std::string& own_kfsbdbh,
+                             std::int32_t func) {
   WithdrawResult r;
   Order* o = nullptr;
   if (cxwth > 0) {
@@ -358,8 +386,11 @@ void CrossResting(Backend& be, Security& s) {
 }
 
 void ApplyQuote(Backend& be, Security& s, const QuoteUpdate& q) {
-  s.turnover = q.turnover >= 0 ? q.turnover
-                               : s.turnover + static_cast<double>(std::max<std::int64_t>(0, q.volume - s.volume)) * q.last;
+  s.turnover =
+      q.turnover >= 0
+          ? q.turnover
+          : s.turnover +
+                static_cast<double>(std::max<std::int64_t>(0, q.volume - s.volume)) * q.last;
   s.last = q.last;
   s.volume = q.volume;
   if (q.prev_close > 0) s.prev_close = q.prev_close;

@@ -75,13 +75,15 @@ struct QuoteUpdate {
 Side OrdinarySide(std::int32_t jylb);
 PlaceResult PlaceOrder(Backend& be, Customer& cu, const OrderIn& in);
 // By order number when cxwth > 0, else by the order's request number.
-WithdrawResult WithdrawOrder(Backend& be, Customer& cu, std::int64_t cxwth, const std::string& cxkfsbdbh,
-                             const std::string& own_kfsbdbh, std::int32_t func);
+WithdrawResult WithdrawOrder(Backend& be, Customer& cu, std::int64_t cxwth,
+                             const std::string& cxkfsbdbh, const std::string& own_kfsbdbh,
+                             std::int32_t func);
 // The security's market changed: its resting orders that the book now reaches match.
 void CrossResting(Backend& be, Security& s);
 void ApplyQuote(Backend& be, Security& s, const QuoteUpdate& q);
 // Records a match of an order (match record and push) without touching funds or positions.
-void RecordMatch(Backend& be, Customer& cu, const Order& o, std::int64_t q, double p, double fees, double qszj);
+void RecordMatch(Backend& be, Customer& cu, const Order& o, std::int64_t q, double p, double fees,
+                 double qszj);
 void PushConfirmation(Backend& be, const Customer& cu, const Order& o);
 // The trading day ends: every open order expires (a withdrawal is pushed for each), bought
 // shares become sellable, frozen funds are released, each previous close becomes the last

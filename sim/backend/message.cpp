@@ -7,7 +7,9 @@ namespace sim {
 
 void Put(Row& row, std::int32_t id, const std::string& value) { row.push_back({id, value}); }
 void Put(Row& row, std::int32_t id, const char* value) { row.push_back({id, value ? value : ""}); }
-void Put(Row& row, std::int32_t id, std::int64_t value) { row.push_back({id, std::to_string(value)}); }
+void Put(Row& row, std::int32_t id, std::int64_t value) {
+  row.push_back({id, std::to_string(value)});
+}
 void Put(Row& row, std::int32_t id, int value) { row.push_back({id, std::to_string(value)}); }
 void PutMoney(Row& row, std::int32_t id, double value, int decimals) {
   char buf[64];

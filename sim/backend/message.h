@@ -25,8 +25,8 @@ void Put(Row& row, std::int32_t id, int value);
 void PutMoney(Row& row, std::int32_t id, double value, int decimals = 2);
 
 struct Request {
-  std::string func;       // normalised function code ("DQ0003", or a block's "19001")
-  std::string raw_func;   // as the client gave it
+  std::string func;           // normalised function code ("DQ0003", or a block's "19001")
+  std::string raw_func;       // as the client gave it
   std::vector<Field> fields;  // in the order set; a field set twice keeps its last value
   std::string block;
   bool is_block = false;

@@ -50,7 +50,8 @@ class RowReader {
 
   bool Row(const std::vector<std::string>& f, int line, Replay* out) {
     if (f.size() != width_)
-      return Fail(line, std::to_string(f.size()) + " fields where the header names " + std::to_string(width_));
+      return Fail(line, std::to_string(f.size()) + " fields where the header names " +
+                            std::to_string(width_));
     ReplayRow r;
     r.time_ms = ParseTimeOfDay(Cell(f, kTime));
     if (r.time_ms < 0) return Fail(line, "time \"" + Cell(f, kTime) + "\" is not HH:MM:SS[.mmm]");
@@ -60,9 +61,12 @@ class RowReader {
     if (!Price(f, kLast, line, &r.last)) return false;
     if (r.last <= 0) return Fail(line, "last must be above 0");
     if (!Volume(f, kVolume, line, &r.volume)) return false;
-    if (column_[kTurnover] >= 0 && !Cell(f, kTurnover).empty() && !Price(f, kTurnover, line, &r.turnover)) return false;
+    if (column_[kTurnover] >= 0 && !Cell(f, kTurnover).empty() &&
+        !Price(f, kTurnover, line, &r.turnover))
+      return false;
     for (int n = 0; n < kLevels; ++n)
-      if (!LevelAt(f, kFirstLevel + 4 * n, line, &r.bids[n]) || !LevelAt(f, kFirstLevel + 4 * n + 2, line, &r.asks[n]))
+      if (!LevelAt(f, kFirstLevel + 4 * n, line, &r.bids[n]) ||
+          !LevelAt(f, kFirstLevel + 4 * n + 2, line, &r.asks[n]))
         return false;
     r.security = SecurityIndex(jys, zqdm, r.last, out);
     out->rows.push_back(r);
@@ -94,10 +98,12 @@ class RowReader {
     if (column_[slot] < 0) return true;
     bool no_price = Cell(f, slot).empty(), no_volume = Cell(f, slot + 1).empty();
     if (no_price && no_volume) return true;
-    if (no_price != no_volume) return Fail(line, SlotName(slot) + " and " + SlotName(slot + 1) + " are given together");
+    if (no_price != no_volume)
+      return Fail(line, SlotName(slot) + " and " + SlotName(slot + 1) + " are given together");
     return Price(f, slot, line, &out->price) && Volume(f, slot + 1, line, &out->volume);
   }
-  std::size_t SecurityIndex(const std::string& jys, const std::string& zqdm, double last, Replay* out) {
+  std::size_t SecurityIndex(const std::string& jys, const std::string& zqdm, double last,
+                            Replay* out) {
     auto [it, added] = index_.emplace(jys + "." + zqdm, out->securities.size());
     if (added) out->securities.push_back({jys, zqdm, last});
     return it->second;

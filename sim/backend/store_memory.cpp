@@ -6,7 +6,8 @@ namespace sim {
 bool StateFilesSupported() { return false; }
 
 std::unique_ptr<Store> OpenStore(const std::string& path, std::string* error) {
-  if (error) *error = "state file " + path + ": this build keeps the simulator's state in memory only";
+  if (error)
+    *error = "state file " + path + ": this build keeps the simulator's state in memory only";
   return nullptr;
 }
 

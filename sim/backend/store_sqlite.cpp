@@ -80,7 +80,9 @@ class Stmt {
   double Real(int i) { return sqlite3_column_double(s_, i); }
   std::string Text(int i) {
     const unsigned char* t = sqlite3_column_text(s_, i);
-    return t ? std::string(reinterpret_cast<const char*>(t), static_cast<std::size_t>(sqlite3_column_bytes(s_, i))) : "";
+    return t ? std::string(reinterpret_cast<const char*>(t),
+                           static_cast<std::size_t>(sqlite3_column_bytes(s_, i)))
+             : "";
   }
 
  private:
@@ -119,25 +121,44 @@ void ReadBook(const std::string& text, Security& s) {
 }
 std::string NodesText(const std::vector<NodeCfg>& nodes) {
   std::string s;
-  for (const auto& n : nodes) s += std::to_string(n.node_id) + ":" + std::to_string(n.system_type) + ",";
+  for (const auto& n : nodes)
+    s += std::to_string(n.node_id) + ":" + std::to_string(n.system_type) + ",";
   return s;
 }
 std::vector<NodeCfg> ParseNodesText(const std::string& text) {
   std::vector<NodeCfg> out;
-  for (const auto& [id, type] : ParsePairs<std::int32_t, std::int32_t>(text)) out.push_back({id, type});
+  for (const auto& [id, type] : ParsePairs<std::int32_t, std::int32_t>(text))
+    out.push_back({id, type});
   return out;
 }
 
 Values CustomerRow(const Customer& c) {
   const CustomerCfg& k = c.cfg;
-  return {k.khh, k.password, k.name, k.zjzh, k.gdh_sh, k.gdh_sz, NodesText(k.nodes), k.funds, k.token_text,
-          std::int64_t{k.bad_fund_row}, c.trade_pwd, c.fund_pwd, c.token, c.balance, c.frozen, c.day_start,
-          Pairs(c.node_alloc), Pairs(c.node_ratio)};
+  return {k.khh,
+          k.password,
+          k.name,
+          k.zjzh,
+          k.gdh_sh,
+          k.gdh_sz,
+          NodesText(k.nodes),
+          k.funds,
+          k.token_text,
+          std::int64_t{k.bad_fund_row},
+          c.trade_pwd,
+          c.fund_pwd,
+          c.token,
+          c.balance,
+          c.frozen,
+          c.day_start,
+          Pairs(c.node_alloc),
+          Pairs(c.node_ratio)};
 }
 void ReadCustomer(Stmt& q, Customer& c) {
   CustomerCfg& k = c.cfg;
-  k.khh = q.Text(0), k.password = q.Text(1), k.name = q.Text(2), k.zjzh = q.Text(3), k.gdh_sh = q.Text(4);
-  k.gdh_sz = q.Text(5), k.nodes = ParseNodesText(q.Text(6)), k.funds = q.Real(7), k.token_text = q.Text(8);
+  k.khh = q.Text(0), k.password = q.Text(1), k.name = q.Text(2), k.zjzh = q.Text(3),
+  k.gdh_sh = q.Text(4);
+  k.gdh_sz = q.Text(5), k.nodes = ParseNodesText(q.Text(6)), k.funds = q.Real(7),
+  k.token_text = q.Text(8);
   k.bad_fund_row = q.Int(9) != 0;
   c.trade_pwd = q.Text(10), c.fund_pwd = q.Text(11), c.token = q.Int(12), c.balance = q.Real(13);
   c.frozen = q.Real(14), c.day_start = q.Real(15);
@@ -146,51 +167,84 @@ void ReadCustomer(Stmt& q, Customer& c) {
 }
 std::vector<Values> PositionRows(const Customer& c) {
   std::vector<Values> rows;
-  for (const Position& p : c.positions) rows.push_back({c.cfg.khh, p.jys, p.zqdm, p.gdh, p.balance, p.sellable, p.cost});
+  for (const Position& p : c.positions)
+    rows.push_back({c.cfg.khh, p.jys, p.zqdm, p.gdh, p.balance, p.sellable, p.cost});
   return rows;
 }
 
 Values OrderRow(const Order& o) {
-  return {o.wth, o.khh, std::int64_t{o.func}, o.jys, o.gdh, o.zqdm, o.kfsbdbh, o.wtsj, std::int64_t{o.jylb}, o.wtsl,
-          o.wtjg, std::int64_t{o.ddlx}, o.wtpch, static_cast<std::int64_t>(o.side), o.freeze_price, o.frozen, o.matched,
-          o.matched_amount, o.matched_milli, o.commission, o.withdrawn, std::int64_t{o.sbjg}, o.jgsm, o.cxbz, o.cxwth,
+  return {o.wth,
+          o.khh,
+          std::int64_t{o.func},
+          o.jys,
+          o.gdh,
+          o.zqdm,
+          o.kfsbdbh,
+          o.wtsj,
+          std::int64_t{o.jylb},
+          o.wtsl,
+          o.wtjg,
+          std::int64_t{o.ddlx},
+          o.wtpch,
+          static_cast<std::int64_t>(o.side),
+          o.freeze_price,
+          o.frozen,
+          o.matched,
+          o.matched_amount,
+          o.matched_milli,
+          o.commission,
+          o.withdrawn,
+          std::int64_t{o.sbjg},
+          o.jgsm,
+          o.cxbz,
+          o.cxwth,
           std::int64_t{o.matchable}};
 }
 Order ReadOrder(Stmt& q) {
   Order o;
-  o.wth = q.Int(0), o.khh = q.Text(1), o.func = static_cast<std::int32_t>(q.Int(2)), o.jys = q.Text(3);
+  o.wth = q.Int(0), o.khh = q.Text(1), o.func = static_cast<std::int32_t>(q.Int(2)),
+  o.jys = q.Text(3);
   o.gdh = q.Text(4), o.zqdm = q.Text(5), o.kfsbdbh = q.Text(6), o.wtsj = q.Text(7);
   o.jylb = static_cast<std::int32_t>(q.Int(8)), o.wtsl = q.Int(9), o.wtjg = q.Real(10);
-  o.ddlx = static_cast<std::int32_t>(q.Int(11)), o.wtpch = q.Int(12), o.side = static_cast<Side>(q.Int(13));
-  o.freeze_price = q.Real(14), o.frozen = q.Real(15), o.matched = q.Int(16), o.matched_amount = q.Real(17);
+  o.ddlx = static_cast<std::int32_t>(q.Int(11)), o.wtpch = q.Int(12),
+  o.side = static_cast<Side>(q.Int(13));
+  o.freeze_price = q.Real(14), o.frozen = q.Real(15), o.matched = q.Int(16),
+  o.matched_amount = q.Real(17);
   o.matched_milli = q.Int(18), o.commission = q.Int(19), o.withdrawn = q.Int(20);
-  o.sbjg = static_cast<std::int32_t>(q.Int(21)), o.jgsm = q.Text(22), o.cxbz = q.Text(23), o.cxwth = q.Int(24);
+  o.sbjg = static_cast<std::int32_t>(q.Int(21)), o.jgsm = q.Text(22), o.cxbz = q.Text(23),
+  o.cxwth = q.Int(24);
   o.matchable = q.Int(25) != 0;
   return o;
 }
 
 Values MatchRow(const MatchRec& m, std::int64_t seq) {
-  return {m.cjbh, seq, m.khh, m.jys, m.gdh, m.zqdm, m.kfsbdbh, m.cjsj, m.wth, std::int64_t{m.jylb}, m.qty, m.price,
-          m.amount, m.fees, m.qszj};
+  return {m.cjbh, seq,       m.khh,    m.jys,  m.gdh,
+          m.zqdm, m.kfsbdbh, m.cjsj,   m.wth,  std::int64_t{m.jylb},
+          m.qty,  m.price,   m.amount, m.fees, m.qszj};
 }
 MatchRec ReadMatch(Stmt& q) {
   MatchRec m;
   m.cjbh = q.Text(0), m.khh = q.Text(2), m.jys = q.Text(3), m.gdh = q.Text(4), m.zqdm = q.Text(5);
-  m.kfsbdbh = q.Text(6), m.cjsj = q.Text(7), m.wth = q.Int(8), m.jylb = static_cast<std::int32_t>(q.Int(9));
-  m.qty = q.Int(10), m.price = q.Real(11), m.amount = q.Real(12), m.fees = q.Real(13), m.qszj = q.Real(14);
+  m.kfsbdbh = q.Text(6), m.cjsj = q.Text(7), m.wth = q.Int(8),
+  m.jylb = static_cast<std::int32_t>(q.Int(9));
+  m.qty = q.Int(10), m.price = q.Real(11), m.amount = q.Real(12), m.fees = q.Real(13),
+  m.qszj = q.Real(14);
   return m;
 }
 
 Values SecurityRow(const Security& s) {
   const SecurityCfg& k = s.cfg;
-  return {k.jys, k.zqdm, k.name, static_cast<std::int64_t>(k.kind), k.tick, k.lot, k.limit, k.volatility,
-          s.prev_close, s.last, s.volume, s.turnover, s.liquidity, BookText(s)};
+  return {k.jys,        k.zqdm,     k.name,   static_cast<std::int64_t>(k.kind),
+          k.tick,       k.lot,      k.limit,  k.volatility,
+          s.prev_close, s.last,     s.volume, s.turnover,
+          s.liquidity,  BookText(s)};
 }
 void ReadSecurity(Stmt& q, Backend& be) {
   Security* s = be.FindSecurity(q.Text(0), q.Text(1));
   if (s == nullptr) {
     SecurityCfg k = MakeSecurity(q.Text(0), q.Text(1), q.Text(2), q.Real(9));
-    k.kind = static_cast<SecurityKind>(q.Int(3)), k.tick = q.Real(4), k.lot = q.Int(5), k.limit = q.Real(6);
+    k.kind = static_cast<SecurityKind>(q.Int(3)), k.tick = q.Real(4), k.lot = q.Int(5),
+    k.limit = q.Real(6);
     k.volatility = q.Real(7);
     s = &be.AddSecurity(k);
   }
@@ -220,11 +274,12 @@ class SqliteStore : public Store {
     if (rc == SQLITE_BUSY || rc == SQLITE_LOCKED)
       return Fail(error, "is in use by another process (" + std::string(sqlite3_errmsg(db_)) + ")");
     if (rc != SQLITE_OK && rc != SQLITE_DONE)
-      return Fail(error, "is not a state file of the simulated back end (" + std::string(sqlite3_errmsg(db_)) + ")");
+      return Fail(error, "is not a state file of the simulated back end (" +
+                             std::string(sqlite3_errmsg(db_)) + ")");
     fresh_ = tables.empty();
     if (fresh_) {
-      if (!Exec("PRAGMA journal_mode = WAL") || !Exec(std::string("BEGIN;") + kSchema + "COMMIT;") ||
-          !Meta("format", kFormat))
+      if (!Exec("PRAGMA journal_mode = WAL") ||
+          !Exec(std::string("BEGIN;") + kSchema + "COMMIT;") || !Meta("format", kFormat))
         return Fail(error, "cannot be written (" + std::string(sqlite3_errmsg(db_)) + ")");
     } else {
       Stmt f(db_, "SELECT value FROM sim_meta WHERE key = 'format'");
@@ -240,7 +295,9 @@ class SqliteStore : public Store {
     if (fresh_) return true;
     auto& customers = be.customers();
     Stmt cq(db_, "SELECT * FROM sim_customers");
-    Stmt pq(db_, "SELECT khh, jys, zqdm, gdh, balance, sellable, cost FROM sim_positions ORDER BY rowid");
+    Stmt pq(
+        db_,
+        "SELECT khh, jys, zqdm, gdh, balance, sellable, cost FROM sim_positions ORDER BY rowid");
     Stmt sq(db_, "SELECT * FROM sim_securities");
     Stmt oq(db_, "SELECT * FROM sim_orders ORDER BY wth");
     Stmt mq(db_, "SELECT * FROM sim_matches ORDER BY seq");
@@ -266,9 +323,12 @@ class SqliteStore : public Store {
       if (it == customers.end()) continue;
       Order& stored = it->second.orders[o.wth] = o;
       Security* s = be.FindSecurity(o.jys, o.zqdm);
-      if (s != nullptr && stored.Open() && stored.matchable && stored.side != Side::None && stored.ddlx == 0) {
+      if (s != nullptr && stored.Open() && stored.matchable && stored.side != Side::None &&
+          stored.ddlx == 0) {
         std::int64_t p = Milli(stored.wtjg);
-        (stored.side == Side::Buy ? s->buys : s->sells)[{stored.side == Side::Buy ? -p : p, stored.wth}] = &it->second;
+        (stored.side == Side::Buy ? s->buys
+                                  : s->sells)[{stored.side == Side::Buy ? -p : p, stored.wth}] =
+            &it->second;
       }
     }
     while (mq.Row()) {
@@ -281,29 +341,36 @@ class SqliteStore : public Store {
       c.matches_saved = c.matches.size();
       if (saved_customers_.count(khh)) saved_customers_[khh] = CustomerImage(c);
     }
-    be.RestoreSequences({MetaNumber("next_wth", 1), MetaNumber("next_cjbh", 1), MetaNumber("next_token", 1)});
+    be.RestoreSequences(
+        {MetaNumber("next_wth", 1), MetaNumber("next_cjbh", 1), MetaNumber("next_token", 1)});
     be.clock.Restore(MetaNumber("date", be.clock.Date()), MetaNumber("time_ms", be.clock.Ms()));
     return true;
   }
 
   bool Commit(Backend& be, std::string* error) override {
     Backend::Changes changes = be.TakeChanges();
-    if (!Exec("BEGIN")) return Fail(error, "cannot be written (" + std::string(sqlite3_errmsg(db_)) + ")");
+    if (!Exec("BEGIN"))
+      return Fail(error, "cannot be written (" + std::string(sqlite3_errmsg(db_)) + ")");
     bool ok = true;
     if (changes.day_cleared) ok = Exec("DELETE FROM sim_orders; DELETE FROM sim_matches;");
     for (Customer* c : changes.customers) ok = ok && SaveCustomer(*c);
     for (auto& [khh, c] : be.customers()) ok = ok && SaveMatches(c);
     std::sort(changes.orders.begin(), changes.orders.end());
-    changes.orders.erase(std::unique(changes.orders.begin(), changes.orders.end()), changes.orders.end());
-    Stmt put_order(db_, "INSERT OR REPLACE INTO sim_orders VALUES (?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?)");
+    changes.orders.erase(std::unique(changes.orders.begin(), changes.orders.end()),
+                         changes.orders.end());
+    Stmt put_order(db_,
+                   "INSERT OR REPLACE INTO sim_orders VALUES "
+                   "(?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?)");
     for (const auto& [c, wth] : changes.orders) {
       auto it = c->orders.find(wth);
       if (it != c->orders.end()) ok = ok && put_order.Run(OrderRow(it->second));
     }
     for (Security* s : changes.securities) ok = ok && SaveSecurity(*s);
     Backend::Sequences seq = be.sequences();
-    ok = ok && Meta("next_wth", std::to_string(seq.wth)) && Meta("next_cjbh", std::to_string(seq.cjbh)) &&
-         Meta("next_token", std::to_string(seq.token)) && Meta("date", std::to_string(be.clock.Date())) &&
+    ok = ok && Meta("next_wth", std::to_string(seq.wth)) &&
+         Meta("next_cjbh", std::to_string(seq.cjbh)) &&
+         Meta("next_token", std::to_string(seq.token)) &&
+         Meta("date", std::to_string(be.clock.Date())) &&
          Meta("time_ms", std::to_string(be.clock.Ms()));
     if (ok && Exec("COMMIT")) return true;
     std::string why = sqlite3_errmsg(db_);
@@ -316,7 +383,9 @@ class SqliteStore : public Store {
     if (error) *error = "state file " + path_ + " " + why;
     return false;
   }
-  bool Exec(const std::string& sql) { return sqlite3_exec(db_, sql.c_str(), nullptr, nullptr, nullptr) == SQLITE_OK; }
+  bool Exec(const std::string& sql) {
+    return sqlite3_exec(db_, sql.c_str(), nullptr, nullptr, nullptr) == SQLITE_OK;
+  }
   bool Meta(const std::string& key, const std::string& value) {
     auto it = meta_.find(key);
     if (it != meta_.end() && it->second == value) return true;
@@ -340,7 +409,8 @@ class SqliteStore : public Store {
     std::string image = CustomerImage(c);
     std::string& saved = saved_customers_[c.cfg.khh];
     if (image == saved) return true;
-    Stmt put(db_, "INSERT OR REPLACE INTO sim_customers VALUES (?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?)");
+    Stmt put(db_,
+             "INSERT OR REPLACE INTO sim_customers VALUES (?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?)");
     Stmt drop(db_, "DELETE FROM sim_positions WHERE khh = ?");
     Stmt put_position(db_, "INSERT INTO sim_positions VALUES (?,?,?,?,?,?,?)");
     bool ok = put.Run(CustomerRow(c)) && drop.Run({c.cfg.khh});
@@ -371,7 +441,7 @@ class SqliteStore : public Store {
   bool fresh_ = false;
   std::int64_t next_seq_ = 1;
   std::map<std::string, std::string> meta_;
-  std::map<std::string, std::string> saved_customers_;   // images as last written
+  std::map<std::string, std::string> saved_customers_;  // images as last written
   std::map<std::string, std::string> saved_securities_;
 };
 
@@ -381,8 +451,11 @@ bool StateFilesSupported() { return true; }
 
 std::unique_ptr<Store> OpenStore(const std::string& path, std::string* error) {
   sqlite3* db = nullptr;
-  if (sqlite3_open_v2(path.c_str(), &db, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE, nullptr) != SQLITE_OK) {
-    if (error) *error = "state file " + path + " cannot be opened (" + (db ? sqlite3_errmsg(db) : "out of memory") + ")";
+  if (sqlite3_open_v2(path.c_str(), &db, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE, nullptr) !=
+      SQLITE_OK) {
+    if (error)
+      *error = "state file " + path + " cannot be opened (" +
+               (db ? sqlite3_errmsg(db) : "out of memory") + ")";
     sqlite3_close_v2(db);
     return nullptr;
   }
