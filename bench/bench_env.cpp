@@ -115,13 +115,13 @@ void Env::Login() {
     const BenchCustomer& cus = kCustomers[c];
     Require(SECMOLRA_TradeLogin("B", cus.khh, cus.password) > 0,
             std::string("login of ") + cus.khh);
-    Result<Customer> found = FindCustomer(cus.khh);
+    Result<CustomerRef> found = FindCustomer(cus.khh);
     Require(found.ok(), std::string("the set of ") + cus.khh);
-    const KelComm::KelConn& set = *found->conn;
+    const KelComm::KelConn& set = *(*found)->conn;
     wire_[c].mgmt_conn = set.mgmt_handle;
     wire_[c].trade_conn = set.trade_handle;
     wire_[c].subscribe_conn = set.subscribe_handle;
-    wire_[c].node_id = found->node_id;
+    wire_[c].node_id = (*found)->node_id;
   }
 }
 

@@ -58,6 +58,7 @@ int main(int argc, char** argv) {
       RegisterOrderBenchmarks();
       RegisterQueryBenchmarks();
       RegisterPushBenchmarks();
+      RegisterSendBenchmarks();
       Env::Get();  // started before the first measurement
       benchmark::RunSpecifiedBenchmarks();
       benchmark::Shutdown();

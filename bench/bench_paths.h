@@ -26,11 +26,18 @@ constexpr const char* kBatchKit = "batch_100:kit";
 constexpr const char* kBatchFloor = "batch_100:floor";
 constexpr const char* kThreadsKit = "entrust_threads:kit";
 constexpr const char* kThreadsFloor = "entrust_threads:floor";
+constexpr const char* kSendKit = "send:kit";
+constexpr const char* kSendFloor = "send:floor";
+constexpr const char* kAllocEntrustKit = "allocations:entrust_kit";
+constexpr const char* kAllocEntrustFloor = "allocations:entrust_floor";
+constexpr const char* kAllocSendKit = "allocations:send_kit";
+constexpr const char* kAllocSendFloor = "allocations:send_floor";
 constexpr const char* kMemoryKit = "memory:kit";
 constexpr const char* kMemoryFloor = "memory:floor";
 
 void RegisterOrderBenchmarks();
 void RegisterQueryBenchmarks();
 void RegisterPushBenchmarks();
+void RegisterSendBenchmarks();
 
 }  // namespace molra::bench

@@ -14,14 +14,22 @@ import sys
 
 # (label, kit benchmark, floor benchmark, kind, target)
 #   kind "time":    kit and floor times; target ("ratio", r) or ("extra_us", us) or None
-#   kind "scaling": throughput with 2 threads over 1 thread; target ("min", r)
+#   kind "scaling": throughput with 2 threads over 1 thread, the kit's beside the floor's;
+#                   target ("min", r): the kit's at least r of the floor's
+#   kind "allocations": heap allocations per order on the calling thread; the kit's own
+#                   (above the floor's, which are the transport's) must be none
 #   kind "memory":  peak and resident memory after 100k and 1M orders; target "flat"
 #   kind "alone":   a part of a kit path measured on its own (no floor)
 ROWS = [
-    ("OrderEntrust sync, log off", "entrust:kit_log_off", "entrust:floor", "time", ("ratio", 1.5)),
+    ("OrderEntrust sync, log off", "entrust:kit_log_off", "entrust:floor", "time", ("ratio", 1.4)),
     ("OrderEntrust sync, log off, floor with the 4 Kel_IsConnect checks", "entrust:kit_log_off",
      "entrust:floor_with_connection_checks", "time", None),
-    ("OrderEntrust sync, log on", "entrust:kit_log_on", "entrust:floor", "time", ("extra_us", 1.0)),
+    ("OrderEntrust sync, log on", "entrust:kit_log_on", "entrust:floor", "time", ("extra_us", 0.7)),
+    ("OrderEntrust_ASync send, log off", "send:kit", "send:floor", "time", ("ratio", 1.5)),
+    ("OrderEntrust sync, heap allocations per order, log off", "allocations:entrust_kit",
+     "allocations:entrust_floor", "allocations", None),
+    ("OrderEntrust_ASync send, heap allocations per order, log off", "allocations:send_kit",
+     "allocations:send_floor", "allocations", None),
     ("logger alone, one entrust-sized line", "log_line:logger_only", None, "alone", None),
     ("OrderWithdraw sync, log off", "withdraw:kit_log_off", "withdraw:floor", "time", None),
     ("OrderWithdraw sync, log on", "withdraw:kit_log_on", "withdraw:floor", "time", None),
@@ -34,7 +42,7 @@ ROWS = [
     ("asynchronous entrust reply", "reply:kit", "reply:floor", "time", ("ratio", 1.3)),
     ("BatchOrderEntrust, 100 rows", "batch_100:kit", "batch_100:floor", "time", None),
     ("OrderEntrust sync, 2 threads / 1 thread throughput", "entrust_threads:kit",
-     "entrust_threads:floor", "scaling", ("min", 1.6)),
+     "entrust_threads:floor", "scaling", ("min", 0.95)),
     ("memory, 100k -> 1M orders", "memory:kit", "memory:floor", "memory", "flat"),
 ]
 
@@ -96,7 +104,12 @@ def scaling_row(label, found, kit, floor, target):
     if k is None or f is None:
         return [label, "missing", "missing", "-", "-", "-"]
     limit = target[1]
-    return [label, f"{k:.2f}×", f"{f:.2f}×", f"{k / f:.2f}", f"≥ {limit}×", yes(k >= limit)]
+    return [label, f"{k:.2f}×", f"{f:.2f}×", f"{k / f:.2f}", f"≥ {limit}", yes(k / f >= limit)]
+
+
+def allocations_row(label, kit, floor):
+    k, f = kit["allocs_per_order"], floor["allocs_per_order"]
+    return [label, f"{k:.2f}", f"{f:.2f}", f"+{k - f:.2f}", "+0 (kit's own)", yes(k - f < 0.005)]
 
 
 def mib(kib):
@@ -137,6 +150,8 @@ def rows(found):
             out.append([label, k.get("error", ""), f.get("error", ""), "-", "-", "-"])
         elif kind == "memory":
             out.append(memory_row(label, k, f))
+        elif kind == "allocations":
+            out.append(allocations_row(label, k, f))
         else:
             out.append(time_row(label, k, f, target))
     return out

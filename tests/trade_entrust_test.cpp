@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <functional>
+#include <vector>
 
 #include "support/trade_fixture.h"
 
@@ -132,4 +134,34 @@ TEST_F(Entrust, LogLineNamesTheCallAndItsCost) {
                      "lfWtjg:10.5 lDdlx:0 lpGdh:A000001001 lsh:0 cost:"),
             std::string::npos)
       << log;
+}
+
+// Requests read the customer once per thread until the customer changes: each change made
+// after an order reaches the next order on the same thread.
+TEST_F(Entrust, ChangesOfTheCustomerReachTheNextOrder) {
+  struct Step {
+    const char* change;
+    std::function<void()> apply;
+    std::function<void(std::int64_t result)> check;
+  };
+  const std::vector<Step> steps = {
+      {"host token", [] { ASSERT_TRUE(SECMOLRA_SetCusToken("1001", 4242)); },
+       [&](std::int64_t) { EXPECT_EQ(Num<std::int64_t>(Request("19001"), 3), 4242); }},
+      {"node", [] { ASSERT_TRUE(SECMOLRA_SetCusNodeID("1001", 7)); },
+       [](std::int64_t) {
+         const std::string calls = Sim::Get().CallLog();  // "Kel_SetNodeId(<session>,7)"
+         const std::size_t at = calls.find("Kel_SetNodeId(");
+         ASSERT_NE(at, std::string::npos);
+         EXPECT_EQ(calls.substr(calls.find(',', at), 3), ",7)");
+       }},
+      {"logout", [] { ASSERT_GT(SECMOLRA_TradeLogout("1001"), 0); },
+       [](std::int64_t result) { EXPECT_EQ(result, SECMOLRA_ERR_NOT_LOGGED_IN); }},
+  };
+  ASSERT_GT(Buy(), 0) << Message();
+  for (const Step& s : steps) {
+    SCOPED_TRACE(s.change);
+    s.apply();
+    Sim::Get().ClearCallLog();
+    s.check(Buy());
+  }
 }

@@ -90,13 +90,13 @@ Result<std::int64_t> FundTransfer(const char* export_name, const Method& m, cons
   if (khh == nullptr || pwd == nullptr || !(amount > 0)) return IllegalArgument();
   MOLRA_LOG_INFO("{} lpKhh:{} dFsje:{} sZjzh:{} sZy:{}", export_name, khh, amount, LogText(zjzh),
                  LogText(remark));
-  Result<Customer> c = FindCustomer(khh);
+  Result<CustomerRef> c = FindCustomer(khh);
   if (!c) return c.TakeFailure();
   // Transfers exist for the one back-office system type the kit accepts.
-  if (c->conn->system_type != kSystemType) {
+  if ((*c)->conn->system_type != kSystemType) {
     return Failure{SECMOLRA_ERR_UNSUPPORTED, msg::kNotImplemented, m.name};
   }
-  return RunMethod(m, *c, [&] {
+  return RunMethod(m, **c, [&] {
     return ReqFields{ReqField::Text(fid::KHH, khh),
                      ReqField::Double(fid::FSJE, amount),
                      ReqField::Text(fid::JYMM, EncodePassword3rd(khh, pwd)),
@@ -119,9 +119,9 @@ Result<std::int64_t> ModifyPwdExport(const char* khh, const char* old_pwd, const
     return Failure{SECMOLRA_ERR_ARGUMENT, msg::kPasswordArgsEmpty};
   }
   MOLRA_LOG_INFO("{} lpKhh:{} nType:{}", "SECMOLRA_ModifyPwd", khh, kind);
-  Result<Customer> c = FindCustomer(khh);
+  Result<CustomerRef> c = FindCustomer(khh);
   if (!c) return c.TakeFailure();
-  return ModifyPwd(*c, khh, old_pwd, new_pwd, kind);
+  return ModifyPwd(**c, khh, old_pwd, new_pwd, kind);
 }
 
 }  // namespace
@@ -170,10 +170,10 @@ SECMOLRA_API int64_t SECMOLRA_FundTransBetweenNodes(int32_t systemType, const ch
     if (systemType != kSystemType || Missing(khh) || !(amount > 0) || !ValidNodes(node1, node2)) {
       return Report(IllegalArgument(), kName);
     }
-    Result<Customer> c = FindCustomer(khh);
+    Result<CustomerRef> c = FindCustomer(khh);
     if (!c) return Report(c.failure(), kName);
     return Reported(
-        RunMethod(kBetweenNodes, *c,
+        RunMethod(kBetweenNodes, **c,
                   [&] {
                     return ReqFields{
                         ReqField::Text(fid::KHH, khh),      ReqField::Text(fid::BZ, "RMB"),
@@ -197,9 +197,9 @@ SECMOLRA_API int64_t SECMOLRA_ModifyZJHBCL(int32_t systemType, const char* khh, 
         !(ratio2 >= 0)) {
       return Report(IllegalArgument(), kName);
     }
-    Result<Customer> c = FindCustomer(khh);
+    Result<CustomerRef> c = FindCustomer(khh);
     if (!c) return Report(c.failure(), kName);
-    return Reported(RunMethod(kModifyRatio, *c,
+    return Reported(RunMethod(kModifyRatio, **c,
                               [&] {
                                 return ReqFields{ReqField::Text(fid::KHH, khh),
                                                  ReqField::Text(fid::BZ, "RMB"),

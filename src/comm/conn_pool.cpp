@@ -11,16 +11,15 @@ namespace {
 
 bool IsUp(kel::int64 handle) { return handle != 0 && kel::api.Kel_IsConnect(handle); }
 
-// The query connection is not checked: a set without it still serves.
-Status Usable(const KelComm::KelConn& set) {
+}  // namespace
+
+Status CheckConnections(const KelComm::KelConn& set) {
   if (!IsUp(set.mgmt_handle)) return Failure{kConnectionFailure, msg::kMgmtInvalid};
   if (!IsUp(set.trade_handle) || !IsUp(set.subscribe_handle)) {
     return Failure{kConnectionFailure, msg::kTradeSubscribeInvalid};
   }
   return Ok();
 }
-
-}  // namespace
 
 ConnPool::ConnPool() : timer_(std::make_unique<TimerService>()) {}
 
@@ -33,7 +32,7 @@ Result<std::shared_ptr<KelComm::KelConn>> ConnPool::GetConnection(const std::str
   auto it = sets_.find(khh);
   if (it != sets_.end()) {
     // An unusable set stays in the map; the transport may yet bring it back.
-    Status usable = Usable(*it->second);
+    Status usable = CheckConnections(*it->second);
     if (!usable) return usable.TakeFailure();
     return it->second;
   }
@@ -44,6 +43,12 @@ Result<std::shared_ptr<KelComm::KelConn>> ConnPool::GetConnection(const std::str
   if (!connected) return connected.TakeFailure();
   sets_.emplace(khh, set);
   return set;
+}
+
+std::shared_ptr<KelComm::KelConn> ConnPool::Find(const std::string& khh) {
+  std::lock_guard<std::mutex> lock(mutex_);
+  auto it = sets_.find(khh);
+  return it == sets_.end() ? nullptr : it->second;
 }
 
 void ConnPool::TearDown() {

@@ -123,6 +123,11 @@ bool CreateHead(const KelSession& session, const char* code);
 std::string GetItemString(kel::int64 session, kel::int32 id, kel::int32 row);
 std::string GetErrorString(kel::int64 session);
 
+// The checks of a set made before each of its customer's requests: its management, trade and
+// subscribe connections up (the query connection is not checked: a set without it still
+// serves); the connection manager's reason (code 0) when one is not.
+Status CheckConnections(const KelComm::KelConn& set);
+
 // The connection sets, one per customer, and the kit's timer thread. Created by
 // SECMOLRA_Init; SECMOLRA_Exit withdraws it from the kit and tears it down (TearDown) but
 // never frees it: a host thread still inside a call finishes on an empty pool.
@@ -135,6 +140,8 @@ class ConnPool {
   // (code 0) when there is none or it is unusable.
   Result<std::shared_ptr<KelComm::KelConn>> GetConnection(const std::string& khh,
                                                           const std::string& key);
+  // The customer's set as it stands, or null: no connect, no check.
+  std::shared_ptr<KelComm::KelConn> Find(const std::string& khh);
   // Closes every set, stops and joins the timer thread, drops the sets.
   void TearDown();
 

@@ -11,8 +11,11 @@ std::shared_ptr<const CusRecord> CusRegistry::Find(std::int32_t system_type,
 
 void CusRegistry::Register(std::int32_t system_type, const std::string& khh,
                            std::shared_ptr<const CusRecord> rec) {
-  std::lock_guard<std::mutex> lock(records_mutex_);
-  records_[{system_type, khh}] = std::move(rec);
+  {
+    std::lock_guard<std::mutex> lock(records_mutex_);
+    records_[{system_type, khh}] = std::move(rec);
+  }
+  generation_.fetch_add(1, std::memory_order_release);
 }
 
 std::string CusRegistry::DefaultKhh(std::int32_t system_type) const {
@@ -44,6 +47,7 @@ void CusRegistry::Reset(const std::string& khh) {
     std::lock_guard<std::mutex> lock(records_mutex_);
     records_.erase({kSystemType, khh});
   }
+  generation_.fetch_add(1, std::memory_order_release);
   std::lock_guard<std::mutex> lock(defaults_mutex_);
   auto it = default_khh_by_type_.find(kSystemType);
   if (it == default_khh_by_type_.end() || it->second != khh) return;

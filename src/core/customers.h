@@ -1,8 +1,12 @@
 // The registry of logged-in customers: their login records, the default customer of each
 // system type, and the node and token that each customer's requests carry. Each table has
-// its own mutex, held for one map operation only; no two are held at once.
+// its own mutex, held for one map operation only; no two are held at once. Every change of
+// what a customer's requests read (record, node, token) moves the registry's generation on,
+// after the change: a reader that saw a generation may keep what it read under it until the
+// generation moves.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <map>
 #include <memory>
@@ -26,27 +30,37 @@ struct CusRecord {
   std::string wtfs;  // the login's entrust method, at most 10 bytes
 };
 
-// A value per customer number, absent values read as -1.
+// A value per customer number, absent values read as -1; a change moves `generation` on.
 template <typename V>
 class KhhTable {
  public:
+  explicit KhhTable(std::atomic<std::uint64_t>& generation) : generation_(generation) {}
   V Get(const std::string& khh) const {
     std::lock_guard<std::mutex> lock(mutex_);
     auto it = map_.find(khh);
     return it == map_.end() ? V{-1} : it->second;
   }
   void Set(const std::string& khh, V value) {
-    std::lock_guard<std::mutex> lock(mutex_);
-    map_[khh] = value;
+    {
+      std::lock_guard<std::mutex> lock(mutex_);
+      map_[khh] = value;
+    }
+    generation_.fetch_add(1, std::memory_order_release);
   }
 
  private:
+  std::atomic<std::uint64_t>& generation_;
   mutable std::mutex mutex_;
   std::map<std::string, V> map_;
 };
 
 class CusRegistry {
+  std::atomic<std::uint64_t> generation_{1};  // first: the tables below hold it
+
  public:
+  // Moves on after every change of a record, node or token; never 0.
+  std::uint64_t Generation() const { return generation_.load(std::memory_order_acquire); }
+
   // Records keyed by (system type, KHH).
   std::shared_ptr<const CusRecord> Find(std::int32_t system_type, const std::string& khh) const;
   void Register(std::int32_t system_type, const std::string& khh,
@@ -62,8 +76,9 @@ class CusRegistry {
   // connection set stays in the pool (its later requests answer "not logged in").
   void Reset(const std::string& khh);
 
-  KhhTable<std::int32_t> nodes;   // the trade node of a customer's requests
-  KhhTable<std::int64_t> tokens;  // a host's token (SECMOLRA_SetCusToken), preferred to the login's
+  KhhTable<std::int32_t> nodes{generation_};   // the trade node of a customer's requests
+  KhhTable<std::int64_t> tokens{generation_};  // a host's token (SECMOLRA_SetCusToken), preferred
+                                               // to the login's
 
  private:
   mutable std::mutex records_mutex_;

@@ -28,11 +28,11 @@ Result<Answer> CustomerRequest(const char* worker, CusLoginInfo* info, const cha
   if (info == nullptr) return Failure{SECMOLRA_ERR_ARGUMENT, msg::kIllegalArgument, worker};
   const std::string khh = KhhOf(*info);
   if (khh.empty()) return Failure{SECMOLRA_ERR_ARGUMENT, msg::kKhhEmpty, worker, info};
-  Result<Customer> customer = FindCustomer(khh);
+  Result<CustomerRef> customer = FindCustomer(khh);
   if (!customer) return customer.TakeFailure().At(worker, info);
-  Result<KelSession> session = AllocTradeSession(*customer->conn);
+  Result<KelSession> session = AllocTradeSession(*(*customer)->conn);
   if (!session) return session.TakeFailure().At(worker, info);
-  const std::int32_t node_id = info->NodeID >= 1 ? info->NodeID : customer->node_id;
+  const std::int32_t node_id = info->NodeID >= 1 ? info->NodeID : (*customer)->node_id;
   KvRequest request{{}, func_code, {ReqField::NodeId(node_id), ReqField::Text(fid::KHH, khh)}};
   request.fields.insert(request.fields.end(), fields.begin(), fields.end());
   Result<KvAnswer> answer = RunRequest(std::move(*session), request, kNonNegativeCode);

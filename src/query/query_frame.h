@@ -26,7 +26,7 @@ inline std::string KhhOf(const CusLoginInfo& info) { return FieldText(info.KHH);
 
 // A request run on a logged-in customer's connection set; the session holds the answer.
 struct Answer {
-  Customer customer;
+  CustomerRef customer;
   KelSession session;
 };
 

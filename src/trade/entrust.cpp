@@ -65,6 +65,7 @@ ReqFields EntrustFields(const CusLoginInfo& rec, const OrderArgs& a, bool block_
 }
 
 void LogArgs(OrderRequest& req, const CusLoginInfo& rec, const OrderArgs& a, Biz biz) {
+  if (!req.logging()) return;
   req.Log("khh", FieldText(rec.KHH)).Log("jys", a.jys).Log("zqdm", a.zqdm).Log("jylb", a.jylb);
   req.Log("wtsl", a.wtsl).Log("wtjg", a.wtjg).Log("ddlx", a.ddlx).Log("gdh", FieldText(rec.GDH));
   if (biz == Biz::kETF) req.Log("step", a.step);

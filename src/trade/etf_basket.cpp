@@ -65,12 +65,12 @@ class Basket {
   std::int32_t units_;
   double price_;
   std::int64_t ddlx_;
-  Customer customer_;
+  CustomerRef customer_;
   std::int32_t node_ = -1;
 };
 
 Result<KelSession> Basket::Session() const {
-  Result<KelSession> s = AllocTradeSession(*customer_.conn);
+  Result<KelSession> s = AllocTradeSession(*customer_->conn);
   if (!s) return s.TakeFailure().At(kBasketName, rec_);
   return s;
 }
@@ -103,10 +103,10 @@ Result<std::int64_t> Basket::TradeDate() {
 
 Result<std::int64_t> Basket::Run() {
   const std::string khh = FieldText(rec_->KHH);
-  Result<Customer> found = FindCustomer(khh);
+  Result<CustomerRef> found = FindCustomer(khh);
   if (!found) return found.TakeFailure().At(kBasketName, rec_);
   customer_ = std::move(*found);
-  node_ = rec_->NodeID >= 1 ? rec_->NodeID : customer_.node_id;
+  node_ = rec_->NodeID >= 1 ? rec_->NodeID : customer_->node_id;
 
   Result<KvAnswer> basics = Ask("D00084", msg::kEtfInfoFailed);
   if (!basics) return basics.TakeFailure();

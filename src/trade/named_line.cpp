@@ -12,7 +12,8 @@ NamedLine::Field& NamedLine::Next(const char* name, Kind kind) {
 }
 
 void NamedLine::AddText(const char* name, fmt::string_view text) {
-  Next(name, Kind::kText).text.assign(text.data(), text.size());
+  Next(name, Kind::kText).text = Text{texts_.size(), text.size()};
+  texts_.append(text.data(), text.data() + text.size());
 }
 
 // From the last field back, so that a name given again counts with its last value.
@@ -27,7 +28,7 @@ const NamedLine::Field* NamedLine::Find(fmt::string_view name) const {
   return nullptr;
 }
 
-void NamedLine::Write(const Field& f, fmt::memory_buffer& out) {
+void NamedLine::Write(const Field& f, fmt::memory_buffer& out) const {
   switch (f.kind) {
     case Kind::kInt: {
       const fmt::format_int text(f.i);
@@ -43,7 +44,7 @@ void NamedLine::Write(const Field& f, fmt::memory_buffer& out) {
       fmt::format_to(fmt::appender(out), "{}", f.d);
       break;
     case Kind::kText:
-      out.append(f.text.data(), f.text.data() + f.text.size());
+      out.append(texts_.data() + f.text.at, texts_.data() + f.text.at + f.text.size);
       break;
   }
 }

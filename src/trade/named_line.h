@@ -1,13 +1,13 @@
 // A log line whose format names its fields, "{fn} lpKhh:{khh} lsh:{lsh}": the values are
-// kept as given and written into the line in one pass. fmt's dynamic named arguments copy
-// every name to the heap and search the names with string compares for every placeholder,
+// kept as given (texts copied into one buffer on the stack, which grows on the heap only for
+// texts longer than a line) and written into the line in one pass. fmt's dynamic named arguments
+// copy every name to the heap and search the names with string compares for every placeholder,
 // which made a logged order several times dearer than the order itself.
 #pragma once
 
 #include <fmt/format.h>
 
 #include <cstddef>
-#include <string>
 #include <type_traits>
 
 namespace molra {
@@ -45,6 +45,10 @@ class NamedLine {
 
  private:
   enum class Kind : unsigned char { kInt, kUint, kDouble, kText };
+  struct Text {  // a place in texts_
+    std::size_t at;
+    std::size_t size;
+  };
   struct Field {
     fmt::string_view name;
     Kind kind;
@@ -52,19 +56,20 @@ class NamedLine {
       long long i;
       unsigned long long u;
       double d;
+      Text text;
     };
-    std::string text;
   };
 
   Field& Next(const char* name, Kind kind);
   Field& AddNumber(const char* name, Kind kind) { return Next(name, kind); }
   void AddText(const char* name, fmt::string_view text);
   const Field* Find(fmt::string_view name) const;
-  static void Write(const Field& f, fmt::memory_buffer& out);
+  void Write(const Field& f, fmt::memory_buffer& out) const;
 
   Field fields_[kMaxFields];
   int count_ = 0;
   Field spare_;  // where fields beyond kMaxFields go
+  fmt::basic_memory_buffer<char, 512> texts_;
 };
 
 }  // namespace molra

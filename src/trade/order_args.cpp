@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <atomic>
+#include <cstddef>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -31,11 +32,15 @@ std::int64_t GenerateRequestNumber(Kit& kit) {
 
 CusLoginInfo MakeRecord(const char* khh, const char* gdh) {
   CusLoginInfo rec;
-  std::memset(&rec, 0, sizeof rec);
+  // Built for every plain order: the two 256-byte texts are made empty, not zeroed.
+  std::memset(&rec, 0, offsetof(CusLoginInfo, Node));
+  rec.Node[0] = '\0';
+  rec.Token = -1;
+  rec.ErrorCode = 0;
+  rec.ErrorMsg[0] = '\0';
   CopyField(rec.KHH, khh);
   CopyField(rec.GDH, gdh);
   rec.NodeID = -1;
-  rec.Token = -1;
   return rec;
 }
 

@@ -23,7 +23,8 @@ std::int64_t GenerateRequestNumber(Kit& kit);
 std::string RequestNumberTimeText(int hour, int minute, int second);
 
 // A record built from bare arguments: khh (16) and gdh (12) bounded, node id and token -1
-// so that the registry supplies both.
+// so that the registry supplies both, every text empty (Node and ErrorMsg only up to their
+// terminating NUL: read them as texts).
 CusLoginInfo MakeRecord(const char* khh, const char* gdh);
 
 // Checks of one export, in the order they are called; the first failure is kept (to be

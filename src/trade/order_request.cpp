@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
@@ -39,11 +38,7 @@ std::int16_t FunctionNumber(const char* code) {
   return static_cast<std::int16_t>(n);
 }
 
-std::string NumberText(std::int64_t number) {
-  char text[32];
-  std::snprintf(text, sizeof text, "%lld", static_cast<long long>(number));
-  return text;
-}
+std::string NumberText(std::int64_t number) { return fmt::format_int(number).str(); }
 
 }  // namespace
 
@@ -72,13 +67,16 @@ Result<std::int64_t> OrderRequest::Execute(bool async, std::int64_t number) {
     return Fail(SECMOLRA_ERR_ARGUMENT, msg::kIllegalArgument);
   }
   const std::string khh = FieldText(record_->KHH);
-  Result<Customer> customer = FindCustomer(khh);
+  Result<CustomerRef> customer = FindCustomer(khh);
   if (!customer) return customer.TakeFailure().At(family_.name, record_);
-  Result<KelSession> session = AllocTradeSession(*customer->conn);
+  Result<KelSession> session = AllocTradeSession(*(*customer)->conn);
   if (!session) return session.TakeFailure().At(family_.name, record_);
 
-  const std::int64_t token = record_->Token >= 1 ? record_->Token : customer->token;
-  const std::int32_t node = record_->NodeID >= 1 ? record_->NodeID : customer->node_id;
+  // Read by value: the packed record's token is not aligned for a reference.
+  const std::int64_t own_token = record_->Token;
+  const std::int64_t token = own_token >= 1 ? own_token : (*customer)->token;
+  const std::int32_t own_node = record_->NodeID;
+  const std::int32_t node = own_node >= 1 ? own_node : (*customer)->node_id;
   if (prepare_) {
     if (Status checked = prepare_(); !checked) return checked.TakeFailure();
   }
@@ -126,7 +124,8 @@ void OrderRequest::PutHead(std::int64_t token, const std::string& khh) {
 
 void OrderRequest::PutNumber(std::int64_t number) {
   if (family_.number_at < 0) return;
-  CopyField(block_ + family_.number_at, kKfsbdbhWidth, NumberText(number).c_str());
+  const fmt::format_int text(number);  // on the stack, NUL-terminated
+  CopyField(block_ + family_.number_at, kKfsbdbhWidth, text.c_str());
 }
 
 void OrderRequest::LogLine(std::int64_t lsh) {
@@ -157,9 +156,9 @@ Result<std::int64_t> OrderRequest::ReadBlockAnswer(kel::int64 session) {
     if (code > 0) code = -code;
     return Fail(code, GetErrorString(session));
   }
+  // Not zeroed: nothing past the length the transport gives is read.
   alignas(8) char answer[kMaxAnswer];
   const std::int32_t capacity = std::min(family_.answer_len, kMaxAnswer);
-  std::memset(answer, 0, static_cast<std::size_t>(capacity));
   kel::int32 len = capacity;
   if (!kel::api.Kel_GetStructData(session, answer, &len, -1)) len = 0;
   len = std::min(len, capacity);

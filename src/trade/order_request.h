@@ -56,6 +56,8 @@ class OrderRequest {
     if (line_) line_->Add(name, value);
     return *this;
   }
+  // Whether the call's line will be written (the log was on when the request began).
+  bool logging() const { return line_.has_value(); }
   // Families whose result is not one value of the answer read it themselves.
   void Read(Reader reader) { reader_ = std::move(reader); }
   // Checks that run once the customer and its session are found, before the block is
