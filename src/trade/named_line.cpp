@@ -49,28 +49,46 @@ void NamedLine::Write(const Field& f, fmt::memory_buffer& out) const {
   }
 }
 
-// Placeholders come every few characters: a plain scan beats strpbrk's set-up per call.
-bool NamedLine::Format(const char* format, fmt::memory_buffer& out) const {
+// Placeholders come every few characters: a plain scan beats strpbrk's set-up.
+LineFormat::LineFormat(const char* format) {
   const char* p = format;
   for (;;) {
     const char* brace = p;
     while (*brace != '\0' && *brace != '{' && *brace != '}') ++brace;
-    out.append(p, brace);
-    if (*brace == '\0') return true;
-    if (brace[0] == brace[1]) {  // "{{" or "}}"
-      out.push_back(brace[0]);
+    if (*brace == '\0') {
+      if (brace != p) pieces_.push_back({fmt::string_view(p, brace - p), {}});
+      return;
+    }
+    if (brace[0] == brace[1]) {  // "{{" or "}}": the literal up to and with one brace
+      pieces_.push_back({fmt::string_view(p, brace + 1 - p), {}});
       p = brace + 2;
       continue;
     }
-    if (*brace == '}') return false;
     const char* end = brace + 1;
     while (*end != '\0' && *end != '}') ++end;
-    if (*end == '\0') return false;
-    const Field* f = Find(fmt::string_view(brace + 1, static_cast<std::size_t>(end - brace - 1)));
-    if (f == nullptr) return false;
-    Write(*f, out);
+    if (*brace == '}' || *end == '\0') {
+      pieces_.push_back({fmt::string_view(p, brace - p), {}});
+      usable_ = false;
+      return;
+    }
+    pieces_.push_back({fmt::string_view(p, brace - p), fmt::string_view(brace + 1, end - brace - 1)});
     p = end + 1;
   }
+}
+
+bool NamedLine::Format(const char* format, fmt::memory_buffer& out) const {
+  return Format(LineFormat(format), out);
+}
+
+bool NamedLine::Format(const LineFormat& format, fmt::memory_buffer& out) const {
+  for (const LineFormat::Piece& piece : format.pieces_) {
+    out.append(piece.literal.data(), piece.literal.data() + piece.literal.size());
+    if (piece.name.data() == nullptr) continue;
+    const Field* f = Find(piece.name);
+    if (f == nullptr) return false;
+    Write(*f, out);
+  }
+  return format.usable_;
 }
 
 }  // namespace molra

@@ -9,8 +9,26 @@
 
 #include <cstddef>
 #include <type_traits>
+#include <vector>
 
 namespace molra {
+
+// A line's format read once: its literal pieces and the names between them, so that a line
+// written many times does not scan its format again. An unusable format ("{x:d}", an
+// unmatched brace) keeps the pieces before the fault and is refused when written.
+class LineFormat {
+ public:
+  explicit LineFormat(const char* format);
+
+ private:
+  friend class NamedLine;
+  struct Piece {
+    fmt::string_view literal;
+    fmt::string_view name;  // empty: a literal only
+  };
+  std::vector<Piece> pieces_;
+  bool usable_ = true;
+};
 
 class NamedLine {
  public:
@@ -42,6 +60,7 @@ class NamedLine {
   // format names a field that was not added, or has a placeholder with a format spec or
   // an unmatched brace.
   bool Format(const char* format, fmt::memory_buffer& out) const;
+  bool Format(const LineFormat& format, fmt::memory_buffer& out) const;
 
  private:
   enum class Kind : unsigned char { kInt, kUint, kDouble, kText };
