@@ -69,11 +69,12 @@ TEST(NamedLine, NamesAlikeInTheirFirstBytesAreDistinct) {
   const struct {
     const char* name;
     int value;
-  } fields[] = {{"abcdefgh", 1}, {"abcdefghi", 2}, {"abcdefghj", 3}, {"abcdefg", 4},
-                {"abcdefgh_long_x", 5}, {"abcdefgh_long_y", 6}};
+  } fields[] = {{"abcdefgh", 1}, {"abcdefghi", 2},       {"abcdefghj", 3},
+                {"abcdefg", 4},  {"abcdefgh_long_x", 5}, {"abcdefgh_long_y", 6}};
   for (const auto& f : fields) line.Add(f.name, f.value);
-  const molra::LineFormat format("{abcdefgh}{abcdefghi}{abcdefghj}{abcdefg}"
-                                 "{abcdefgh_long_x}{abcdefgh_long_y}");
+  const molra::LineFormat format(
+      "{abcdefgh}{abcdefghi}{abcdefghj}{abcdefg}"
+      "{abcdefgh_long_x}{abcdefgh_long_y}");
   for (int pass = 0; pass < 2; ++pass) {  // a format read once serves every line
     fmt::memory_buffer out;
     EXPECT_TRUE(line.Format(format, out));

@@ -130,7 +130,6 @@ TEST(Log, LineFormatterWritesWhatThePatternWrites) {
     spdlog::memory_buf_t want, got;
     spd.format(msg, want);
     kit->format(msg, got);
-    EXPECT_EQ(std::string(got.data(), got.size()), std::string(want.data(), want.size()))
-        << c.text;
+    EXPECT_EQ(std::string(got.data(), got.size()), std::string(want.data(), want.size())) << c.text;
   }
 }

@@ -66,8 +66,9 @@ class LineFormatter final : public spdlog::formatter {
     const auto secs = std::chrono::duration_cast<std::chrono::seconds>(msg.time.time_since_epoch());
     if (secs != cached_secs_ || stamp_.size() == 0) Stamp(msg, secs);
     dest.append(stamp_.data(), stamp_.data() + stamp_.size());
-    fh::pad6(static_cast<std::size_t>(fh::time_fraction<std::chrono::microseconds>(msg.time).count()),
-             dest);
+    fh::pad6(
+        static_cast<std::size_t>(fh::time_fraction<std::chrono::microseconds>(msg.time).count()),
+        dest);
     dest.append(fmt::string_view("] ["));
     fh::append_string_view(msg.logger_name, dest);
     dest.append(fmt::string_view("] ["));

@@ -29,7 +29,8 @@ struct Name {
   }
   bool operator==(const Name& o) const {
     return head == o.head && text.size() == o.text.size() &&
-           (text.size() <= 8 || std::memcmp(text.data() + 8, o.text.data() + 8, text.size() - 8) == 0);
+           (text.size() <= 8 ||
+            std::memcmp(text.data() + 8, o.text.data() + 8, text.size() - 8) == 0);
   }
 };
 }  // namespace line_detail

@@ -44,7 +44,8 @@ std::string NumberText(std::int64_t number) { return fmt::format_int(number).str
 
 // Every family's log format, read once for the process; null where the family has none.
 const LineFormat* FormatOf(const OrderFamily& family) {
-  using Formats = std::array<std::unique_ptr<const LineFormat>, static_cast<std::size_t>(Fam::kCount)>;
+  using Formats =
+      std::array<std::unique_ptr<const LineFormat>, static_cast<std::size_t>(Fam::kCount)>;
   static const Formats* const formats = [] {
     auto* all = new Formats();  // never destroyed: a transport thread may log during exit
     for (std::size_t i = 0; i < all->size(); ++i) {
