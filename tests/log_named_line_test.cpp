@@ -63,6 +63,28 @@ TEST(NamedLine, NullTextIsEmptyAndTheLastValueOfANameCounts) {
   EXPECT_EQ(Line(line, "[{step}] {wth}"), "[] 2");
 }
 
+// Names are told apart by their first eight bytes and size, then by the rest.
+TEST(NamedLine, NamesAlikeInTheirFirstBytesAreDistinct) {
+  molra::NamedLine line;
+  const struct {
+    const char* name;
+    int value;
+  } fields[] = {{"abcdefgh", 1}, {"abcdefghi", 2},       {"abcdefghj", 3},
+                {"abcdefg", 4},  {"abcdefgh_long_x", 5}, {"abcdefgh_long_y", 6}};
+  for (const auto& f : fields) line.Add(f.name, f.value);
+  const molra::LineFormat format(
+      "{abcdefgh}{abcdefghi}{abcdefghj}{abcdefg}"
+      "{abcdefgh_long_x}{abcdefgh_long_y}");
+  for (int pass = 0; pass < 2; ++pass) {  // a format read once serves every line
+    fmt::memory_buffer out;
+    EXPECT_TRUE(line.Format(format, out));
+    EXPECT_EQ(std::string(out.data(), out.size()), "123456");
+  }
+  bool ok = true;
+  Line(line, "{abcdefgh_long_z}", &ok);
+  EXPECT_FALSE(ok);
+}
+
 TEST(NamedLine, BracesDoubledAreLiteral) {
   molra::NamedLine line;
   line.Add("a", 7);

@@ -2,7 +2,9 @@
 #include "core/log.h"
 
 #include <gtest/gtest.h>
+#include <spdlog/pattern_formatter.h>
 
+#include <chrono>
 #include <regex>
 #include <string>
 
@@ -100,4 +102,34 @@ TEST(Log, CallbackSettersEchoThePointer) {
   EXPECT_NE(text.find("SECMOLRA_SetMsgCallback effective:0x0"), std::string::npos) << text;
   EXPECT_NE(text.find("SECMOLRA_SetConnEventCallback effective:0x0"), std::string::npos);
   SECMOLRA_Exit();
+}
+
+// The kit's formatter against spdlog's own with the same pattern: the same bytes for every
+// level, within a second, across seconds, days and years, and at the edges of the fraction.
+TEST(Log, LineFormatterWritesWhatThePatternWrites) {
+  using Clock = spdlog::log_clock;
+  const Clock::time_point base = Clock::from_time_t(1767225599);  // 2025-12-31 23:59:59 UTC
+  const struct {
+    Clock::duration after;
+    spdlog::level::level_enum level;
+    const char* text;
+  } cases[] = {
+      {std::chrono::microseconds(0), spdlog::level::info, "OrderEntrust lpKhh:1001"},
+      {std::chrono::microseconds(999999), spdlog::level::warn, ""},
+      {std::chrono::microseconds(1000000), spdlog::level::err, "北京 {x}"},
+      {std::chrono::microseconds(1000001), spdlog::level::critical, "next second"},
+      {std::chrono::microseconds(1000001), spdlog::level::info, "same second again"},
+      {std::chrono::hours(24 * 40) + std::chrono::nanoseconds(1500), spdlog::level::debug, "x"},
+      {-std::chrono::hours(24 * 400), spdlog::level::trace, "a year back"},
+  };
+  auto kit = molra::MakeLineFormatter();
+  spdlog::pattern_formatter spd(molra::kLinePattern, spdlog::pattern_time_type::local, "\r\n");
+  for (const auto& c : cases) {
+    spdlog::details::log_msg msg(Clock::time_point(base + c.after), spdlog::source_loc{}, "MOLRA",
+                                 c.level, c.text);
+    spdlog::memory_buf_t want, got;
+    spd.format(msg, want);
+    kit->format(msg, got);
+    EXPECT_EQ(std::string(got.data(), got.size()), std::string(want.data(), want.size())) << c.text;
+  }
 }

@@ -1,10 +1,13 @@
 #include "core/log.h"
 
-#include <spdlog/pattern_formatter.h>
+#include <spdlog/details/fmt_helper.h>
+#include <spdlog/details/os.h>
+#include <spdlog/formatter.h>
 #include <spdlog/sinks/daily_file_sink.h>
 
 #include <chrono>
 #include <cstdio>
+#include <ctime>
 #include <memory>
 #include <vector>
 
@@ -56,7 +59,57 @@ void CreateLogDirectory(const std::string& dir) {
 #endif
 }
 
+class LineFormatter final : public spdlog::formatter {
+ public:
+  void format(const spdlog::details::log_msg& msg, spdlog::memory_buf_t& dest) override {
+    namespace fh = spdlog::details::fmt_helper;
+    const auto secs = std::chrono::duration_cast<std::chrono::seconds>(msg.time.time_since_epoch());
+    if (secs != cached_secs_ || stamp_.size() == 0) Stamp(msg, secs);
+    dest.append(stamp_.data(), stamp_.data() + stamp_.size());
+    fh::pad6(
+        static_cast<std::size_t>(fh::time_fraction<std::chrono::microseconds>(msg.time).count()),
+        dest);
+    dest.append(fmt::string_view("] ["));
+    fh::append_string_view(msg.logger_name, dest);
+    dest.append(fmt::string_view("] ["));
+    fh::append_string_view(spdlog::level::to_string_view(msg.level), dest);
+    dest.append(fmt::string_view("] "));
+    fh::append_string_view(msg.payload, dest);
+    dest.append(fmt::string_view("\r\n"));
+  }
+  std::unique_ptr<spdlog::formatter> clone() const override {
+    return std::make_unique<LineFormatter>();
+  }
+
+ private:
+  // "[YYYY-MM-DD HH:MM:SS." of the message's second, in local time.
+  void Stamp(const spdlog::details::log_msg& msg, std::chrono::seconds secs) {
+    namespace fh = spdlog::details::fmt_helper;
+    const std::tm tm = spdlog::details::os::localtime(spdlog::log_clock::to_time_t(msg.time));
+    stamp_.clear();
+    stamp_.push_back('[');
+    fh::append_int(tm.tm_year + 1900, stamp_);
+    stamp_.push_back('-');
+    fh::pad2(tm.tm_mon + 1, stamp_);
+    stamp_.push_back('-');
+    fh::pad2(tm.tm_mday, stamp_);
+    stamp_.push_back(' ');
+    fh::pad2(tm.tm_hour, stamp_);
+    stamp_.push_back(':');
+    fh::pad2(tm.tm_min, stamp_);
+    stamp_.push_back(':');
+    fh::pad2(tm.tm_sec, stamp_);
+    stamp_.push_back('.');
+    cached_secs_ = secs;
+  }
+
+  std::chrono::seconds cached_secs_{0};
+  spdlog::memory_buf_t stamp_;
+};
+
 }  // namespace
+
+std::unique_ptr<spdlog::formatter> MakeLineFormatter() { return std::make_unique<LineFormatter>(); }
 
 std::string LogBaseName(const std::string& log_path) {
   return LogDirectory(log_path) + "/molra.log";
@@ -71,8 +124,7 @@ void SetUpLogging(const std::string& log_path) {
     auto sink = std::make_shared<spdlog::sinks::daily_file_sink_mt>(base, 0, 0);
     auto logger = std::make_shared<spdlog::logger>("MOLRA", std::move(sink));
     spdlog::register_logger(logger);
-    logger->set_formatter(std::make_unique<spdlog::pattern_formatter>(
-        "[%Y-%m-%d %H:%M:%S.%f] [%n] [%l] %v", spdlog::pattern_time_type::local, "\r\n"));
+    logger->set_formatter(MakeLineFormatter());
     LoggerOwners().push_back(logger);
     g_logger.store(logger.get(), std::memory_order_release);
   } catch (const spdlog::spdlog_ex& ex) {

@@ -6,6 +6,7 @@
 #include <spdlog/spdlog.h>
 
 #include <atomic>
+#include <memory>
 #include <string>
 
 namespace molra {
@@ -17,6 +18,12 @@ inline spdlog::logger* ActiveLogger() {
   return g_write_log.load(std::memory_order_relaxed) ? g_logger.load(std::memory_order_acquire)
                                                      : nullptr;
 }
+
+// What a line of the file looks like, in spdlog's pattern flags (local time, "\r\n" ends it).
+inline constexpr char kLinePattern[] = "[%Y-%m-%d %H:%M:%S.%f] [%n] [%l] %v";
+// Writes lines as kLinePattern does, without the pattern's per-flag dispatch: the date and
+// time to the second are kept until the second changes.
+std::unique_ptr<spdlog::formatter> MakeLineFormatter();
 
 // Creates the log directory, the logger and its pattern. When the logging library fails,
 // prints msg::kLogOpenFailed to standard output and leaves the kit without a log.

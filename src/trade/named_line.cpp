@@ -1,76 +1,108 @@
 #include "trade/named_line.h"
 
-#include <cstring>
+#include <fmt/compile.h>
 
 namespace molra {
 
+namespace {
+fmt::string_view Span(const char* from, const char* to) {
+  return fmt::string_view(from, static_cast<std::size_t>(to - from));
+}
+
+// A short text at the end of the line: fmt's append copies a character range in a loop
+// that costs more than the copy itself for the few characters of a field.
+template <typename Buffer>
+void Put(Buffer& out, fmt::string_view text) {
+  const std::size_t at = out.size();
+  out.resize(at + text.size());
+  if (text.size() != 0) std::memcpy(out.data() + at, text.data(), text.size());
+}
+void Put(fmt::memory_buffer& out, const fmt::format_int& number) {
+  Put(out, fmt::string_view(number.data(), number.size()));
+}
+}  // namespace
+
 NamedLine::Field& NamedLine::Next(const char* name, Kind kind) {
   Field& f = count_ < kMaxFields ? fields_[count_++] : spare_;
-  f.name = name;
+  f.name = line_detail::Name::Of(name);
   f.kind = kind;
   return f;
 }
 
 void NamedLine::AddText(const char* name, fmt::string_view text) {
   Next(name, Kind::kText).text = Text{texts_.size(), text.size()};
-  texts_.append(text.data(), text.data() + text.size());
+  Put(texts_, text);
 }
 
 // From the last field back, so that a name given again counts with its last value.
-const NamedLine::Field* NamedLine::Find(fmt::string_view name) const {
+const NamedLine::Field* NamedLine::Find(const line_detail::Name& name) const {
   for (int i = count_ - 1; i >= 0; --i) {
-    const fmt::string_view have = fields_[i].name;
-    if (have.size() == name.size() && (name.size() == 0 || have[0] == name[0]) &&
-        std::memcmp(have.data(), name.data(), name.size()) == 0) {
-      return &fields_[i];
-    }
+    if (fields_[i].name == name) return &fields_[i];
   }
   return nullptr;
 }
 
 void NamedLine::Write(const Field& f, fmt::memory_buffer& out) const {
   switch (f.kind) {
-    case Kind::kInt: {
-      const fmt::format_int text(f.i);
-      out.append(text.data(), text.data() + text.size());
+    case Kind::kInt:
+      Put(out, fmt::format_int(f.i));
+      break;
+    case Kind::kUint:
+      Put(out, fmt::format_int(f.u));
+      break;
+    case Kind::kDouble: {
+      char text[32];  // the longest shortest text of a double is 24 characters
+      const char* end = fmt::format_to(text, FMT_COMPILE("{}"), f.d);  // no format parsed
+      Put(out, Span(text, end));
       break;
     }
-    case Kind::kUint: {
-      const fmt::format_int text(f.u);
-      out.append(text.data(), text.data() + text.size());
-      break;
-    }
-    case Kind::kDouble:
-      fmt::format_to(fmt::appender(out), "{}", f.d);
-      break;
     case Kind::kText:
-      out.append(texts_.data() + f.text.at, texts_.data() + f.text.at + f.text.size);
+      Put(out, fmt::string_view(texts_.data() + f.text.at, f.text.size));
       break;
   }
 }
 
-// Placeholders come every few characters: a plain scan beats strpbrk's set-up per call.
-bool NamedLine::Format(const char* format, fmt::memory_buffer& out) const {
+// Placeholders come every few characters: a plain scan beats strpbrk's set-up.
+LineFormat::LineFormat(const char* format) {
   const char* p = format;
   for (;;) {
     const char* brace = p;
     while (*brace != '\0' && *brace != '{' && *brace != '}') ++brace;
-    out.append(p, brace);
-    if (*brace == '\0') return true;
-    if (brace[0] == brace[1]) {  // "{{" or "}}"
-      out.push_back(brace[0]);
+    if (*brace == '\0') {
+      if (brace != p) pieces_.push_back({Span(p, brace), false, {}});
+      return;
+    }
+    if (brace[0] == brace[1]) {  // "{{" or "}}": the literal up to and with one brace
+      pieces_.push_back({Span(p, brace + 1), false, {}});
       p = brace + 2;
       continue;
     }
-    if (*brace == '}') return false;
     const char* end = brace + 1;
     while (*end != '\0' && *end != '}') ++end;
-    if (*end == '\0') return false;
-    const Field* f = Find(fmt::string_view(brace + 1, static_cast<std::size_t>(end - brace - 1)));
-    if (f == nullptr) return false;
-    Write(*f, out);
+    if (*brace == '}' || *end == '\0') {
+      pieces_.push_back({Span(p, brace), false, {}});
+      usable_ = false;
+      return;
+    }
+    const fmt::string_view name = Span(brace + 1, end);
+    pieces_.push_back({Span(p, brace), true, line_detail::Name::Of(name)});
     p = end + 1;
   }
+}
+
+bool NamedLine::Format(const char* format, fmt::memory_buffer& out) const {
+  return Format(LineFormat(format), out);
+}
+
+bool NamedLine::Format(const LineFormat& format, fmt::memory_buffer& out) const {
+  for (const LineFormat::Piece& piece : format.pieces_) {
+    Put(out, piece.literal);
+    if (!piece.named) continue;
+    const Field* f = Find(piece.name);
+    if (f == nullptr) return false;
+    Write(*f, out);
+  }
+  return format.usable_;
 }
 
 }  // namespace molra

@@ -8,9 +8,50 @@
 #include <fmt/format.h>
 
 #include <cstddef>
+#include <cstdint>
+#include <cstring>
 #include <type_traits>
+#include <vector>
 
 namespace molra {
+
+namespace line_detail {
+// A field's name with its first eight bytes as one number: most names are that short, and
+// two names are compared with one comparison of numbers and sizes.
+struct Name {
+  fmt::string_view text;
+  std::uint64_t head = 0;
+
+  static Name Of(fmt::string_view text) {
+    Name n{text, 0};
+    std::memcpy(&n.head, text.data(), text.size() < 8 ? text.size() : 8);
+    return n;
+  }
+  bool operator==(const Name& o) const {
+    return head == o.head && text.size() == o.text.size() &&
+           (text.size() <= 8 ||
+            std::memcmp(text.data() + 8, o.text.data() + 8, text.size() - 8) == 0);
+  }
+};
+}  // namespace line_detail
+
+// A line's format read once: its literal pieces and the names between them, so that a line
+// written many times does not scan its format again. An unusable format ("{x:d}", an
+// unmatched brace) keeps the pieces before the fault and is refused when written.
+class LineFormat {
+ public:
+  explicit LineFormat(const char* format);
+
+ private:
+  friend class NamedLine;
+  struct Piece {
+    fmt::string_view literal;
+    bool named;  // false: a literal only
+    line_detail::Name name;
+  };
+  std::vector<Piece> pieces_;
+  bool usable_ = true;
+};
 
 class NamedLine {
  public:
@@ -42,6 +83,7 @@ class NamedLine {
   // format names a field that was not added, or has a placeholder with a format spec or
   // an unmatched brace.
   bool Format(const char* format, fmt::memory_buffer& out) const;
+  bool Format(const LineFormat& format, fmt::memory_buffer& out) const;
 
  private:
   enum class Kind : unsigned char { kInt, kUint, kDouble, kText };
@@ -50,7 +92,7 @@ class NamedLine {
     std::size_t size;
   };
   struct Field {
-    fmt::string_view name;
+    line_detail::Name name;
     Kind kind;
     union {
       long long i;
@@ -63,7 +105,7 @@ class NamedLine {
   Field& Next(const char* name, Kind kind);
   Field& AddNumber(const char* name, Kind kind) { return Next(name, kind); }
   void AddText(const char* name, fmt::string_view text);
-  const Field* Find(fmt::string_view name) const;
+  const Field* Find(const line_detail::Name& name) const;
   void Write(const Field& f, fmt::memory_buffer& out) const;
 
   Field fields_[kMaxFields];

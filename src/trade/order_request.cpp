@@ -1,9 +1,11 @@
 #include "trade/order_request.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 
 #include "comm/conn_pool.h"
 #include "comm/customer.h"
@@ -39,6 +41,21 @@ std::int16_t FunctionNumber(const char* code) {
 }
 
 std::string NumberText(std::int64_t number) { return fmt::format_int(number).str(); }
+
+// Every family's log format, read once for the process; null where the family has none.
+const LineFormat* FormatOf(const OrderFamily& family) {
+  using Formats =
+      std::array<std::unique_ptr<const LineFormat>, static_cast<std::size_t>(Fam::kCount)>;
+  static const Formats* const formats = [] {
+    auto* all = new Formats();  // never destroyed: a transport thread may log during exit
+    for (std::size_t i = 0; i < all->size(); ++i) {
+      const char* format = Family(static_cast<Fam>(i)).log_format;
+      if (format != nullptr) (*all)[i] = std::make_unique<const LineFormat>(format);
+    }
+    return all;
+  }();
+  return (*formats)[static_cast<std::size_t>(family.id)].get();
+}
 
 }  // namespace
 
@@ -129,7 +146,8 @@ void OrderRequest::PutNumber(std::int64_t number) {
 }
 
 void OrderRequest::LogLine(std::int64_t lsh) {
-  if (logger_ == nullptr || family_.log_format == nullptr) return;
+  const LineFormat* format = logger_ != nullptr ? FormatOf(family_) : nullptr;
+  if (format == nullptr) return;
   auto cost = std::chrono::duration_cast<std::chrono::milliseconds>(
                   std::chrono::steady_clock::now() - start_)
                   .count();
@@ -137,7 +155,7 @@ void OrderRequest::LogLine(std::int64_t lsh) {
   line_->Add("lsh", lsh);
   line_->Add("cost", static_cast<long long>(cost));
   fmt::memory_buffer text;
-  if (line_->Format(family_.log_format, text)) {
+  if (line_->Format(*format, text)) {
     logger_->info(fmt::string_view(text.data(), text.size()));
   } else {
     logger_->info("{} log line: a field of \"{}\" is missing", family_.name, family_.log_format);
